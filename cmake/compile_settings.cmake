@@ -1,0 +1,32 @@
+# One interface target carries what every target of the project is compiled with.
+add_library(brindlemoth_settings INTERFACE)
+
+target_compile_options(brindlemoth_settings INTERFACE
+  -Wall -Wextra -Wpedantic -Wshadow -Wconversion
+  $<$<BOOL:${BRINDLEMOTH_WERROR}>:-Werror>
+  $<$<CONFIG:Release>:-O3>)
+
+# The portable x86-64 build needs nothing newer than the population count.
+if(BRINDLEMOTH_NATIVE)
+  target_compile_options(brindlemoth_settings INTERFACE -march=native)
+elseif(CMAKE_SYSTEM_PROCESSOR MATCHES "^(x86_64|AMD64)$")
+  target_compile_options(brindlemoth_settings INTERFACE -mpopcnt)
+endif()
+
+if(BRINDLEMOTH_SANITIZE)
+  target_compile_options(brindlemoth_settings INTERFACE
+    -fsanitize=${BRINDLEMOTH_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  target_link_options(brindlemoth_settings INTERFACE -fsanitize=${BRINDLEMOTH_SANITIZE})
+endif()
+
+# GCC writes objects that hold both machine code and the optimiser's form: the engine is linked
+# with link-time optimisation, while the tests link the same objects quickly and without it.
+set(BRINDLEMOTH_LTO_COMPILE "")
+set(BRINDLEMOTH_LTO_LINK "")
+set(BRINDLEMOTH_NO_LTO_LINK "")
+if(BRINDLEMOTH_LTO AND NOT BRINDLEMOTH_SANITIZE AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU"
+   AND CMAKE_BUILD_TYPE STREQUAL "Release")
+  set(BRINDLEMOTH_LTO_COMPILE -flto=auto -ffat-lto-objects)
+  set(BRINDLEMOTH_LTO_LINK -flto=auto -O3)
+  set(BRINDLEMOTH_NO_LTO_LINK -fno-lto)
+endif()

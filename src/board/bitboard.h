@@ -1,0 +1,55 @@
+// Bit helpers and the few fixed masks that are worth a name.
+#pragma once
+
+#include "board/types.h"
+
+#include <bit>
+
+namespace brindlemoth {
+
+constexpr Bitboard FILE_A = 0x0101010101010101ULL;
+constexpr Bitboard FILE_H = FILE_A << 7;
+constexpr Bitboard RANK_1 = 0xFFULL;
+constexpr Bitboard RANK_3 = RANK_1 << 16;
+constexpr Bitboard RANK_6 = RANK_1 << 40;
+constexpr Bitboard RANK_8 = RANK_1 << 56;
+
+constexpr Bitboard square_bit(int square) {
+    return 1ULL << square;
+}
+constexpr Bitboard file_mask(int file) {
+    return FILE_A << file;
+}
+constexpr Bitboard rank_mask(int rank) {
+    return RANK_1 << (8 * rank);
+}
+// The files beside the given one: two, or one at the board's edge.
+constexpr Bitboard adjacent_files_mask(int file) {
+    const Bitboard mask = file_mask(file);
+    return ((mask & ~FILE_A) >> 1) | ((mask & ~FILE_H) << 1);
+}
+
+constexpr int popcount(Bitboard b) {
+    return std::popcount(b);
+}
+// The lowest set square. Requires b != 0.
+constexpr int lowest_square(Bitboard b) {
+    return std::countr_zero(b);
+}
+// Removes and returns the lowest set square. Requires b != 0.
+constexpr int pop_lowest(Bitboard& b) {
+    const int square = std::countr_zero(b);
+    b &= b - 1;
+    return square;
+}
+constexpr bool more_than_one(Bitboard b) {
+    return (b & (b - 1)) != 0;
+}
+
+// Every square that a pawn of the colour on one of these squares attacks; nothing wraps.
+constexpr Bitboard pawn_attack_set(Bitboard pawns, int colour) {
+    return colour == WHITE ? ((pawns & ~FILE_A) << 7) | ((pawns & ~FILE_H) << 9)
+                           : ((pawns & ~FILE_A) >> 9) | ((pawns & ~FILE_H) >> 7);
+}
+
+} // namespace brindlemoth

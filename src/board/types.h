@@ -1,0 +1,119 @@
+// The vocabulary of the whole program: colours, pieces, squares, bitboards, moves and move lists.
+// Everything is a plain integer with named values, so that tables are indexed without casts.
+// Included by nearly every file; includes nothing of the project.
+#pragma once
+
+#include <cstdint>
+
+namespace brindlemoth {
+
+using Bitboard = std::uint64_t; // bit n stands for square n
+using Key = std::uint64_t;
+
+// Colours.
+enum : int { WHITE = 0, BLACK = 1 };
+
+// Piece types. NO_CAPTURE is the "type" that a non-capturing move takes.
+enum : int { PAWN, KNIGHT, BISHOP, ROOK, QUEEN, KING, NO_CAPTURE };
+
+// A piece code is colour * 6 + type, the order of the text "PNBRQKpnbrqk".
+enum : int { EMPTY_SQUARE = 12, PIECE_COUNT = 12 };
+
+constexpr int make_piece(int colour, int type) {
+    return colour * 6 + type;
+}
+constexpr int piece_colour(int piece) {
+    return piece / 6;
+}
+constexpr int piece_type(int piece) {
+    return piece % 6;
+}
+
+// Squares: rank * 8 + file, both from 0; a1 is 0, h8 is 63.
+// clang-format off
+enum : int {
+    A1, B1, C1, D1, E1, F1, G1, H1,
+    A2, B2, C2, D2, E2, F2, G2, H2,
+    A3, B3, C3, D3, E3, F3, G3, H3,
+    A4, B4, C4, D4, E4, F4, G4, H4,
+    A5, B5, C5, D5, E5, F5, G5, H5,
+    A6, B6, C6, D6, E6, F6, G6, H6,
+    A7, B7, C7, D7, E7, F7, G7, H7,
+    A8, B8, C8, D8, E8, F8, G8, H8,
+    NO_SQUARE, SQUARE_COUNT = 64
+};
+// clang-format on
+
+constexpr int file_of(int square) {
+    return square & 7;
+}
+constexpr int rank_of(int square) {
+    return square >> 3;
+}
+constexpr int make_square(int file, int rank) {
+    return rank * 8 + file;
+}
+// The square mirrored top to bottom: a1 and a8 change places.
+constexpr int flip_rank(int square) {
+    return square ^ 56;
+}
+// 0 for a square of a1's colour, 1 for one of b1's.
+constexpr int square_parity(int square) {
+    return (file_of(square) + rank_of(square)) & 1;
+}
+
+// Castling rights, a four-bit mask.
+enum : int { WHITE_SHORT = 1, WHITE_LONG = 2, BLACK_SHORT = 4, BLACK_LONG = 8 };
+
+// A move: bits 0 to 5 the from-square, 6 to 11 the to-square, 12 to 15 the flag.
+using Move = std::uint16_t;
+
+// Move flags. Bit 3 of a flag says promotion, bit 2 capture; the promoted piece's type is
+// (flag & 3) + 1.
+enum : int {
+    FLAG_QUIET = 0,
+    FLAG_DOUBLE_PUSH = 1,
+    FLAG_SHORT_CASTLING = 2,
+    FLAG_LONG_CASTLING = 3,
+    FLAG_CAPTURE = 4,
+    FLAG_EN_PASSANT = 5,
+    FLAG_PROMOTION = 8,          // to a knight; + 1 bishop, + 2 rook, + 3 queen
+    FLAG_PROMOTION_CAPTURE = 12, // to a knight, with capture; + 1, + 2, + 3 likewise
+};
+
+constexpr Move MOVE_NONE = 0;
+constexpr Move MOVE_NULL = 65; // from and to both b1: the mark of a passed turn
+
+constexpr Move make_move_code(int from, int to, int flag) {
+    return static_cast<Move>(from | (to << 6) | (flag << 12));
+}
+constexpr int move_from(Move move) {
+    return move & 63;
+}
+constexpr int move_to(Move move) {
+    return (move >> 6) & 63;
+}
+constexpr int move_flag(Move move) {
+    return move >> 12;
+}
+constexpr bool is_promotion(Move move) {
+    return (move & 0x8000) != 0;
+}
+constexpr bool is_capture(Move move) {
+    return (move & 0x4000) != 0;
+}
+// The type that a promotion puts on the board; meaningless for other moves.
+constexpr int promoted_type(Move move) {
+    return ((move >> 12) & 3) + 1;
+}
+
+// No list of moves is longer than this; what a FEN with more pieces than a game can have
+// would add is dropped.
+constexpr int MAX_MOVES = 256;
+
+struct MoveList {
+    Move moves[MAX_MOVES];
+    int count;
+};
+
+} // namespace brindlemoth

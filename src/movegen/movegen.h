@@ -1,0 +1,28 @@
+// Pseudo-legal move generation. Every generator appends to a plain array of Move and returns the
+// place just behind the last move written, so that calls chain. The order of emission is part of
+// the behaviour: move ordering resolves equal scores by place in the list.
+#pragma once
+
+#include "board/position.h"
+
+namespace brindlemoth {
+
+// The single generators. They write as many moves as there are; see move_count_bound() for how
+// the compositions below keep within MAX_MOVES.
+
+// All pawn moves of the side to move. `target` limits only the single and double pushes that do
+// not promote; with captures_only those and the promoting pushes are left out.
+Move* generate_pawn_moves(const Position& position, Move* out, Bitboard target,
+                          bool captures_only);
+// Moves of one piece type, KNIGHT to KING, to squares inside target.
+Move* generate_piece_moves(const Position& position, Move* out, int type, Bitboard target);
+Move* generate_castling_moves(const Position& position, Move* out);
+
+// The compositions. `out` has room for MAX_MOVES moves; any surplus is dropped.
+Move* generate_pseudo_legal(const Position& position, Move* out);
+// Captures, then promoting pushes.
+Move* generate_captures(const Position& position, Move* out);
+// What generate_captures leaves: pushes, piece moves to empty squares, castling.
+Move* generate_quiets(const Position& position, Move* out);
+
+} // namespace brindlemoth

@@ -1,0 +1,30 @@
+// What the test programs share: positions to test on and the way to them. The tables of the
+// engine are filled before any test runs (support/main.cpp).
+#pragma once
+
+#include "board/position.h"
+
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace brindlemoth {
+
+// A position set up from a FEN text.
+Position position_from(const std::string& fen);
+
+// The directory of shared test data (books, tables, positions), or an empty text when it is not
+// there: tests that need it then call GTEST_SKIP().
+std::string shared_directory();
+
+// Positions to start random games from: the shared collection when it is there, otherwise a
+// dozen of our own.
+const std::vector<std::string>& sample_fens();
+
+// Plays random legal games from sample_fens() with a fixed seed until `count` positions were
+// visited, and calls visit() on each. visit() may change the position only if it restores it.
+void for_random_positions(int count, std::uint64_t seed,
+                          const std::function<void(Position&)>& visit);
+
+} // namespace brindlemoth
