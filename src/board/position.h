@@ -32,8 +32,8 @@ struct Position {
     int fullmove;   // as the FEN counts them
     int undo_count; // records in use in undo
     Key key;
-    Key pawn_key; // of the pawns alone
-    Score psq;    // running sum of psq_table over all pieces, White minus Black
+    Key pawn_key;              // of the pawns alone
+    Score psq;                 // running sum of psq_table over all pieces, White minus Black
     UndoRecord undo[MAX_UNDO]; // one record for each move played since the last FEN
 };
 

@@ -7,13 +7,12 @@
 
 namespace brindlemoth {
 
-// The single generators. They write as many moves as there are; see move_count_bound() for how
-// the compositions below keep within MAX_MOVES.
+// The single generators write as many moves as there are, which for an odd FEN may be more than
+// MAX_MOVES; the compositions further down keep within it.
 
 // All pawn moves of the side to move. `target` limits only the single and double pushes that do
 // not promote; with captures_only those and the promoting pushes are left out.
-Move* generate_pawn_moves(const Position& position, Move* out, Bitboard target,
-                          bool captures_only);
+Move* generate_pawn_moves(const Position& position, Move* out, Bitboard target, bool captures_only);
 // Moves of one piece type, KNIGHT to KING, to squares inside target.
 Move* generate_piece_moves(const Position& position, Move* out, int type, Bitboard target);
 Move* generate_castling_moves(const Position& position, Move* out);

@@ -1,0 +1,155 @@
+// Reading a FEN. The parser takes the text character by character and settles for whatever it
+// finds: each field skips exactly what it says, missing fields get defaults, and only an unusable
+// character in the board field is a failure.
+
+#include "board/bitboard.h"
+#include "board/position.h"
+
+#include <cassert>
+#include <cstddef>
+#include <cstring>
+
+namespace brindlemoth {
+
+const char* const starting_fen = "rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq - 0 1";
+
+namespace {
+
+bool at_field_end(const char* text) {
+    return *text == ' ' || *text == '\0';
+}
+
+void clear_position(Position& position) {
+    // Wiping 1,024 undo records for every position that is set up is cheap next to a search, and
+    // leaves no trace of an earlier game in the record.
+    std::memset(static_cast<void*>(&position), 0, sizeof position);
+    for (int& piece : position.board)
+        piece = EMPTY_SQUARE;
+    position.ep_square = NO_SQUARE;
+}
+
+void place_piece(Position& position, int piece, int square) {
+    const Bitboard bit = square_bit(square);
+    position.pieces[piece_colour(piece)][piece_type(piece)] |= bit;
+    position.occupied[piece_colour(piece)] |= bit;
+    position.all_pieces |= bit;
+    position.board[square] = piece;
+    position.key ^= piece_keys[piece][square];
+    if (piece_type(piece) == PAWN)
+        position.pawn_key ^= piece_keys[piece][square];
+    position.psq += psq_table[piece][square];
+}
+
+// Reads the board field and moves `text` to its end. False at a character that is no piece letter
+// or at a piece that would stand off the board.
+bool read_board(Position& position, const char*& text) {
+    int file = 0;
+    int rank = 7;
+    for (; !at_field_end(text); ++text) {
+        const char c = *text;
+        if (c == '/') {
+            --rank;
+            file = 0;
+        } else if (c >= '1' && c <= '8') {
+            file += c - '0';
+        } else {
+            constexpr const char* LETTERS = "PNBRQKpnbrqk";
+            const char* const letter = std::strchr(LETTERS, c);
+            if (letter == nullptr || file > 7 || rank < 0)
+                return false;
+            place_piece(position, static_cast<int>(letter - LETTERS), make_square(file, rank));
+            ++file;
+        }
+    }
+    return true;
+}
+
+int read_castling(const char*& text) {
+    int rights = 0;
+    for (; !at_field_end(text); ++text) {
+        switch (*text) {
+        case 'K':
+            rights |= WHITE_SHORT;
+            break;
+        case 'Q':
+            rights |= WHITE_LONG;
+            break;
+        case 'k':
+            rights |= BLACK_SHORT;
+            break;
+        case 'q':
+            rights |= BLACK_LONG;
+            break;
+        default:
+            break;
+        }
+    }
+    return rights;
+}
+
+// Two characters that name a square, or '-'. Anything else is no square.
+int read_ep_square(const char*& text) {
+    if (*text == '-') {
+        ++text;
+        return NO_SQUARE;
+    }
+    if (*text == '\0')
+        return NO_SQUARE;
+    const int file = *text++ - 'a';
+    if (*text == '\0')
+        return NO_SQUARE;
+    const int rank = *text++ - '1';
+    if (file < 0 || file > 7 || rank < 0 || rank > 7)
+        return NO_SQUARE;
+    return make_square(file, rank);
+}
+
+// Reads up to the end of the field as decimal digits, whatever the characters are; the value
+// wraps around at 32 bits.
+int read_counter(const char*& text) {
+    std::uint32_t value = 0;
+    for (; !at_field_end(text); ++text)
+        value = value * 10U + static_cast<std::uint32_t>(*text - '0');
+    return static_cast<int>(value);
+}
+
+void skip_one(const char*& text) {
+    if (*text != '\0')
+        ++text;
+}
+
+} // namespace
+
+bool position_set_fen(Position& position, const char* text) {
+    clear_position(position);
+    if (!read_board(position, text))
+        return false;
+
+    skip_one(text);
+    position.side = *text == 'b' ? BLACK : WHITE;
+    if (position.side == BLACK)
+        position.key ^= side_key;
+
+    skip_one(text); // the side
+    skip_one(text); // the blank after it
+    position.castling = read_castling(text);
+    position.key ^= castling_keys[position.castling];
+
+    skip_one(text);
+    position.ep_square = read_ep_square(text);
+    if (position.ep_square != NO_SQUARE)
+        position.key ^= ep_file_keys[file_of(position.ep_square)];
+
+    skip_one(text);
+    position.halfmove = read_counter(text);
+
+    position.fullmove = 1;
+    skip_one(text);
+    if (*text != '\0')
+        position.fullmove = read_counter(text);
+
+    assert(views_agree(position) && compute_key(position) == position.key);
+    return true;
+}
+
+} // namespace brindlemoth

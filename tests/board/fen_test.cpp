@@ -1,0 +1,125 @@
+#include "board/bitboard.h"
+#include "board/position.h"
+#include "support/support.h"
+
+#include <gtest/gtest.h>
+#include <random>
+
+namespace brindlemoth {
+namespace {
+
+TEST(Keys, FixedSeedGivesTheSameKeysEveryTime) {
+    EXPECT_EQ(piece_keys[0][A1], 0xD71C00A34D25E912ULL);
+    EXPECT_EQ(piece_keys[11][H8], 0x357C8D5AFFE25B08ULL);
+    EXPECT_EQ(castling_keys[0], 0x5F998ED742965DBEULL);
+    EXPECT_EQ(castling_keys[15], 0x76A116F6E9598FC0ULL);
+    EXPECT_EQ(ep_file_keys[0], 0x3C43F26BFAAECCDFULL);
+    EXPECT_EQ(ep_file_keys[7], 0x3A2F16E74FB3945AULL);
+    EXPECT_EQ(side_key, 0xE89C266A54A6A5F2ULL);
+}
+
+TEST(Fen, StartingPosition) {
+    const Position position = position_from(starting_fen);
+    EXPECT_EQ(position.key, 0xE2ADAAD23B96D882ULL);
+    EXPECT_EQ(position.pawn_key, 0xD5F63DA4C273A486ULL);
+    EXPECT_EQ(popcount(position.all_pieces), 32);
+}
+
+struct FenRow {
+    const char* fen;
+    bool usable;
+    int pieces;
+    int side;
+    int castling;
+    int ep_square;
+    int halfmove;
+    int fullmove;
+};
+
+const FenRow FEN_ROWS[] = {
+    {starting_fen, true, 32, WHITE, 15, NO_SQUARE, 0, 1},
+    // Missing fields get defaults.
+    {"8/8/8/8/8/8/8/8", true, 0, WHITE, 0, NO_SQUARE, 0, 1},
+    {"", true, 0, WHITE, 0, NO_SQUARE, 0, 1},
+    {"4k3/8/8/8/8/8/8/4K3 b", true, 2, BLACK, 0, NO_SQUARE, 0, 1},
+    {"4k3/8/8/8/8/8/8/4K3 b - - 7", true, 2, BLACK, 0, NO_SQUARE, 7, 1},
+    {"4k3/8/8/8/8/8/8/4K3 w - - 0 0", true, 2, WHITE, 0, NO_SQUARE, 0, 0},
+    // Odd fields are read for what they are worth.
+    {"4k3/8/8/8/8/8/8/4K3 x KXq - 12 34 tail", true, 2, WHITE, 9, NO_SQUARE, 12, 34},
+    {"4k3/8/8/8/8/8/8/4K3 w - e3 0 1", true, 2, WHITE, 0, E3, 0, 1},
+    {"4k3/8/8/8/8/8/8/4K3 w - e9 3 1", true, 2, WHITE, 0, NO_SQUARE, 3, 1},
+    {"4k3/8/8/8/8/8/8/4K3 w - z", true, 2, WHITE, 0, NO_SQUARE, 0, 1},
+    {"4k3/8/8/8/8/8/8/4K3 w - - 4294967295 4294967297", true, 2, WHITE, 0, NO_SQUARE, -1, 1},
+    // Two blanks shift every later field by one character.
+    {"4k3/8/8/8/8/8/8/4K3  b KQ - 0 1", true, 2, WHITE, 0, NO_SQUARE, -3, 0},
+    // Unusable board fields keep what was read.
+    {"4k3/8/X b KQ e3 5 6", false, 1, WHITE, 0, NO_SQUARE, 0, 0},
+    {"4k3/9 b KQ e3 5 6", false, 1, WHITE, 0, NO_SQUARE, 0, 0},
+    {"8k b", false, 0, WHITE, 0, NO_SQUARE, 0, 0},
+    {"8/8/8/8/8/8/8/7K/k b", false, 1, WHITE, 0, NO_SQUARE, 0, 0},
+    {"88888888/8/k w - - 0 1", true, 1, WHITE, 0, NO_SQUARE, 0, 1},
+};
+
+TEST(Fen, FieldsAndDefaults) {
+    for (const FenRow& row : FEN_ROWS) {
+        SCOPED_TRACE(row.fen);
+        Position position = position_from(starting_fen); // a used record
+        position.undo_count = 3;
+        EXPECT_EQ(position_set_fen(position, row.fen), row.usable);
+        EXPECT_TRUE(views_agree(position));
+        EXPECT_EQ(popcount(position.all_pieces), row.pieces);
+        EXPECT_EQ(position.side, row.side);
+        EXPECT_EQ(position.castling, row.castling);
+        EXPECT_EQ(position.ep_square, row.ep_square);
+        EXPECT_EQ(position.halfmove, row.halfmove);
+        EXPECT_EQ(position.fullmove, row.fullmove);
+        EXPECT_EQ(position.undo_count, 0);
+        EXPECT_EQ(position.psq, compute_psq(position));
+        EXPECT_EQ(position.pawn_key, compute_pawn_key(position));
+        // After a failure the castling field was never read, and so never hashed.
+        EXPECT_EQ(position.key, compute_key(position) ^ (row.usable ? 0 : castling_keys[0]));
+    }
+}
+
+TEST(Fen, RandomTextLeavesViewsThatAgree) {
+    std::mt19937_64 random(7);
+    constexpr char ALPHABET[] = "PNBRQKpnbrqk12345678/ wb-KQkqah90x";
+    for (int i = 0; i < 20000; ++i) {
+        std::string text;
+        for (auto n = random() % 90; n > 0; --n)
+            text += ALPHABET[random() % (sizeof ALPHABET - 1)];
+        const Position position = position_from(text);
+        ASSERT_TRUE(views_agree(position)) << text;
+        ASSERT_TRUE(position.ep_square >= 0 && position.ep_square <= NO_SQUARE) << text;
+    }
+}
+
+TEST(MoveText, SpecialMovesAndPromotions) {
+    EXPECT_STREQ(move_to_text(MOVE_NONE), "0000");
+    EXPECT_STREQ(move_to_text(MOVE_NULL), "0000");
+    EXPECT_STREQ(move_to_text(make_move_code(A7, A8, FLAG_PROMOTION + 3)), "a7a8q");
+    EXPECT_STREQ(move_to_text(make_move_code(A7, B8, FLAG_PROMOTION_CAPTURE)), "a7b8n");
+    for (const int flag : {FLAG_QUIET, FLAG_DOUBLE_PUSH, FLAG_CAPTURE})
+        EXPECT_STREQ(move_to_text(make_move_code(E2, E4, flag)), "e2e4");
+}
+
+TEST(PrintBoard, ShowsThePointsAndTheStateLines) {
+    testing::internal::CaptureStdout();
+    print_board(position_from("8/8/8/8/8/8/8/8"));
+    const std::string empty = testing::internal::GetCapturedStdout();
+    EXPECT_EQ(std::count(empty.begin(), empty.end(), '.'), 64);
+    EXPECT_NE(empty.find("\nSide: white\nCastling: \n50-move: 0, Hash: 5f998ed742965dbe\n"),
+              std::string::npos);
+
+    testing::internal::CaptureStdout();
+    print_board(position_from("4k2r/8/8/8/4P3/8/8/R3K3 b Qk e3 9 1"));
+    const std::string text = testing::internal::GetCapturedStdout();
+    const std::string rule = "\n  +---+---+---+---+---+---+---+---+\n";
+    EXPECT_EQ(text.find(rule + "8 | . | . | . | . | k | . | . | r |" + rule), 0U);
+    EXPECT_NE(text.find("    a   b   c   d   e   f   g   h\n\nSide: black\nCastling: Qk\n"
+                        "EP square: e3\n50-move: 9, Hash: "),
+              std::string::npos);
+}
+
+} // namespace
+} // namespace brindlemoth

@@ -1,0 +1,182 @@
+#include "board/make_move.h"
+#include "movegen/legality.h"
+#include "movegen/movegen.h"
+#include "support/support.h"
+
+#include <algorithm>
+#include <gtest/gtest.h>
+#include <set>
+
+namespace brindlemoth {
+namespace {
+
+using Generator = Move* (*)(const Position&, Move*);
+
+// The moves as text with their flags, "e2e4/1 ...", in the order generated.
+std::string listed(const Position& position, Generator generate) {
+    Move moves[MAX_MOVES];
+    std::string text;
+    const Move* const end = generate(position, moves);
+    for (const Move* move = moves; move != end; ++move) {
+        if (move != moves)
+            text += ' ';
+        text += move_to_text(*move);
+        text += '/';
+        text += std::to_string(move_flag(*move));
+    }
+    return text;
+}
+
+TEST(Generators, OrderOfEmission) {
+    struct Row {
+        const char* fen;
+        Generator generate;
+        const char* moves;
+    };
+    const Row rows[] = {
+        {starting_fen, generate_pseudo_legal,
+         "a2a3/0 b2b3/0 c2c3/0 d2d3/0 e2e3/0 f2f3/0 g2g3/0 h2h3/0 a2a4/1 b2b4/1 c2c4/1 d2d4/1 "
+         "e2e4/1 f2f4/1 g2g4/1 h2h4/1 b1a3/0 b1c3/0 g1f3/0 g1h3/0"},
+        // Promotions first, captures by their two directions, en passant last of the pawn moves.
+        {"1n1n3k/2P5/8/3pPp2/8/8/8/K7 w - d6 0 1", generate_pseudo_legal,
+         "c7c8q/11 c7c8r/10 c7c8b/9 c7c8n/8 e5e6/0 c7b8q/15 c7b8r/14 c7b8b/13 c7b8n/12 "
+         "c7d8q/15 c7d8r/14 c7d8b/13 c7d8n/12 e5d6/5 a1b1/0 a1a2/0 a1b2/0"},
+        // Captures of every piece, then the promoting pushes.
+        {"1n5k/2P5/8/8/8/8/p7/KR6 w - - 0 1", generate_captures,
+         "c7b8q/15 c7b8r/14 c7b8b/13 c7b8n/12 b1b8/4 a1a2/4 c7c8q/11 c7c8r/10 c7c8b/9 c7c8n/8"},
+        {"7k/8/8/8/3pP3/8/8/K7 b - e3 0 1", generate_captures, "d4e3/5"},
+        // Two capturers of one pawn, in ascending order.
+        {"7k/8/8/2PpP3/8/8/8/K7 w - d6 0 1", generate_captures, "c5d6/5 e5d6/5"},
+        // A named square without a pawn in front of it, or with a man on it, gives no capture.
+        {"7k/8/8/2P1P3/8/8/8/K7 w - d6 0 1", generate_captures, ""},
+        {"7k/8/3n4/2PpP3/8/8/8/K7 w - d6 0 1", generate_captures, "e5d6/4 c5d6/4"},
+        {"7k/8/8/8/8/8/8/K6P w - h8 0 1", generate_captures, ""},
+        {"r3k2r/8/8/8/8/8/8/8 b kq - 0 1", generate_quiets,
+         "a8a1/0 a8a2/0 a8a3/0 a8a4/0 a8a5/0 a8a6/0 a8a7/0 a8b8/0 a8c8/0 a8d8/0 h8h1/0 h8h2/0 "
+         "h8h3/0 h8h4/0 h8h5/0 h8h6/0 h8h7/0 h8f8/0 h8g8/0 e8d7/0 e8e7/0 e8f7/0 e8d8/0 e8f8/0 "
+         "e8g8/2 e8c8/3"},
+    };
+    for (const Row& row : rows)
+        EXPECT_EQ(listed(position_from(row.fen), row.generate), row.moves) << row.fen;
+}
+
+TEST(Castling, NeedsItsRightItsMenAndASafePath) {
+    struct Row {
+        const char* fen;
+        const char* moves;
+    };
+    const Row rows[] = {
+        {"4k3/8/8/8/8/8/8/R3K2R w KQ - 0 1", "e1g1/2 e1c1/3"},
+        {"4k3/8/8/8/8/8/8/RN2K2R w KQ - 0 1", "e1g1/2"},
+        {"4k3/8/8/8/8/8/8/R3K2R w Q - 0 1", "e1c1/3"},
+        {"4kr2/8/8/8/8/8/8/R3K2R w KQ - 0 1", "e1c1/3"}, // f1 attacked
+        {"4kq2/8/8/8/8/4r3/8/R3K2R w KQ - 0 1", ""},     // in check
+        {"1r2k2r/8/8/8/8/8/8/R3K2R w KQ - 0 1", "e1g1/2 e1c1/3"},
+        {"4k3/8/8/8/8/8/8/3K3R w KQ - 0 1", ""},        // king elsewhere
+        {"4k3/8/8/8/8/8/8/R3K2N w KQ - 0 1", "e1c1/3"}, // no rook in the corner
+    };
+    for (const Row& row : rows)
+        EXPECT_EQ(listed(position_from(row.fen), generate_castling_moves), row.moves) << row.fen;
+}
+
+TEST(Generators, CapturesAndQuietsPartitionThePseudoLegalMoves) {
+    for_random_positions(10000, 21, [](Position& position) {
+        Move all[MAX_MOVES];
+        Move parts[2 * MAX_MOVES];
+        Move* const all_end = generate_pseudo_legal(position, all);
+        Move* const parts_end = generate_quiets(position, generate_captures(position, parts));
+        // The single generators make the same list as the composition.
+        Move chained[MAX_MOVES];
+        Move* end =
+            generate_pawn_moves(position, chained, ~position.occupied[position.side], false);
+        for (int type = KNIGHT; type <= KING; ++type)
+            end = generate_piece_moves(position, end, type, ~position.occupied[position.side]);
+        end = generate_castling_moves(position, end);
+        ASSERT_TRUE(std::equal(all, all_end, chained, end));
+        std::sort(all, all_end);
+        std::sort(parts, parts_end);
+        ASSERT_EQ(std::adjacent_find(all, all_end), all_end) << "a move came twice";
+        ASSERT_TRUE(std::equal(all, all_end, parts, parts_end));
+    });
+}
+
+TEST(Legality, LegalMovesNeverLeaveTheKingAttacked) {
+    for_random_positions(10000, 31, [](Position& position) {
+        MoveList list;
+        generate_legal(position, list);
+        for (int i = 0; i < list.count; ++i) {
+            make_move(position, list.moves[i]);
+            const int king = lowest_square(position.pieces[position.side ^ 1][KING]);
+            // Attackers found by walking the rays, not by the lookups under test.
+            const Bitboard* const by = position.pieces[position.side];
+            ASSERT_EQ(bishop_attacks_slow(king, position.all_pieces) & (by[BISHOP] | by[QUEEN]),
+                      0U);
+            ASSERT_EQ(rook_attacks_slow(king, position.all_pieces) & (by[ROOK] | by[QUEEN]), 0U);
+            ASSERT_EQ(knight_attacks[king] & by[KNIGHT], 0U);
+            ASSERT_EQ(king_attacks[king] & by[KING], 0U);
+            ASSERT_EQ(pawn_attack_set(by[PAWN], position.side) & square_bit(king), 0U);
+            unmake_move(position, list.moves[i]);
+        }
+    });
+}
+
+TEST(Legality, SpecialCases) {
+    struct Row {
+        const char* fen;
+        const char* move;
+        bool legal;
+    };
+    const Row rows[] = {
+        {"7k/8/8/K2pP2r/8/8/8/8 w - d6 0 1", "e5d6", false}, // opens the rank onto the king
+        {"7k/8/8/3pP2r/8/8/8/K7 w - d6 0 1", "e5d6", true},
+        {"4r2k/8/8/8/8/8/4R3/4K3 w - - 0 1", "e2e8", true}, // along the pin
+        {"4r2k/8/8/8/8/8/4R3/4K3 w - - 0 1", "e2d2", false},
+        {"7k/8/8/8/8/8/3pr3/3K4 w - - 0 1", "d1e2", true},
+        {"7k/8/8/8/8/4p3/3p4/3K4 w - - 0 1", "d1d2", false}, // defended
+    };
+    for (const Row& row : rows) {
+        Position position = position_from(row.fen);
+        MoveList list;
+        generate_legal(position, list);
+        const bool found = std::any_of(list.moves, list.moves + list.count, [&](Move move) {
+            return std::string(move_to_text(move)) == row.move;
+        });
+        EXPECT_EQ(found, row.legal) << row.fen << ' ' << row.move;
+    }
+    for (const char* fen : {"7k/5Q2/6K1/8/8/8/8/8 b - - 0 1", "6rk/5Npp/8/8/8/8/8/K7 b - - 0 1",
+                            "8/8/8/8/8/8/8/Q7 w - - 0 1"}) {
+        Position position = position_from(fen);
+        MoveList list;
+        generate_legal(position, list);
+        EXPECT_EQ(list.count, 0) << fen;
+    }
+    EXPECT_EQ(attacks_from(6, E4, WHITE, 0), 0U);
+    EXPECT_EQ(attacks_from(QUEEN, E4, WHITE, ~0ULL), king_attacks[E4]);
+}
+
+// Boards that no game reaches: the list stops at its capacity and holds no move twice.
+TEST(Generators, SurplusMovesAreDropped) {
+    for (const char* fen : {"QQQQQQQQ/8/Q6Q/Q6Q/Q6Q/Q6Q/Q6Q/QQQQKQQQ w - - 0 1",
+                            "kqqqqqqq/q6q/q6q/q6q/q6q/q6q/8/qqqqqqqq b - - 0 1"}) {
+        Position position = position_from(fen);
+        struct {
+            Move moves[MAX_MOVES];
+            Move guard;
+        } buffer{};
+        buffer.guard = 0xABCD;
+        ASSERT_EQ(generate_pseudo_legal(position, buffer.moves) - buffer.moves, MAX_MOVES) << fen;
+        for (Generator generate : {generate_pseudo_legal, generate_captures, generate_quiets}) {
+            const Move* const end = generate(position, buffer.moves);
+            EXPECT_LE(end - buffer.moves, MAX_MOVES);
+            EXPECT_EQ(std::set<Move>(std::begin(buffer.moves), const_cast<Move*>(end)).size(),
+                      static_cast<std::size_t>(end - buffer.moves));
+        }
+        EXPECT_EQ(buffer.guard, 0xABCD);
+        MoveList list;
+        generate_legal(position, list);
+        EXPECT_LE(list.count, MAX_MOVES);
+    }
+}
+
+} // namespace
+} // namespace brindlemoth

@@ -1,0 +1,69 @@
+#include "support/support.h"
+
+#include "board/make_move.h"
+#include "movegen/legality.h"
+
+#include <filesystem>
+#include <fstream>
+#include <random>
+
+namespace brindlemoth {
+
+Position position_from(const std::string& fen) {
+    Position position;
+    position_set_fen(position, fen.c_str());
+    return position;
+}
+
+std::string shared_directory() {
+    // The data stands beside the checkout: BRINDLEMOTH_SOURCE_DIR/../shared.
+    const std::filesystem::path directory =
+        std::filesystem::path(BRINDLEMOTH_SOURCE_DIR).parent_path() / "shared";
+    return std::filesystem::is_directory(directory) ? directory.string() : std::string();
+}
+
+const std::vector<std::string>& sample_fens() {
+    static const std::vector<std::string> fens = [] {
+        std::vector<std::string> lines;
+        std::ifstream file(shared_directory() + "/epd/positions.fen");
+        for (std::string line; std::getline(file, line);)
+            if (!line.empty())
+                lines.push_back(line);
+        if (lines.empty())
+            lines = {
+                starting_fen,
+                "r3k2r/p1ppqpb1/bn2pnp1/3PN3/1p2P3/2N2Q1p/PPPBBPPP/R3K2R w KQkq - 0 1",
+                "8/2p5/3p4/KP5r/1R3p1k/8/4P1P1/8 w - - 0 1",
+                "r3k2r/Pppp1ppp/1b3nbN/nP6/BBP1P3/q4N2/Pp1P2PP/R2Q1RK1 w kq - 0 1",
+                "rnbq1k1r/pp1Pbppp/2p5/8/2B5/8/PPP1NnPP/RNBQK2R w KQ - 1 8",
+                "r4rk1/1pp1qppp/p1np1n2/2b1p1B1/2B1P1b1/p1NP1N2/1PP1QPPP/R4RK1 w - - 0 10",
+                "4k3/pppppppp/8/8/8/8/PPPPPPPP/4K3 w - - 0 1",
+                "8/PPP4k/8/8/8/8/4Kppp/8 w - - 0 1",
+                "r3k2r/8/8/8/8/8/8/R3K2R b KQkq - 0 1",
+                "2r3k1/5ppp/8/8/8/8/1Q3PPP/6K1 w - - 0 1",
+                "8/8/8/2k5/4p3/8/3P4/2K2N2 w - - 0 1",
+            };
+        return lines;
+    }();
+    return fens;
+}
+
+void for_random_positions(int count, std::uint64_t seed,
+                          const std::function<void(Position&)>& visit) {
+    constexpr int GAME_PLIES = 60;
+    std::mt19937_64 random(seed);
+    const std::vector<std::string>& fens = sample_fens();
+    while (count > 0) {
+        Position position = position_from(fens[random() % fens.size()]);
+        for (int ply = 0; ply < GAME_PLIES && count > 0; ++ply, --count) {
+            visit(position);
+            MoveList legal;
+            generate_legal(position, legal);
+            if (legal.count == 0)
+                break;
+            make_move(position, legal.moves[random() % static_cast<unsigned>(legal.count)]);
+        }
+    }
+}
+
+} // namespace brindlemoth
