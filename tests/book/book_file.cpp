@@ -1,0 +1,68 @@
+#include "book/book_file.h"
+
+#include "book/book.h"
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <gtest/gtest.h>
+
+namespace brindlemoth {
+
+int book_move(int from, int to, int promotion) {
+    return file_of(to) | (rank_of(to) << 3) | (file_of(from) << 6) | (rank_of(from) << 9) |
+           (promotion << 12);
+}
+
+int book_move(Move move) {
+    const int from = move_from(move);
+    switch (move_flag(move)) {
+    case FLAG_SHORT_CASTLING:
+        return book_move(from, from + 3);
+    case FLAG_LONG_CASTLING:
+        return book_move(from, from - 4);
+    default:
+        return book_move(from, move_to(move), is_promotion(move) ? promoted_type(move) : 0);
+    }
+}
+
+static void append_big_endian(std::string& bytes, std::uint64_t value, int size) {
+    for (int shift = 8 * (size - 1); shift >= 0; shift -= 8) {
+        bytes.push_back(static_cast<char>((value >> shift) & 0xFF));
+    }
+}
+
+std::string book_bytes(const std::vector<BookRecord>& records) {
+    std::string bytes;
+    for (const BookRecord& record : records) {
+        append_big_endian(bytes, record.key, 8);
+        append_big_endian(bytes, static_cast<std::uint64_t>(record.move), 2);
+        append_big_endian(bytes, static_cast<std::uint64_t>(record.weight), 2);
+        append_big_endian(bytes, 0xFFFFFFFF, 4);
+    }
+    return bytes;
+}
+
+TemporaryDirectory::TemporaryDirectory() : path(testing::TempDir() + "/book_XXXXXX") {
+    if (mkdtemp(path.data()) == nullptr) {
+        ADD_FAILURE() << "no temporary directory: " << path;
+    }
+}
+
+TemporaryDirectory::~TemporaryDirectory() {
+    std::error_code ignored;
+    std::filesystem::remove_all(path, ignored);
+}
+
+std::string TemporaryDirectory::write(const std::string& name, const std::string& bytes) const {
+    const std::string file = path + "/" + name;
+    std::ofstream(file, std::ios::binary) << bytes;
+    return file;
+}
+
+bool load_records(const std::vector<BookRecord>& records) {
+    const TemporaryDirectory directory;
+    return book_load(directory.write("book.bin", book_bytes(records)).c_str());
+}
+
+} // namespace brindlemoth

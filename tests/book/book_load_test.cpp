@@ -1,0 +1,137 @@
+// Every kind of file that may be named as a book.
+#include "board/position.h"
+#include "book/book.h"
+#include "book/book_file.h"
+#include "book/polyglot_key.h"
+#include "support/support.h"
+
+#include <filesystem>
+#include <functional>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace brindlemoth {
+namespace {
+
+const std::vector<BookRecord> TWO_RECORDS = {{0x0123456789ABCDEF, 0x1234, 0x5678},
+                                             {0xFEDCBA9876543210, 0xFFFF, 1}};
+
+TEST(BookLoad, ReadsRecordsMostSignificantByteFirst) {
+    ASSERT_TRUE(load_records(TWO_RECORDS));
+    EXPECT_TRUE(own_book);
+    ASSERT_EQ(book_entry_count, 2);
+    EXPECT_EQ(book_entries[0].key, 0x0123456789ABCDEFU);
+    EXPECT_EQ(book_entries[0].move, 0x1234);
+    EXPECT_EQ(book_entries[0].weight, 0x5678);
+    EXPECT_EQ(book_entries[1].key, 0xFEDCBA9876543210U);
+    EXPECT_EQ(book_entries[1].move, 0xFFFF);
+    EXPECT_EQ(book_entries[1].weight, 1);
+}
+
+TEST(BookLoad, TakesThePathAsItIs) {
+    const TemporaryDirectory directory;
+    const std::string bytes = book_bytes(TWO_RECORDS);
+    for (const char* const name :
+         {"plain.bin", " two  blanks .bin ", "\"quoted\"", "100%s%n.bin"}) {
+        EXPECT_TRUE(book_load(directory.write(name, bytes).c_str())) << name;
+        EXPECT_EQ(book_entry_count, 2) << name;
+    }
+    EXPECT_FALSE(book_load(("\"" + directory.path + "/plain.bin\"").c_str()));
+
+    const std::string link = directory.path + "/link";
+    std::filesystem::create_symlink(directory.path + "/plain.bin", link);
+    EXPECT_TRUE(book_load(link.c_str()));
+}
+
+// A sparse file: long, and without any data.
+std::string write_sparse(const TemporaryDirectory& directory, std::uintmax_t size) {
+    const std::string path = directory.write("sparse", "");
+    std::error_code failure;
+    std::filesystem::resize_file(path, size, failure);
+    return failure ? directory.path + "/missing" : path;
+}
+
+TEST(BookLoad, AnythingElseLeavesNoBookSilently) {
+    const TemporaryDirectory directory;
+    const auto file_of_size = [&](std::size_t size) {
+        return directory.write("file", std::string(size, '\1'));
+    };
+    const struct {
+        const char* what;
+        std::function<std::string()> path;
+    } ROWS[] = {
+        {"no path", [] { return std::string(); }},
+        {"missing file", [&] { return directory.path + "/missing"; }},
+        {"over-long path", [] { return "/" + std::string(100'000, 'x'); }},
+        {"directory", [&] { return directory.path; }},
+        {"file used as a directory", [&] { return file_of_size(16) + "/book.bin"; }},
+        {"empty", [&] { return file_of_size(0); }},
+        {"15 bytes", [&] { return file_of_size(15); }},
+        {"17 bytes", [&] { return file_of_size(17); }},
+        {"truncated record", [&] { return file_of_size(16 * 1000 + 8); }},
+        {"2 gigabytes", [&] { return write_sparse(directory, std::uintmax_t{1} << 31); }},
+        // The low 32 bits of this size are those of a book of one record.
+        {"4 gigabytes + 16",
+         [&] { return write_sparse(directory, (std::uintmax_t{1} << 32) + 16); }},
+        {"pipe with nobody writing",
+         [&] {
+             const std::string path = directory.path + "/pipe";
+             EXPECT_EQ(mkfifo(path.c_str(), 0600), 0);
+             return path;
+         }},
+        {"device that ends at once", [] { return std::string("/dev/null"); }},
+        {"device that never ends", [] { return std::string("/dev/zero"); }},
+        // A regular file that says 4,096 bytes and gives fewer, as one that shrinks meanwhile does.
+        {"fewer bytes than the size says",
+         [] { return std::string("/sys/kernel/mm/transparent_hugepage/enabled"); }},
+    };
+    for (const auto& row : ROWS) {
+        ASSERT_TRUE(load_records(TWO_RECORDS));
+        const std::string path = row.path();
+        testing::internal::CaptureStdout();
+        testing::internal::CaptureStderr();
+        EXPECT_FALSE(book_load(path.c_str())) << row.what;
+        EXPECT_EQ(testing::internal::GetCapturedStdout(), "") << row.what;
+        EXPECT_EQ(testing::internal::GetCapturedStderr(), "") << row.what;
+        EXPECT_FALSE(own_book) << row.what;
+        EXPECT_EQ(book_entries, nullptr) << row.what;
+        EXPECT_EQ(book_entry_count, 0) << row.what;
+    }
+}
+
+// Access rights mean nothing to the super-user: the test gives that up in a child process.
+TEST(BookLoad, UnreadableFileLeavesNoBook) {
+    const TemporaryDirectory directory;
+    chmod(directory.path.c_str(), 0755);
+    const std::string path = directory.write("unreadable", book_bytes(TWO_RECORDS));
+    ASSERT_TRUE(book_load(path.c_str()));
+    chmod(path.c_str(), 0);
+    const pid_t child = fork();
+    ASSERT_GE(child, 0);
+    if (child == 0) {
+        if (geteuid() == 0 && setuid(65534) != 0) {
+            _exit(2);
+        }
+        const bool refused = !book_load(path.c_str()) && !own_book && book_entries == nullptr;
+        _exit(refused ? 0 : 1);
+    }
+    int status = 0;
+    ASSERT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_TRUE(WIFEXITED(status));
+    EXPECT_EQ(WEXITSTATUS(status), 0);
+}
+
+// The order of the records is not tested: an unsorted book is loaded, and just gives misses.
+TEST(BookLoad, UnsortedFileIsABook) {
+    Position position = position_from(starting_fen);
+    const std::uint64_t key = polyglot_key(position);
+    const int e2e4 = book_move(E2, E4);
+    ASSERT_TRUE(load_records({{key, e2e4, 1}, {key - 1, e2e4, 1}, {key - 2, e2e4, 1}}));
+    EXPECT_EQ(book_entry_count, 3);
+    EXPECT_EQ(book_probe(position), MOVE_NONE);
+}
+
+} // namespace
+} // namespace brindlemoth

@@ -1,0 +1,277 @@
+// What the book answers: by records of our own, and from a genuine book when there is one.
+#include "board/make_move.h"
+#include "book/book.h"
+#include "book/book_file.h"
+#include "book/polyglot_key.h"
+#include "movegen/legality.h"
+#include "support/support.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+#include <filesystem>
+#include <gtest/gtest.h>
+#include <map>
+#include <unordered_set>
+
+namespace brindlemoth {
+namespace {
+
+std::string probe_text(Position& position) {
+    return move_to_text(book_probe(position));
+}
+
+TEST(BookProbe, RecordsMeanLegalMovesOrNothing) {
+    const char* const castling = "r3k2r/8/8/8/8/8/8/R3K2R w KQkq - 0 1";
+    const char* const black_castling = "r3k2r/8/8/8/8/8/8/R3K2R b KQkq - 0 1";
+    const char* const en_passant = "4k3/8/8/3pP3/8/8/8/4K3 w - d6 0 1";
+    const char* const promotion = "r3k3/1P6/8/8/8/8/8/4K3 w - - 0 1";
+    const char* const pinned = "4k3/4r3/8/8/8/8/4N3/4K3 w - - 0 1";
+    const struct {
+        const char* fen;
+        int from, to, promotion;
+        const char* expected;
+    } ROWS[] = {
+        {castling, E1, H1, 0, "e1g1"},
+        {castling, E1, A1, 0, "e1c1"},
+        {castling, E1, G1, 0, "e1g1"},
+        {black_castling, E8, H8, 0, "e8g8"},
+        {black_castling, E8, A8, 0, "e8c8"},
+        {castling, E8, H8, 0, "0000"},                          // not White's king
+        {"4k3/8/8/8/8/8/8/R3K2R w - - 0 1", E1, H1, 0, "0000"}, // no right left
+        {"4kr2/8/8/8/8/8/8/4K2R w K - 0 1", E1, H1, 0, "0000"}, // through check
+        {"4k3/8/8/8/4K2R/8/8/8 w - - 0 1", E4, H4, 0, "0000"},  // not at home
+        {"4k3/8/8/8/8/8/8/3K3R w - - 0 1", D1, H1, 0, "0000"},  // not on the e-file
+        {"4k3/8/8/8/8/8/1K6/4R3 w - - 0 1", E1, H1, 0, "e1h1"}, // a rook may go there
+        {"4k3/8/8/8/8/8/1K6/4Q3 w - - 0 1", E1, A1, 0, "e1a1"}, // and a queen
+        {en_passant, E5, D6, 0, "e5d6"},
+        {"4k3/8/8/3pP3/8/8/8/4K3 w - - 0 1", E5, D6, 0, "0000"},
+        {promotion, B7, B8, 0, "b7b8q"},
+        {promotion, B7, B8, 1, "b7b8n"},
+        {promotion, B7, B8, 2, "b7b8b"},
+        {promotion, B7, A8, 3, "b7a8r"},
+        {promotion, B7, A8, 4, "b7a8q"},
+        {promotion, B7, B8, 5, "0000"},
+        {promotion, B7, B8, 6, "0000"},
+        {promotion, B7, B8, 7, "0000"},
+        {promotion, E1, E2, 4, "0000"}, // only a pawn is promoted
+        {pinned, E2, C3, 0, "0000"},
+        {pinned, E1, D1, 0, "e1d1"},
+        {pinned, E7, E6, 0, "0000"}, // the other side's
+        {pinned, A5, A6, 0, "0000"}, // nobody's
+        {"8/8/8/8/8/8/8/8 w - - 0 1", A1, A1, 0, "0000"},
+    };
+    for (const auto& row : ROWS) {
+        Position position = position_from(row.fen);
+        const int move = book_move(row.from, row.to, row.promotion);
+        ASSERT_TRUE(load_records({{polyglot_key(position), move, 1}}));
+        EXPECT_EQ(probe_text(position), row.expected)
+            << row.fen << " from " << row.from << " to " << row.to << " as " << row.promotion;
+    }
+}
+
+TEST(BookProbe, EveryMoveCodeIsSafe) {
+    for (const char* const fen : {"r3k2r/1P6/8/3pP3/8/8/6p1/R3K2R w KQkq d6 0 1",
+                                  "r3k2r/1P6/8/8/3Pp3/8/6p1/R3K2R b KQkq d3 0 1"}) {
+        Position position = position_from(fen);
+        MoveList legal;
+        generate_legal(position, legal);
+        ASSERT_TRUE(load_records({{polyglot_key(position), 0, 1}}));
+        int answered = 0;
+        for (int code = 0; code <= 0xFFFF; ++code) {
+            book_entries[0].move = static_cast<std::uint16_t>(code);
+            const Move move = book_probe(position);
+            if (move != MOVE_NONE) {
+                ASSERT_NE(std::find(legal.moves, legal.moves + legal.count, move),
+                          legal.moves + legal.count);
+                ++answered;
+            }
+        }
+        EXPECT_GE(answered, legal.count);
+    }
+}
+
+TEST(BookProbe, OffOrEmptySaysNothing) {
+    Position position = position_from(starting_fen);
+    ASSERT_TRUE(load_records({{polyglot_key(position), book_move(E2, E4), 1}}));
+    own_book = false;
+    EXPECT_EQ(book_probe(position), MOVE_NONE);
+    own_book = true;
+    EXPECT_EQ(probe_text(position), "e2e4");
+    EXPECT_FALSE(book_load(""));
+    own_book = true;
+    EXPECT_EQ(book_probe(position), MOVE_NONE);
+}
+
+TEST(BookProbe, WeightsAreSharesOfTheRandomNumber) {
+    Position position = position_from(starting_fen);
+    const std::uint64_t key = polyglot_key(position);
+    const BookRecord before = {key - 1, book_move(A2, A3), 1000};
+    const BookRecord behind = {key + 1, book_move(A2, A3), 1000};
+    ASSERT_TRUE(load_records({before,
+                              {key, book_move(B2, B3), 0},
+                              {key, book_move(C2, C3), 1},
+                              {key, book_move(D2, D3), 0},
+                              {key, book_move(E2, E3), 3},
+                              behind}));
+    for (unsigned seed = 0; seed < 200; ++seed) {
+        std::srand(seed);
+        const int pick = std::rand() % 4;
+        std::srand(seed);
+        EXPECT_EQ(probe_text(position), pick == 0 ? "c2c3" : "e2e3") << seed;
+    }
+    ASSERT_TRUE(load_records({before, {key, book_move(B2, B3), 0}, {key, 0, 0}, behind}));
+    EXPECT_EQ(book_probe(position), MOVE_NONE);
+}
+
+TEST(BookProbe, OnlyTheFirst64RecordsOfAPositionCount) {
+    Position position = position_from(starting_fen);
+    const std::uint64_t key = polyglot_key(position);
+    std::vector<BookRecord> records(64, {key, book_move(E2, E4), 0});
+    records.resize(1000, {key, book_move(D2, D4), 0xFFFF});
+    ASSERT_TRUE(load_records(records));
+    EXPECT_EQ(book_probe(position), MOVE_NONE);
+    records[63].weight = 1;
+    ASSERT_TRUE(load_records(records));
+    EXPECT_EQ(probe_text(position), "e2e4");
+}
+
+TEST(BookProbe, FindsEveryPositionOfABookAndNoOther) {
+    constexpr int POSITIONS = 5000;
+    constexpr std::uint64_t SEED = 6;
+    std::map<std::uint64_t, Move> moves;
+    int visited = 0;
+    for_random_positions(POSITIONS, SEED, [&](Position& position) {
+        MoveList legal;
+        generate_legal(position, legal);
+        if (++visited % 2 == 0 && legal.count > 0) {
+            moves.emplace(polyglot_key(position), legal.moves[visited % legal.count]);
+        }
+    });
+    std::vector<BookRecord> records;
+    for (const auto& [key, move] : moves) {
+        records.push_back({key, book_move(move), 1});
+    }
+    ASSERT_TRUE(load_records(records));
+    ASSERT_EQ(book_entry_count, static_cast<int>(moves.size()));
+    for_random_positions(POSITIONS, SEED, [&](Position& position) {
+        const auto found = moves.find(polyglot_key(position));
+        ASSERT_EQ(book_probe(position), found == moves.end() ? MOVE_NONE : found->second);
+    });
+}
+
+class GenuineBook : public testing::TestWithParam<const char*> {
+protected:
+    void SetUp() override {
+        const std::string path = shared_directory() + "/books/" + GetParam();
+        if (!std::filesystem::exists(path)) {
+            GTEST_SKIP() << "needs the shared book " << GetParam();
+        }
+        ASSERT_TRUE(book_load(path.c_str()));
+    }
+};
+
+// The entries that stand for the position.
+std::pair<const BookEntry*, const BookEntry*> entries_of(const Position& position) {
+    const auto before = [](const BookEntry& a, const BookEntry& b) { return a.key < b.key; };
+    return std::equal_range(book_entries, book_entries + book_entry_count,
+                            BookEntry{polyglot_key(position), 0, 0}, before);
+}
+
+// Goes everywhere that the book's moves lead to, and counts its entries on the way.
+void visit_book(Position& position, std::unordered_set<std::uint64_t>& seen, int& entries) {
+    const auto [first, last] = entries_of(position);
+    if (first == last || !seen.insert(first->key).second) {
+        return;
+    }
+    MoveList legal;
+    generate_legal(position, legal);
+    std::vector<Move> weighted;
+    for (const BookEntry* entry = first; entry != last; ++entry, ++entries) {
+        const auto* const move =
+            std::find_if(legal.moves, legal.moves + legal.count,
+                         [&](Move candidate) { return book_move(candidate) == entry->move; });
+        ASSERT_NE(move, legal.moves + legal.count) << "entry " << entry - book_entries;
+        if (entry->weight > 0) {
+            weighted.push_back(*move);
+        }
+        make_move(position, *move);
+        visit_book(position, seen, entries);
+        unmake_move(position, *move);
+    }
+    const Move answer = book_probe(position);
+    if (weighted.empty()) {
+        EXPECT_EQ(answer, MOVE_NONE);
+    } else {
+        EXPECT_NE(std::find(weighted.begin(), weighted.end(), answer), weighted.end());
+    }
+}
+
+TEST_P(GenuineBook, EveryEntryIsReachedByBookMovesAndIsLegal) {
+    ASSERT_TRUE(
+        std::is_sorted(book_entries, book_entries + book_entry_count,
+                       [](const BookEntry& a, const BookEntry& b) { return a.key < b.key; }));
+    Position position = position_from(starting_fen);
+    std::unordered_set<std::uint64_t> seen;
+    int entries = 0;
+    visit_book(position, seen, entries);
+    EXPECT_EQ(entries, book_entry_count);
+}
+
+// The bound that a chi-square sum of so many degrees of freedom passes once in a thousand times
+// (the cube-root approximation).
+double chi_square_bound(int degrees) {
+    const double spread = 2.0 / (9.0 * degrees);
+    return degrees * std::pow(1 - spread + 3.09 * std::sqrt(spread), 3);
+}
+
+TEST_P(GenuineBook, AnswersFollowTheWeights) {
+    Position position = position_from(starting_fen);
+    const auto [first, last] = entries_of(position);
+    constexpr int ANSWERS = 2000;
+    std::map<int, int> counts;
+    std::srand(1);
+    for (int i = 0; i < ANSWERS; ++i) {
+        ++counts[book_move(book_probe(position))];
+    }
+    double total = 0;
+    for (const BookEntry* entry = first; entry != last; ++entry) {
+        total += entry->weight;
+    }
+    // Rare moves are taken together, as the approximation wants at least five of each.
+    double chi_square = 0;
+    double rare_expected = 0;
+    double rare_counted = 0;
+    int classes = 0;
+    const auto add_class = [&](double counted, double expected) {
+        chi_square += (counted - expected) * (counted - expected) / expected;
+        ++classes;
+    };
+    int seen = 0;
+    for (const BookEntry* entry = first; entry != last; ++entry) {
+        const double expected = ANSWERS * entry->weight / total;
+        const int counted = counts[entry->move];
+        seen += counted;
+        if (expected < 5) {
+            rare_expected += expected;
+            rare_counted += counted;
+        } else {
+            add_class(counted, expected);
+        }
+    }
+    if (rare_expected > 0) {
+        add_class(rare_counted, rare_expected);
+    }
+    EXPECT_EQ(seen, ANSWERS);
+    ASSERT_GE(classes, 2);
+    EXPECT_LT(chi_square, chi_square_bound(classes - 1)) << classes << " classes";
+}
+
+INSTANTIATE_TEST_SUITE_P(Shared, GenuineBook, testing::Values("book-large.bin", "book-small.bin"),
+                         [](const auto& book) {
+                             return std::string(book.param).substr(0, 4) +
+                                    std::string(book.param).substr(5, 5);
+                         });
+
+} // namespace
+} // namespace brindlemoth
