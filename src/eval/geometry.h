@@ -1,0 +1,62 @@
+// Squares, ranks and distances as the terms of this folder use them. In front of a pawn is nearer
+// to its promotion rank; relative ranks count from 0 at the colour's own first rank.
+#pragma once
+
+#include "board/bitboard.h"
+
+#include <algorithm>
+#include <cstdlib>
+
+namespace brindlemoth {
+
+constexpr int relative_rank(int square, int colour) {
+    return colour == WHITE ? rank_of(square) : 7 - rank_of(square);
+}
+
+// The squares one step forward; what leaves the board is gone.
+template <int colour> constexpr Bitboard push_squares(Bitboard squares) {
+    return colour == WHITE ? squares << 8 : squares >> 8;
+}
+
+// All ranks strictly in front of the square.
+template <int colour> constexpr Bitboard ranks_in_front(int square) {
+    return colour == WHITE ? ~Bitboard{0} << 8 << (square & 56)
+                           : ~Bitboard{0} >> 8 >> (56 - (square & 56));
+}
+
+// The squares and all those in front of them on their files.
+template <int colour> constexpr Bitboard fill_forward(Bitboard squares) {
+    if constexpr (colour == WHITE) {
+        squares |= squares << 8;
+        squares |= squares << 16;
+        squares |= squares << 32;
+    } else {
+        squares |= squares >> 8;
+        squares |= squares >> 16;
+        squares |= squares >> 32;
+    }
+    return squares;
+}
+
+// All squares of the files on which one of the squares lies.
+constexpr Bitboard fill_files(Bitboard squares) {
+    return fill_forward<WHITE>(squares) | fill_forward<BLACK>(squares);
+}
+
+constexpr Bitboard EVEN_SQUARES = 0xAA55AA55AA55AA55ULL; // those of a1's colour
+
+// All squares of one colour of the board, by square_parity().
+constexpr Bitboard squares_of_parity(int parity) {
+    return parity == 0 ? EVEN_SQUARES : ~EVEN_SQUARES;
+}
+
+inline int file_distance(int a, int b) {
+    return std::abs(file_of(a) - file_of(b));
+}
+
+// King moves from one square to the other on an empty board.
+inline int distance(int a, int b) {
+    return std::max(file_distance(a, b), std::abs(rank_of(a) - rank_of(b)));
+}
+
+} // namespace brindlemoth

@@ -1,0 +1,38 @@
+// King and pawn against king, every position solved once at start-up. Positions are stored as if
+// the side with the pawn, the strong side, were White and the pawn on files a to d: the caller
+// mirrors. Used to tell drawn positions from won ones.
+#pragma once
+
+#include "board/types.h"
+
+#include <cstdint>
+
+namespace brindlemoth {
+
+// Distinct bits: the solver collects results by OR.
+enum : std::uint8_t {
+    KPK_INVALID = 0, // not a position of the game
+    KPK_UNKNOWN = 1, // not decided yet; only while solving
+    KPK_DRAW = 2,
+    KPK_WIN = 4, // for the side with the pawn
+};
+
+constexpr int KPK_SIZE = 6 * 4 * 2 * 64 * 64;
+
+extern std::uint8_t kpk_table[KPK_SIZE];
+
+// Requires a pawn on files a to d and ranks 2 to 7.
+constexpr int kpk_index(int strong_king, int weak_king, int weak_to_move, int pawn) {
+
+    return strong_king | weak_king << 6 | weak_to_move << 12 | file_of(pawn) << 13 |
+           (rank_of(pawn) - 1) << 15;
+}
+
+// Fills kpk_table. Needs the attack tables.
+void kpk_init();
+
+// What the position is, as far as the entries of its successors in kpk_table tell. The flag
+// weak_to_move is 0 or 1; the pawn stands on files a to d.
+int kpk_classify(int strong_king, int weak_king, int weak_to_move, int pawn);
+
+} // namespace brindlemoth
