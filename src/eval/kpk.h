@@ -23,7 +23,6 @@ extern std::uint8_t kpk_table[KPK_SIZE];
 
 // Requires a pawn on files a to d and ranks 2 to 7.
 constexpr int kpk_index(int strong_king, int weak_king, int weak_to_move, int pawn) {
-
     return strong_king | weak_king << 6 | weak_to_move << 12 | file_of(pawn) << 13 |
            (rank_of(pawn) - 1) << 15;
 }
