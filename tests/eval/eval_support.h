@@ -1,0 +1,25 @@
+// Shared by the tests of the evaluation: positions that no game reaches, and colour mirrors.
+#pragma once
+
+#include "board/position.h"
+
+#include <cstdint>
+#include <functional>
+#include <ostream>
+
+namespace brindlemoth {
+
+// The same position with colours, ranks and side to move exchanged.
+Position mirrored(const Position& position);
+
+// Visits `count` random placements: one king a side and up to max_pieces others, pawns on any
+// rank, nothing else legal about them.
+void for_random_placements(int count, std::uint64_t seed, int max_pieces,
+                           const std::function<void(Position&)>& visit);
+
+// For readable failures.
+inline void PrintTo(Score score, std::ostream* out) {
+    *out << "S(" << mg_value(score) << ", " << (raw(score) - mg_value(score)) / 65536 << ")";
+}
+
+} // namespace brindlemoth

@@ -1,0 +1,187 @@
+#include "board/bitboard.h"
+#include "eval/endgame.h"
+#include "eval/evaluate.h"
+#include "eval/king_safety.h"
+#include "eval/pawns.h"
+#include "eval/piece_terms.h"
+#include "eval_support.h"
+#include "support/support.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <gtest/gtest.h>
+#include <string>
+
+namespace brindlemoth {
+namespace {
+
+TEST(Evaluate, KnownValues) {
+    const struct {
+        const char* fen;
+        int phase;
+        int by_style[2];
+    } cases[] = {
+        {"rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq - 0 1", 24, {20, 20}},
+        {"rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR b KQkq - 0 1", 24, {20, 20}},
+        {"r3k2r/p1ppqpb1/bn2pnp1/3PN3/1p2P3/2N2Q1p/PPPBBPPP/R3K2R w KQkq - 0 1", 24, {54, -48}},
+        {"8/2p5/3p4/KP5r/1R3p1k/8/4P1P1/8 w - - 0 1", 4, {-31, -28}},
+        {"r3k2r/Pppp1ppp/1b3nbN/nP6/BBP1P3/q4N2/Pp1P2PP/R2Q1RK1 w kq - 0 1", 24, {166, 270}},
+        {"rnbq1k1r/pp1Pbppp/2p5/8/2B5/8/PPP1NnPP/RNBQK2R w KQ - 1 8", 24, {245, 322}},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.fen);
+        for (const int style : {1, 0}) { // ends in the style that the other tests expect
+            eval_style = style;
+            init_eval_tables();
+            const Position position = position_from(c.fen);
+            EXPECT_EQ(evaluate(position), c.by_style[style]) << "style " << style;
+            EXPECT_EQ(game_phase(position), c.phase);
+        }
+    }
+}
+
+int distance(int a, int b) {
+    return std::max(std::abs(file_of(a) - file_of(b)), std::abs(rank_of(a) - rank_of(b)));
+}
+
+// The extras of one colour's passed pawns, square by square.
+int passed_extras(const Position& position, int colour) {
+    const int forward = colour == WHITE ? 8 : -8;
+    const auto piece_at = [&](int square) { return position.board[square]; };
+    const auto on_board = [](int square) { return square >= 0 && square < SQUARE_COUNT; };
+    const int own_king = lowest_square(position.pieces[colour][KING]);
+    const int enemy_king = lowest_square(position.pieces[colour ^ 1][KING]);
+    const bool bare = popcount(position.occupied[colour ^ 1]) == 1;
+
+    int extras = 0;
+    for (int pawn = 0; pawn < SQUARE_COUNT; ++pawn) {
+        if (piece_at(pawn) != make_piece(colour, PAWN)) {
+            continue;
+        }
+        bool passed = true;
+        for (int square = pawn + forward; on_board(square); square += forward) {
+            for (const int side : {-1, 0, 1}) {
+                const int file = file_of(square) + side;
+                passed &=
+                    file < 0 || file > 7 || piece_at(square + side) != make_piece(colour ^ 1, PAWN);
+            }
+        }
+        if (!passed) {
+            continue;
+        }
+        const int rank = colour == WHITE ? rank_of(pawn) : 7 - rank_of(pawn);
+        extras += ((8 * distance(enemy_king, pawn) - 5 * distance(own_king, pawn)) * rank) / 6;
+        bool own_behind = false;
+        bool enemy_behind = false;
+        for (int square = pawn - forward; on_board(square); square -= forward) {
+            for (const int type : {ROOK, QUEEN}) {
+                own_behind |= piece_at(square) == make_piece(colour, type);
+                enemy_behind |= piece_at(square) == make_piece(colour ^ 1, type);
+            }
+        }
+        extras += own_behind ? 3 * rank : 0;
+        extras -= enemy_behind ? 5 * rank : 0;
+        const int promotion = make_square(file_of(pawn), colour == WHITE ? 7 : 0);
+        const int steps = 7 - rank - (rank == 1 ? 1 : 0);
+        const int chase = distance(enemy_king, promotion) - (position.side != colour ? 1 : 0);
+        extras += bare && chase > steps ? 600 : 0;
+    }
+    return extras;
+}
+
+// The value of a position that is not dead, put together from single terms and the given extras.
+int assemble(const Position& position, int extras) {
+    const auto difference = [&](Score (*term)(const Position&, int)) {
+        return term(position, WHITE) - term(position, BLACK);
+    };
+    Score sum = position.psq + evaluate_pawns(position) + difference(evaluate_mobility) +
+                difference(evaluate_outposts) + difference(evaluate_rooks) +
+                difference(evaluate_threats);
+    sum += popcount(position.pieces[WHITE][BISHOP]) >= 2 ? S(22, 30) : Score{};
+    sum -= popcount(position.pieces[BLACK][BISHOP]) >= 2 ? S(22, 30) : Score{};
+    sum += make_score(king_danger(position, BLACK) - king_danger(position, WHITE), 0);
+    sum += Score{65536} * extras;
+    const int phase = game_phase(position);
+    int value = (mg_value(sum) * phase + eg_value(sum) * (24 - phase)) / 24;
+    value += position.side == WHITE ? 20 : -20;
+    value += endgame_bonus(position);
+    value = value * endgame_scale(position, value) / 256;
+    return position.side == WHITE ? value : -value;
+}
+
+TEST(Evaluate, PassedPawnExtras) {
+    const struct {
+        const char* what;
+        const char* fen;
+        int extras;
+    } cases[] = {
+        {"no pawn", "6k1/8/8/8/8/8/8/R5K1 w - - 0 1", 0},
+        {"a double step ahead of the king", "6k1/8/8/8/8/8/P7/6NK w - - 0 1", 2 + 600},
+        {"the king to move catches it", "6k1/8/8/8/8/8/P7/6NK b - - 0 1", 2},
+        {"an enemy pawn besides its king", "6k1/7p/8/8/8/8/P7/6NK w - - 0 1", 2 - 1},
+        {"division toward zero", "6NK/8/8/8/8/1k6/P7/8 w - - 0 1", -4},
+        {"own rook and enemy queen behind", "6k1/8/8/3P4/8/8/3q4/3R2K1 w - - 0 1", 2 + 12 - 20},
+        {"not passed by a pawn beside", "6k1/2p5/8/3P4/8/8/8/3R2K1 w - - 0 1", 0},
+        {"black pawn", "3r2k1/8/8/8/3p4/8/8/6K1 b - - 0 1", -(2 + 12 + 0)},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        const Position position = position_from(c.fen);
+        EXPECT_EQ(passed_extras(position, WHITE) - passed_extras(position, BLACK), c.extras);
+        EXPECT_EQ(evaluate(position), assemble(position, c.extras));
+    }
+}
+
+TEST(Evaluate, IsTheSumOfItsTerms) {
+    int compared = 0;
+    const auto compare = [&](Position& position) {
+        const bool maybe_dead = (position.pieces[WHITE][PAWN] | position.pieces[WHITE][ROOK] |
+                                 position.pieces[WHITE][QUEEN] | position.pieces[BLACK][PAWN] |
+                                 position.pieces[BLACK][ROOK] | position.pieces[BLACK][QUEEN]) == 0;
+        if (!maybe_dead) {
+            const int extras = passed_extras(position, WHITE) - passed_extras(position, BLACK);
+            ASSERT_EQ(evaluate(position), assemble(position, extras));
+            ++compared;
+        }
+    };
+    for_random_positions(10000, 51, compare);
+    for_random_placements(5000, 52, 24, compare);
+    EXPECT_GT(compared, 14000);
+}
+
+TEST(Evaluate, MirroredPositionsDifferByOneAtMost) {
+    const auto compare = [](Position& position) {
+        const Position mirror = mirrored(position);
+        ASSERT_EQ(evaluate_pawns(position), -evaluate_pawns(mirror));
+        ASSERT_EQ(endgame_bonus(position), -endgame_bonus(mirror));
+        ASSERT_LE(std::abs(evaluate(position) - evaluate(mirror)), 1);
+    };
+    for_random_positions(5000, 53, compare);
+    for_random_placements(5000, 54, 16, compare);
+}
+
+TEST(Evaluate, ReadsNeitherClockNorRights) {
+    const int value = evaluate(position_from("r3k2r/8/8/3pP3/8/8/8/R3K2R w KQkq d6 0 1"));
+    EXPECT_EQ(evaluate(position_from("r3k2r/8/8/3pP3/8/8/8/R3K2R w - - 99 70")), value);
+}
+
+TEST(Evaluate, BoardsThatNoGameReaches) {
+    EXPECT_EQ(evaluate(position_from("8/8/8/8/8/8/8/8 w - - 0 1")), 0);
+    EXPECT_EQ(evaluate(position_from("8/8/8/3Q4/8/8/8/4K3 w - - 0 1")), 0);
+    EXPECT_EQ(evaluate(position_from("4k3/8/8/3Q4/8/8/8/8 b - - 0 1")), 0);
+
+    // Nothing to compare with: they must only stay inside every table.
+    for (const char* board :
+         {"PPPPPPPP/8/8/k7/7K/8/8/PPPPPPPP", "pppppppp/8/8/k7/7K/8/8/pppppppp",
+          "kkkkkkkk/pppppppp/8/8/8/8/PPPPPPPP/KKKKKKKK",
+          "QQQQQQQQ/QQQQQQQQ/QQQQQQQQ/QQQkQQQQ/QQQQQQQQ/QQQQQQQQ/QQQQQQQQ/KQQQQQQQ",
+          "kP6/8/8/8/8/8/8/K7", "kp6/8/8/8/8/8/8/K7", "8/8/8/8/8/8/8/kPK5"}) {
+        for (const char* side : {" w - - 0 1", " b - - 0 1"}) {
+            const Position position = position_from(board + std::string(side));
+            EXPECT_EQ(evaluate(position), evaluate(position));
+        }
+    }
+}
+
+} // namespace
+} // namespace brindlemoth

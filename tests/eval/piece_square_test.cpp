@@ -1,0 +1,65 @@
+#include "board/position.h"
+#include "eval/evaluate.h"
+#include "eval_support.h"
+#include "support/support.h"
+
+#include <cstring>
+#include <gtest/gtest.h>
+
+namespace brindlemoth {
+namespace {
+
+void select_style(int style) {
+    eval_style = style;
+    init_eval_tables();
+}
+
+TEST(PackedScore, HalvesKeepTheBorrow) {
+    EXPECT_EQ(eg_value(S(-5, 10)), 9);
+    EXPECT_EQ(eg_value(S(5, 10)), 10);
+    EXPECT_EQ(mg_value(S(-1, 0)), -1);
+    EXPECT_EQ(eg_value(S(-1, 0)), -1);
+    EXPECT_EQ(mg_value(S(0, -1)), 0);
+    EXPECT_EQ(eg_value(S(0, -1)), -1);
+    EXPECT_EQ(S(-35, 12) + S(82, 94), S(47, 106));
+}
+
+TEST(PieceSquares, KnownCells) {
+    EXPECT_EQ(psq_table[make_piece(WHITE, PAWN)][A2], S(47, 106));
+    EXPECT_EQ(psq_table[make_piece(BLACK, PAWN)][A7], S(-47, -106));
+    EXPECT_EQ(psq_table[make_piece(WHITE, KING)][G1], S(24, -13));
+    EXPECT_EQ(psq_table[make_piece(WHITE, PAWN)][C8], S(82, 94));
+    EXPECT_EQ(psq_table[make_piece(WHITE, QUEEN)][H8], S(1025 + 45, 936 - 12));
+    EXPECT_EQ(psq_table[make_piece(BLACK, KNIGHT)][A1], S(-(337 - 167), -(281 - 59)));
+}
+
+TEST(PieceSquares, ColourMirrorsSumToZeroInBothStyles) {
+    for (const int style : {1, 0}) {
+        select_style(style);
+        EXPECT_EQ(position_from(starting_fen).psq, Score{});
+        EXPECT_EQ(position_from("4k3/pp6/2n5/q7/Q7/2N5/PP6/4K3 w - - 0 1").psq, Score{});
+        for_random_positions(
+            500, 41, [](Position& position) { ASSERT_EQ(mirrored(position).psq, -position.psq); });
+    }
+}
+
+TEST(PieceSquares, StyleThereAndBackRestoresEveryEntry) {
+    static Score before[12][64];
+    std::memcpy(before, psq_table, sizeof before);
+    select_style(1);
+    EXPECT_EQ(psq_table[make_piece(WHITE, PAWN)][A2], S(82 + 15, 94 + 14));
+    EXPECT_EQ(psq_table[make_piece(WHITE, KNIGHT)][H8], S(337 + 20, 281 + 12));
+    EXPECT_NE(std::memcmp(before, psq_table, sizeof before), 0);
+    select_style(0);
+    EXPECT_EQ(std::memcmp(before, psq_table, sizeof before), 0);
+}
+
+TEST(GamePhase, CountsPiecesUpToTheCap) {
+    EXPECT_EQ(game_phase(position_from(starting_fen)), 24);
+    EXPECT_EQ(game_phase(position_from("QQQQQQQQ/Q7/8/8/8/8/q7/qqqqqqqq w - - 0 1")), 24);
+    EXPECT_EQ(game_phase(position_from("4k3/pppp4/8/8/8/8/PPPP4/4K3 w - - 0 1")), 0);
+    EXPECT_EQ(game_phase(position_from("n1b1k3/8/8/8/8/8/8/R3KQ2 w - - 0 1")), 1 + 1 + 2 + 4);
+}
+
+} // namespace
+} // namespace brindlemoth
