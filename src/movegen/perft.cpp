@@ -4,6 +4,7 @@
 #include "movegen/legality.h"
 #include "movegen/movegen.h"
 
+#include <algorithm>
 #include <cstdio>
 
 namespace brindlemoth {
@@ -41,6 +42,8 @@ std::uint64_t perft(Position& position, int depth) {
 }
 
 void perft_divide(Position& position, int depth) {
+    // A count this deep never ends, but on its way it must not run over the undo stack.
+    depth = std::min(depth, MAX_UNDO - position.undo_count);
     Move buffer[MAX_MOVES];
     const Move* const end = generate_pseudo_legal(position, buffer);
     std::uint64_t total = 0;

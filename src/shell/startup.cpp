@@ -2,14 +2,31 @@
 
 #include "board/attacks.h"
 #include "board/position.h"
+#include "eval/evaluate.h"
+#include "search/history.h"
+#include "search/search.h"
+#include "search/transposition.h"
 
 namespace brindlemoth {
+
+namespace {
+
+constexpr int DEFAULT_HASH_MEGABYTES = 64;
+
+} // namespace
 
 void start_engine() {
     init_attacks();
     init_keys();
+    init_eval_tables();
+    init_reductions();
+    kpk_init();
+    tt_resize(DEFAULT_HASH_MEGABYTES);
+    clear_history();
 }
 
-void stop_engine() {}
+void stop_engine() {
+    tt_release();
+}
 
 } // namespace brindlemoth

@@ -1,0 +1,67 @@
+#include "search/history.h"
+
+#include <cstring>
+
+namespace brindlemoth {
+
+std::int32_t butterfly_history[2][64][64];
+std::int32_t continuation_history[12][64][12][64];
+Move killers[MAX_PLY][2];
+Move countermoves[12][64];
+
+namespace {
+
+void halve(std::int32_t* cells, std::size_t count) {
+    for (std::size_t i = 0; i < count; ++i)
+        cells[i] /= 2;
+}
+
+} // namespace
+
+void clear_history() {
+    std::memset(butterfly_history, 0, sizeof butterfly_history);
+    std::memset(continuation_history, 0, sizeof continuation_history);
+    std::memset(killers, 0, sizeof killers);
+    std::memset(countermoves, 0, sizeof countermoves);
+}
+
+void age_history() {
+    std::memset(killers, 0, sizeof killers);
+    halve(&butterfly_history[0][0][0], sizeof butterfly_history / sizeof(std::int32_t));
+    halve(&continuation_history[0][0][0][0], sizeof continuation_history / sizeof(std::int32_t));
+}
+
+void update_history(const Position& position, Move best, const Move* quiets, int quiet_count,
+                    int depth, PreviousMove previous) {
+    const int bonus = depth * depth;
+    auto& butterfly = butterfly_history[position.side];
+    update_cell(butterfly[move_from(best)][move_to(best)], bonus);
+    for (int i = 0; i < quiet_count; ++i)
+        if (quiets[i] != best)
+            update_cell(butterfly[move_from(quiets[i])][move_to(quiets[i])], -bonus);
+    if (previous.piece == EMPTY_SQUARE)
+        return;
+    auto& continuation = continuation_history[previous.piece][previous.to];
+    const auto update_continuation = [&](Move move, int amount) {
+        const int piece = position.board[move_from(move)];
+        if (piece != EMPTY_SQUARE)
+            update_cell(continuation[piece][move_to(move)], amount);
+    };
+    update_continuation(best, bonus);
+    for (int i = 0; i < quiet_count; ++i)
+        if (quiets[i] != best)
+            update_continuation(quiets[i], -bonus);
+}
+
+void record_quiet_cutoff(const Position& position, Move best, const Move* quiets, int quiet_count,
+                         int depth, int ply, PreviousMove previous) {
+    if (best != killers[ply][0]) {
+        killers[ply][1] = killers[ply][0];
+        killers[ply][0] = best;
+    }
+    update_history(position, best, quiets, quiet_count, depth, previous);
+    if (previous.piece != EMPTY_SQUARE)
+        countermoves[previous.piece][previous.to] = best;
+}
+
+} // namespace brindlemoth

@@ -1,0 +1,69 @@
+#include "search/see.h"
+
+#include "board/attacks.h"
+#include "board/bitboard.h"
+
+#include <algorithm>
+
+namespace brindlemoth {
+
+namespace {
+
+// Every man on the board can join in at most once.
+constexpr int MAX_EXCHANGES = 64;
+
+} // namespace
+
+int see(const Position& position, Move move) {
+    const int from = move_from(move);
+    const int to = move_to(move);
+    const auto& pieces = position.pieces;
+    const int victim = move_flag(move) == FLAG_EN_PASSANT ? PAWN : piece_type(position.board[to]);
+
+    int gain[MAX_EXCHANGES + 2];
+    gain[0] = see_values[victim];
+
+    const Bitboard queens = pieces[WHITE][QUEEN] | pieces[BLACK][QUEEN];
+    const Bitboard diagonal = pieces[WHITE][BISHOP] | pieces[BLACK][BISHOP] | queens;
+    const Bitboard straight = pieces[WHITE][ROOK] | pieces[BLACK][ROOK] | queens;
+
+    // The man on the to-square stays, and so does a pawn taken en passant.
+    Bitboard occupancy = position.all_pieces & ~square_bit(from);
+    Bitboard attackers =
+        ((bishop_attacks(to, occupancy) & diagonal) | (rook_attacks(to, occupancy) & straight) |
+         (king_attacks[to] & (pieces[WHITE][KING] | pieces[BLACK][KING])) |
+         (knight_attacks[to] & (pieces[WHITE][KNIGHT] | pieces[BLACK][KNIGHT])) |
+         (pawn_attacks[BLACK][to] & pieces[WHITE][PAWN]) |
+         (pawn_attacks[WHITE][to] & pieces[BLACK][PAWN])) &
+        occupancy;
+
+    int attacker = piece_type(position.board[from]);
+    int side = position.side ^ 1;
+    int depth = 0;
+    while (true) {
+        gain[depth + 1] = see_values[attacker] - gain[depth];
+        if ((attackers & position.occupied[side]) == 0)
+            break;
+        attacker = PAWN;
+        while ((attackers & pieces[side][attacker]) == 0)
+            ++attacker;
+        const Bitboard capturer = attackers & pieces[side][attacker];
+        const Bitboard lowest = capturer & (~capturer + 1);
+        occupancy ^= lowest;
+        // Sliders that stood behind the capturer join in; men already used are out of occupancy.
+        // A knight never uncovers a line, and the others only lines of the kind they moved on.
+        if (attacker == PAWN || attacker == BISHOP || attacker >= QUEEN)
+            attackers |= bishop_attacks(to, occupancy) & diagonal;
+        if (attacker >= ROOK)
+            attackers |= rook_attacks(to, occupancy) & straight;
+        attackers &= occupancy;
+        side ^= 1;
+        ++depth;
+    }
+    // Every capturer but the first may decline.
+    while (--depth >= 0)
+        gain[depth] = std::min(gain[depth], -gain[depth + 1]);
+    return gain[0];
+}
+
+} // namespace brindlemoth

@@ -1,0 +1,51 @@
+#include "search/transposition.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+
+namespace brindlemoth {
+
+TTEntry* tt_table;
+std::uint64_t tt_entry_count;
+std::uint8_t tt_generation;
+
+void tt_resize(int megabytes) {
+    tt_release();
+    const std::uint64_t bytes = static_cast<std::uint64_t>(megabytes) << 20;
+    std::uint64_t count = 1;
+    do
+        count *= 2;
+    while (count * 2 * sizeof(TTEntry) <= bytes);
+    tt_entry_count = count;
+    tt_table = static_cast<TTEntry*>(std::calloc(count, sizeof(TTEntry)));
+}
+
+void tt_clear() {
+    if (tt_table != nullptr)
+        std::memset(static_cast<void*>(tt_table), 0, tt_entry_count * sizeof(TTEntry));
+    tt_generation = 0;
+}
+
+void tt_release() {
+    std::free(tt_table);
+    tt_table = nullptr;
+    tt_entry_count = 0;
+}
+
+void tt_store(Key key, int score, std::uint8_t bound, int depth, Move move, int ply) {
+    if (tt_table == nullptr)
+        return;
+    TTEntry& entry = tt_table[key & (tt_entry_count - 1)];
+    if (entry.key != 0 && entry.key != key && entry.generation == tt_generation &&
+        depth < entry.depth)
+        return;
+    entry.key = key;
+    entry.score = static_cast<std::int16_t>(score_to_table(score, ply));
+    entry.move = move;
+    entry.depth = static_cast<std::uint8_t>(std::min(depth, 255));
+    entry.bound = bound;
+    entry.generation = tt_generation;
+}
+
+} // namespace brindlemoth

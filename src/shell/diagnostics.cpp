@@ -1,0 +1,97 @@
+#include "shell/diagnostics.h"
+
+#include "board/make_move.h"
+#include "movegen/legality.h"
+#include "movegen/movegen.h"
+#include "platform/clock.h"
+#include "search/history.h"
+#include "search/root.h"
+#include "search/transposition.h"
+
+#include <cstdio>
+
+namespace brindlemoth {
+
+namespace {
+
+constexpr const char* bench_positions[] = {
+    "rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq - 0 1",
+    "r3k2r/p1ppqpb1/bn2pnp1/3PN3/1p2P3/2N2Q1p/PPPBBPPP/R3K2R w KQkq - 0 1",
+    "8/2p5/3p4/KP5r/1R3p1k/8/4P1P1/8 w - - 0 1",
+    "r3k2r/Pppp1ppp/1b3nbN/nP6/BBP1P3/q4N2/Pp1P2PP/R2Q1RK1 w kq - 0 1",
+    "rnbq1k1r/pp1Pbppp/2p5/8/2B5/8/PPP1NnPP/RNBQK2R w KQ - 1 8",
+};
+
+} // namespace
+
+void cmd_bench(int depth) {
+    const std::int64_t start = tick_count();
+    std::uint64_t total = 0;
+    for (const char* const fen : bench_positions) {
+        Position position;
+        position_set_fen(position, fen);
+        clear_history();
+        tt_clear();
+        SearchLimits limits{};
+        limits.depth = depth;
+        search_root(position, limits);
+        total += node_count;
+    }
+    const std::int64_t elapsed = tick_count() - start;
+    const std::uint64_t nps = elapsed > 0 ? total * 1000 / static_cast<std::uint64_t>(elapsed) : 0;
+    std::printf("\n=== Bench ===\n");
+    std::printf("Depth   : %d\n", depth);
+    std::printf("Nodes   : %llu\n", static_cast<unsigned long long>(total));
+    std::printf("Time    : %lld ms\n", static_cast<long long>(elapsed));
+    std::printf("NPS     : %llu\n", static_cast<unsigned long long>(nps));
+    std::fflush(stdout);
+}
+
+void cmd_dupcheck(const Position& position) {
+    Move moves[MAX_MOVES];
+    const int count = static_cast<int>(generate_pseudo_legal(position, moves) - moves);
+    int duplicates = 0;
+    for (int i = 0; i < count; ++i) {
+        for (int j = i + 1; j < count; ++j) {
+            if (moves[i] == moves[j]) {
+                std::printf("DUPLICATE: %s (indices %d and %d)\n", move_to_text(moves[i]), i, j);
+                ++duplicates;
+            }
+        }
+    }
+    std::printf("Total pseudo-legal: %d, Duplicates: %d\n", count, duplicates);
+    std::fflush(stdout);
+}
+
+void cmd_illegalcheck(Position& position) {
+    Move moves[MAX_MOVES];
+    const Move* const end = generate_pseudo_legal(position, moves);
+    int illegal = 0;
+    for (const Move* move = moves; move != end; ++move) {
+        if (!move_is_legal(position, *move))
+            continue;
+        Position copy = position;
+        make_move(copy, *move);
+        const int us = position.side;
+        if (copy.pieces[us][KING] == 0)
+            continue;
+        const int square = lowest_square(copy.pieces[us][KING]);
+        const Bitboard* const them = copy.pieces[copy.side];
+        const bool pawn = (pawn_attacks[us][square] & them[PAWN]) != 0;
+        const bool knight = (knight_attacks[square] & them[KNIGHT]) != 0;
+        const bool king = (king_attacks[square] & them[KING]) != 0;
+        const bool diag =
+            (bishop_attacks(square, copy.all_pieces) & (them[BISHOP] | them[QUEEN])) != 0;
+        const bool orth = (rook_attacks(square, copy.all_pieces) & (them[ROOK] | them[QUEEN])) != 0;
+        if (pawn || knight || king || diag || orth) {
+            std::printf("ILLEGAL (king in check): %s  pawn=%d knight=%d king=%d diag=%d orth=%d\n",
+                        move_to_text(*move), pawn, knight, king, diag, orth);
+            ++illegal;
+        }
+    }
+    if (illegal == 0)
+        std::printf("No illegal moves found among move_is_legal=true set.\n");
+    std::fflush(stdout);
+}
+
+} // namespace brindlemoth
