@@ -10,12 +10,13 @@ namespace brindlemoth {
 
 namespace {
 
-constexpr int MAX_ZONE_UNITS = 99;
+constexpr int MAX_UNITS = 99;
 
-// Attack units to danger: a slow start, then ten for each unit.
-constexpr std::array<int, MAX_ZONE_UNITS + 1> DANGER = [] {
-    std::array<int, MAX_ZONE_UNITS + 1> table = {0,  0,  1,  2,  3,  5,  7,  10, 13, 16, 20, 24,
-                                                 28, 33, 38, 44, 50, 56, 62, 68, 75, 83, 91, 100};
+// Attack units to danger: a slow start, then ten for each unit. More units than the table has are
+// worth no more than its end.
+constexpr std::array<int, MAX_UNITS + 1> DANGER = [] {
+    std::array<int, MAX_UNITS + 1> table = {0,  0,  1,  2,  3,  5,  7,  10, 13, 16, 20, 24,
+                                            28, 33, 38, 44, 50, 56, 62, 68, 75, 83, 91, 100};
     for (std::size_t units = 24; units < table.size(); ++units) {
         table[units] = table[units - 1] + 10;
     }
@@ -41,7 +42,7 @@ template <int colour> int king_danger(const Position& position, const Survey& su
     }
     const int king = lowest_square(position.pieces[colour][KING]);
 
-    int units = std::min(survey.king_zone_units[attacker], MAX_ZONE_UNITS);
+    int units = survey.king_zone_units[attacker];
 
     // A defender's piece does not make a square unsafe: the checker would capture there.
     const Bitboard safe = ~(survey.pawn_reach[colour] | position.occupied[attacker]);
@@ -65,7 +66,7 @@ template <int colour> int king_danger(const Position& position, const Survey& su
     const Bitboard own_file = file_mask(file_of(king));
     const Bitboard files = (own_file | adjacent_files_mask(file_of(king))) & RANK_1;
     const Bitboard bare_files = files & ~survey.pawn_files[colour];
-    return DANGER[static_cast<std::size_t>(std::min(units, MAX_ZONE_UNITS))] +
+    return DANGER[static_cast<std::size_t>(std::min(units, MAX_UNITS))] +
            OPEN_FILE_DANGER * popcount(bare_files & ~survey.pawn_files[attacker]) +
            HALF_OPEN_FILE_DANGER * popcount(bare_files & survey.pawn_files[attacker]);
 }

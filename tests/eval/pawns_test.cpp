@@ -52,6 +52,32 @@ TEST(Pawns, Structures) {
     }
 }
 
+TEST(Pawns, BonusesByRank) {
+    const Score passed[] = {S(5, 18),  S(12, 23),  S(24, 31),
+                            S(46, 54), S(97, 111), S(173, 182)}; // from relative rank 1
+    const Score candidate[] = {S(3, 8), S(5, 10), S(10, 15), S(20, 28), S(40, 55), S(0, 0)};
+    for (int rank = 1; rank <= 6; ++rank) {
+        std::string rows[8] = {"8", "8", "8", "8", "8", "8", "8", "8"}; // by rank
+        const auto board = [&] {
+            std::string text;
+            for (int r = 7; r >= 0; --r) {
+                text += rows[r] + (r > 0 ? "/" : " w - - 0 1");
+            }
+            return text;
+        };
+        const auto index = static_cast<std::size_t>(rank - 1);
+        rows[rank] = "4P3";
+        EXPECT_EQ(evaluate_pawns(position_from(board())), ISOLATED + passed[index]) << rank;
+
+        // Its neighbour behind supports it; the black sentry stops that one and not this.
+        rows[rank - 1] = "3P4";
+        rows[rank + 1] = "3p4";
+        const Score sentry = ISOLATED;
+        EXPECT_EQ(evaluate_pawns(position_from(board())), CONNECTED + candidate[index] - sentry)
+            << rank;
+    }
+}
+
 TEST(Pawns, AnEvictedSlotIsComputedAnew) {
     for_random_positions(2000, 42, [](Position& position) {
         const Score value = evaluate_pawns(position);

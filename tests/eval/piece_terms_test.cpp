@@ -42,6 +42,76 @@ TEST(PieceTerms, Mobility) {
     }
 }
 
+// One piece on d4 with own pawns set so that it reaches `count` squares.
+Position reaching(int type, int count) {
+    constexpr int orthogonal[4][2] = {{1, 0}, {-1, 0}, {0, 1}, {0, -1}};
+    constexpr int diagonal[4][2] = {{1, 1}, {1, -1}, {-1, 1}, {-1, -1}};
+    constexpr int jumps[8][2] = {{1, 2},  {2, 1},  {-1, 2},  {-2, 1},
+                                 {1, -2}, {2, -1}, {-1, -2}, {-2, -1}};
+    std::string rows[8];
+    for (std::string& row : rows) {
+        row = "11111111";
+    }
+    const auto square_at = [&](int file, int rank) -> char* {
+        return file < 0 || file > 7 || rank < 0 || rank > 7
+                   ? nullptr
+                   : &rows[rank][static_cast<std::size_t>(file)];
+    };
+    *square_at(3, 3) = "PNBRQK"[type];
+    const auto ray = [&](const int(&step)[2], int length) {
+        for (int n = 1; n <= length; ++n) {
+            char* const square = square_at(3 + n * step[0], 3 + n * step[1]);
+            if (square == nullptr) {
+                return;
+            }
+            if (count == 0) {
+                *square = 'P';
+                return;
+            }
+            --count;
+        }
+    };
+    for (const auto& step : jumps) {
+        ray(step, type == KNIGHT ? 1 : 0);
+    }
+    for (const auto& step : orthogonal) {
+        ray(step, type == ROOK || type == QUEEN ? 7 : 0);
+    }
+    for (const auto& step : diagonal) {
+        ray(step, type == BISHOP || type == QUEEN ? 7 : 0);
+    }
+    std::string fen;
+    for (int rank = 7; rank >= 0; --rank) {
+        fen += rows[rank] + (rank > 0 ? "/" : " w - - 0 1");
+    }
+    return position_from(fen);
+}
+
+// The totals of the four tables, plain and weighted by place, betray any wrong or moved entry.
+TEST(PieceTerms, MobilityTablesAddUp) {
+    const struct {
+        int type;
+        int most; // squares reached on an empty board
+        Score total, weighted;
+    } cases[] = {
+        {KNIGHT, 8, S(-29, -102), S(575, 264)},
+        {BISHOP, 13, S(660, 583), S(7064, 6839)},
+        {ROOK, 14, S(337, 1454), S(4716, 16101)},
+        {QUEEN, 27, S(51, 625), S(2270, 10799)},
+    };
+    for (const auto& c : cases) {
+        Score total{};
+        Score weighted{};
+        for (int count = 0; count <= c.most; ++count) {
+            const Score value = evaluate_mobility(reaching(c.type, count), WHITE);
+            total += value;
+            weighted += value * (count + 1);
+        }
+        EXPECT_EQ(total, c.total) << "piece type " << c.type;
+        EXPECT_EQ(weighted, c.weighted) << "piece type " << c.type;
+    }
+}
+
 TEST(PieceTerms, Outposts) {
     const Case cases[] = {
         {"defended, a-file", "8/8/N7/1P6/8/8/8/8", S(20, 12)},
