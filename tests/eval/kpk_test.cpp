@@ -52,8 +52,7 @@ TEST(Kpk, Positions) {
     }
 }
 
-// In the solved table every entry but the fortress draws follows from its successors: classifying
-// it again gives the same value.
+// In the solved table every entry follows from its successors.
 TEST(Kpk, TheTableIsAFixedPoint) {
     for (int pawn = A2; pawn <= H7; ++pawn) {
         if (file_of(pawn) > 3) {
