@@ -54,7 +54,9 @@ TEST(BookProbe, RecordsMeanLegalMovesOrNothing) {
         {promotion, B7, B8, 5, "0000"},
         {promotion, B7, B8, 6, "0000"},
         {promotion, B7, B8, 7, "0000"},
-        {promotion, E1, E2, 4, "0000"}, // only a pawn is promoted
+        {promotion, E1, E2, 1, "0000"}, // only a pawn is promoted
+        {promotion, E1, E2, 4, "0000"},
+        {castling, E1, A1, 4, "0000"},
         {pinned, E2, C3, 0, "0000"},
         {pinned, E1, D1, 0, "e1d1"},
         {pinned, E7, E6, 0, "0000"}, // the other side's
