@@ -1,8 +1,8 @@
 // Every kind of file that may be named as a book.
 #include "board/position.h"
 #include "book/book.h"
-#include "book/book_file.h"
 #include "book/polyglot_key.h"
+#include "support/book_file.h"
 #include "support/support.h"
 
 #include <filesystem>

@@ -1,9 +1,9 @@
 // What the book answers: by records of our own, and from a genuine book when there is one.
 #include "board/make_move.h"
 #include "book/book.h"
-#include "book/book_file.h"
 #include "book/polyglot_key.h"
 #include "movegen/legality.h"
+#include "support/book_file.h"
 #include "support/support.h"
 
 #include <algorithm>

@@ -1,17 +1,15 @@
 // The setoption command, by what a line does to the globals that the options serve.
 #include "board/position.h"
 #include "book/book.h"
-#include "book/polyglot_key.h"
 #include "eval/evaluate.h"
 #include "search/root.h"
 #include "search/transposition.h"
 #include "shell/options.h"
+#include "support/book_file.h"
 #include "support/support.h"
 #include "tablebase/syzygy.h"
 
-#include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <gtest/gtest.h>
 #include <string>
 
@@ -105,10 +103,9 @@ TEST_F(Options, OwnBookIsOnForTheTextTrueOnly) {
 }
 
 TEST_F(Options, BookFileTakesTheRestOfTheLineAndSwitchesTheBook) {
-    const std::string directory = testing::TempDir() + "/options book ";
-    std::filesystem::create_directory(directory);
-    const std::string path = directory + "/name value .bin ";
-    std::ofstream(path, std::ios::binary) << std::string(32, '\1');
+    const TemporaryDirectory directory;
+    const std::string path =
+        directory.write("name value .bin ", book_bytes({{1, 0, 1}, {2, 0, 1}}));
 
     set(" name BookFile value   " + path);
     EXPECT_TRUE(own_book);
@@ -127,7 +124,6 @@ TEST_F(Options, BookFileTakesTheRestOfTheLineAndSwitchesTheBook) {
     set(" name BookFile value");
     EXPECT_FALSE(own_book);
     EXPECT_EQ(book_entry_count, 0);
-    std::filesystem::remove_all(directory);
 }
 
 TEST_F(Options, StyleRebuildsTheTablesForPositionsSetUpLater) {

@@ -1,4 +1,4 @@
-#include "book/book_file.h"
+#include "support/book_file.h"
 
 #include "book/book.h"
 
@@ -43,7 +43,7 @@ std::string book_bytes(const std::vector<BookRecord>& records) {
     return bytes;
 }
 
-TemporaryDirectory::TemporaryDirectory() : path(testing::TempDir() + "/book_XXXXXX") {
+TemporaryDirectory::TemporaryDirectory() : path(testing::TempDir() + "/brindlemoth_XXXXXX") {
     if (mkdtemp(path.data()) == nullptr) {
         ADD_FAILURE() << "no temporary directory: " << path;
     }
