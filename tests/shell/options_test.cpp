@@ -194,20 +194,19 @@ TEST_F(Options, WordsAreFoundAnywhereAndNamesMatchAsPrefixes) {
     }
 }
 
-TEST_F(Options, SyzygyPathWithoutAPathKeepsTheTablesInForce) {
-    const std::string tables = shared_directory() + "/syzygy";
-    if (!std::filesystem::is_directory(tables)) {
-        GTEST_SKIP() << "needs the shared endgame tables";
-    }
-    set(" name SyzygyPath value " + tables);
-    const int men = syzygy_probe_limit;
-    EXPECT_GE(men, 3);
-    EXPECT_EQ(men, static_cast<int>(syzygy_max_men));
+TEST_F(Options, SyzygyPathSetsTheProbeLimitUnlessItNamesNoPath) {
+    constexpr int UNTOUCHED = 77;
     for (const char* const value : {"", "   ", "<empty>", "  <empty>", "<empty> and more"}) {
-        set(std::string(" name SyzygyPath value ") + value);
-        EXPECT_EQ(syzygy_probe_limit, men) << value;
+        syzygy_probe_limit = UNTOUCHED;
+        set(std::string(" name SyzygyPath value") + value);
+        EXPECT_EQ(syzygy_probe_limit, UNTOUCHED) << value;
     }
-    set(" name SyzygyPath value " + tables + "/nowhere");
+    const TemporaryDirectory without_tables;
+    for (const std::string& path : {shared_directory() + "/syzygy", without_tables.path}) {
+        syzygy_probe_limit = UNTOUCHED;
+        set(" name SyzygyPath value " + path);
+        EXPECT_EQ(syzygy_probe_limit, static_cast<int>(syzygy_max_men)) << path;
+    }
     EXPECT_EQ(syzygy_probe_limit, 0);
 }
 
