@@ -1,0 +1,15 @@
+// Fetching one value out of a compressed stream. Called by the table probe for every position
+// that reaches a table.
+#pragma once
+
+#include "tablebase/table_entry.h"
+
+#include <cstdint>
+
+namespace brindlemoth {
+
+// The record of the value at `index`: at least two readable bytes. Returns null when a damaged
+// stream leads nowhere. Never reads outside the view.
+const std::uint8_t* syzygy_decode(const CompressedStream& stream, std::uint64_t index);
+
+} // namespace brindlemoth

@@ -1,0 +1,285 @@
+#include "tablebase/probe.h"
+
+#include "board/bitboard.h"
+#include "tablebase/decoder.h"
+#include "tablebase/position_index.h"
+#include "tablebase/registry.h"
+#include "tablebase/syzygy.h"
+#include "tablebase/table_file.h"
+
+#include <algorithm>
+
+namespace brindlemoth {
+
+namespace {
+
+// By WDL value + 2: which of the four value maps, and which flag says that values count plies.
+constexpr int wdl_to_map[5] = {1, 3, 0, 2, 0};
+constexpr int ply_flags[5] = {DTZ_LOSS_PLIES, 0, 0, 0, DTZ_WIN_PLIES};
+
+constexpr int NO_VALUE = -3; // below every WDL value
+
+int fail(int& success) {
+    success = PROBE_FAILED;
+    return 0;
+}
+
+// Boards that no table can hold come from positions that no game reaches. Kings do not count in
+// the material key, and the index has no room for pawns outside ranks 2 to 7.
+bool fits_tables(const ProbeBoard& board) {
+    const Bitboard white_king = board.kings & board.white;
+    const Bitboard black_king = board.kings & board.black;
+    return white_king != 0 && !more_than_one(white_king) && black_king != 0 &&
+           !more_than_one(black_king) && (board.pawns & (RANK_1 | RANK_8)) == 0;
+}
+
+// Where the value of a board stands in a table.
+struct TablePlace {
+    const SideEncoding* encoding;
+    int file_position;
+    int squares[MAX_TABLE_MEN]; // of the men, in the order of the encoding
+};
+
+// Finds the place of a board, and says as a `success` code how that went. `flip` means that the
+// board's colours are exchanged against the table's, `side` is the stored side that applies.
+int find_place(TablePlace& place, const ProbeBoard& board, TableEntry& entry, TableKind kind,
+               bool flip, int side) {
+    place.encoding = syzygy_first_encoding(entry, kind);
+    place.file_position = 0;
+    int collected = 0;
+    int mask = 0;
+    if (entry.has_pawns != 0) {
+        mask = flip ? 0x38 : 0;
+        collected = syzygy_collect_squares(board, *place.encoding, 0, entry.lead_pawns, flip, mask,
+                                           place.squares);
+        if (collected != entry.lead_pawns)
+            return PROBE_FAILED;
+        place.file_position = syzygy_pick_lead_pawn(place.squares, entry.lead_pawns);
+    }
+    if (kind == KIND_DTZ && entry.symmetric == 0 &&
+        (dtz_flags(entry, place.file_position) & DTZ_SIDE) != side)
+        return PROBE_OTHER_SIDE;
+    place.encoding += place.file_position;
+    if (kind == KIND_WDL)
+        place.encoding += side * file_positions(entry);
+    if (place.encoding->decoder == nullptr)
+        return PROBE_FAILED;
+    collected = syzygy_collect_squares(board, *place.encoding, collected, entry.men, flip, mask,
+                                       place.squares);
+    return collected == entry.men ? PROBE_GOOD : PROBE_FAILED;
+}
+
+// What a stored DTZ number means for a position of value `wdl`.
+int dtz_from_record(TableEntry& entry, const std::uint8_t* record, int file_position, int wdl,
+                    int& success) {
+    const int flags = dtz_flags(entry, file_position);
+    int value = record[0] + 256 * (record[1] & 0x0F);
+    if ((flags & DTZ_MAPPED) != 0) {
+        const std::uint8_t* const maps = dtz_map(entry);
+        const bool wide = (flags & DTZ_WIDE_MAPS) != 0;
+        const auto map_entry = [maps, wide](int i) {
+            return static_cast<int>(wide ? load_le16(maps + 2 * i) : maps[i]);
+        };
+        const int offset = dtz_map_offsets(entry, file_position)[wdl_to_map[wdl + 2]];
+        // The length of a map stands right before its first entry.
+        if (value >= map_entry(offset - 1))
+            return fail(success);
+        value = map_entry(offset + value);
+    }
+    return (flags & ply_flags[wdl + 2]) != 0 ? value : 2 * value;
+}
+
+bool is_en_passant(const ProbeBoard& board, ProbeMove move) {
+    return board.ep_square != 0 && probe_move_to(move) == board.ep_square &&
+           board_moved_type(board, move) == PROBE_PAWN;
+}
+
+bool is_capture_move(const ProbeBoard& board, ProbeMove move) {
+    return ((board.white | board.black) & square_bit(probe_move_to(move))) != 0;
+}
+
+bool has_legal_move_besides_en_passant(const ProbeBoard& board) {
+    ProbeMove list[MAX_PROBE_MOVES];
+    const ProbeMove* const end = board_moves(board, list);
+    for (const ProbeMove* move = list; move != end; ++move) {
+        ProbeBoard next;
+        if (!is_en_passant(board, *move) && board_play(next, board, *move))
+            return true;
+    }
+    return false;
+}
+
+} // namespace
+
+int syzygy_probe_table(const ProbeBoard& board, int wdl, int& success, TableKind kind) {
+    const Key key = board_material_key(board, false);
+    if (kind == KIND_WDL && key == 0)
+        return WDL_DRAW; // bare kings
+    TableHashSlot& slot = table_slot(key);
+    if (slot.entry == nullptr || slot.failed != 0 || !fits_tables(board))
+        return fail(success);
+    TableEntry& entry = *slot.entry;
+    if (kind == KIND_DTZ && entry.has_dtz == 0)
+        return fail(success);
+
+    const bool exchanged = key != entry.key;
+    if (entry.ready[kind] == 0) {
+        char name[16];
+        board_material_name(board, name, exchanged);
+        if (!syzygy_map_table(entry, name, kind)) {
+            slot.failed = 1;
+            return fail(success);
+        }
+        entry.ready[kind] = 1;
+    }
+
+    const bool symmetric = entry.symmetric != 0;
+    const bool white_to_move = board.white_to_move != 0;
+    const bool flip = symmetric ? !white_to_move : exchanged;
+    const int side = !symmetric && white_to_move == flip ? 1 : 0;
+
+    TablePlace place;
+    const int found = find_place(place, board, entry, kind, flip, side);
+    if (found != PROBE_GOOD) {
+        success = found;
+        return 0;
+    }
+    const std::uint64_t index = syzygy_position_index(place.squares, *place.encoding, entry);
+    const std::uint8_t* const record = syzygy_decode(*place.encoding->decoder, index);
+    if (record == nullptr)
+        return fail(success);
+    if (kind == KIND_DTZ)
+        return dtz_from_record(entry, record, place.file_position, wdl, success);
+    const int value = record[0] - 2;
+    return value <= WDL_WIN ? value : fail(success);
+}
+
+int syzygy_capture_search(const ProbeBoard& board, int alpha, int beta, int& success) {
+    ProbeMove list[MAX_PROBE_CAPTURES];
+    const ProbeMove* const end = board_captures(board, list);
+    for (const ProbeMove* move = list; move != end; ++move) {
+        ProbeBoard next;
+        if (!board_play(next, board, *move))
+            continue;
+        const int value = -syzygy_capture_search(next, -beta, -alpha, success);
+        if (success == PROBE_FAILED)
+            return 0;
+        if (value > alpha) {
+            if (value >= beta)
+                return value;
+            alpha = value;
+        }
+    }
+    return std::max(alpha, syzygy_probe_table(board, 0, success, KIND_WDL));
+}
+
+int syzygy_wdl(const ProbeBoard& board, int& success) {
+    success = PROBE_GOOD;
+    int best_capture = NO_VALUE;
+    int best_ep = NO_VALUE;
+
+    ProbeMove list[MAX_PROBE_CAPTURES];
+    const ProbeMove* const end = board_captures(board, list);
+    for (const ProbeMove* move = list; move != end; ++move) {
+        ProbeBoard next;
+        if (!board_play(next, board, *move))
+            continue;
+        const int value = -syzygy_capture_search(next, WDL_LOSS, -best_capture, success);
+        if (success == PROBE_FAILED)
+            return 0;
+        if (value <= best_capture)
+            continue;
+        if (value == WDL_WIN) {
+            success = PROBE_GOOD_BY_CAPTURE;
+            return WDL_WIN;
+        }
+        if (is_en_passant(board, *move))
+            best_ep = std::max(best_ep, value);
+        else
+            best_capture = value;
+    }
+
+    const int table_value = syzygy_probe_table(board, 0, success, KIND_WDL);
+    if (success == PROBE_FAILED)
+        return 0;
+
+    // The table knows nothing of en passant, and its value is of no account where a capture is at
+    // least as good.
+    if (best_ep > best_capture) {
+        if (best_ep > table_value) {
+            success = PROBE_GOOD_BY_CAPTURE;
+            return best_ep;
+        }
+        best_capture = best_ep;
+    }
+    if (best_capture >= table_value) {
+        success = best_capture > WDL_DRAW ? PROBE_GOOD_BY_CAPTURE : PROBE_GOOD;
+        return best_capture;
+    }
+    // What the table holds for stalemate may be a forced capture en passant.
+    if (best_ep > NO_VALUE && table_value == WDL_DRAW &&
+        !has_legal_move_besides_en_passant(board) && !board_in_check(board)) {
+        success = PROBE_GOOD_BY_CAPTURE;
+        return best_ep;
+    }
+    return table_value;
+}
+
+// The distance by a search of one ply, for a file that stores the other side to move. Only moves
+// that zero nothing lead on; the zeroing ones have been tried.
+static int dtz_by_moves(const ProbeBoard& board, int wdl, const ProbeMove* list,
+                        const ProbeMove* end, int& success) {
+    int best = wdl > 0 ? 0x7FFFFFFF : wdl_to_dtz[wdl + 2];
+    for (const ProbeMove* move = list; move != end; ++move) {
+        ProbeBoard next;
+        if (is_capture_move(board, *move) || board_moved_type(board, *move) == PROBE_PAWN ||
+            !board_play(next, board, *move))
+            continue;
+        const int value = -syzygy_dtz(next, success);
+        if (value == 1 && board_is_mate(next))
+            best = 1;
+        else if (wdl > 0 && value > 0 && value + 1 < best)
+            best = value + 1;
+        else if (wdl < 0 && value - 1 < best)
+            best = value - 1;
+        if (success == PROBE_FAILED)
+            return 0;
+    }
+    return best;
+}
+
+int syzygy_dtz(const ProbeBoard& board, int& success) {
+    const int wdl = syzygy_wdl(board, success);
+    if (success == PROBE_FAILED || wdl == WDL_DRAW)
+        return 0;
+    const int zeroing_distance = wdl_to_dtz[wdl + 2];
+    if (success == PROBE_GOOD_BY_CAPTURE)
+        return zeroing_distance;
+
+    ProbeMove list[MAX_PROBE_MOVES];
+    const ProbeMove* end = list;
+    if (wdl > 0) {
+        end = board_legal_moves(board, list);
+        for (const ProbeMove* move = list; move != end; ++move) {
+            if (board_moved_type(board, *move) != PROBE_PAWN || is_capture_move(board, *move) ||
+                is_en_passant(board, *move))
+                continue;
+            ProbeBoard next;
+            board_play(next, board, *move);
+            const int value = -syzygy_wdl(next, success);
+            if (success == PROBE_FAILED)
+                return 0;
+            if (value == wdl)
+                return zeroing_distance;
+        }
+    }
+
+    const int distance = syzygy_probe_table(board, wdl, success, KIND_DTZ);
+    if (success >= 0)
+        return wdl > 0 ? zeroing_distance + distance : zeroing_distance - distance;
+    if (wdl < 0)
+        end = board_moves(board, list);
+    return dtz_by_moves(board, wdl, list, end, success);
+}
+
+} // namespace brindlemoth
