@@ -1,0 +1,23 @@
+#include "tablebase/consistency.h"
+#include "tablebase/syzygy.h"
+#include "tablebase/table_support.h"
+
+#include <gtest/gtest.h>
+
+namespace brindlemoth {
+
+static std::string test_name(const testing::TestParamInfo<std::string>& info) {
+    return info.param;
+}
+
+using FourMen = testing::TestWithParam<std::string>;
+
+TEST_P(FourMen, ValuesFollowFromTheirMoves) {
+    SKIP_WITHOUT_TABLES();
+    syzygy_init(syzygy_directory().c_str());
+    check_consistency(GetParam());
+}
+
+INSTANTIATE_TEST_SUITE_P(Consistency, FourMen, testing::ValuesIn(four_men_signatures()), test_name);
+
+} // namespace brindlemoth
