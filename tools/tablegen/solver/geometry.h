@@ -11,7 +11,9 @@ namespace brindlemoth::tablegen {
 
 using Squares = std::uint64_t; // a set of squares, bit 0 is a1
 
-constexpr Squares bit(int square) { return Squares{1} << square; }
+constexpr Squares bit(int square) {
+    return Squares{1} << square;
+}
 
 // A list of squares reached in one direction, nearest first.
 struct Ray {

@@ -33,10 +33,14 @@ struct Layout {
 
 Layout make_layout(const Signature& signature);
 
-inline std::size_t cells_of(const Layout& layout) { return layout.chunks * layout.chunk_cells; }
+inline std::size_t cells_of(const Layout& layout) {
+    return layout.chunks * layout.chunk_cells;
+}
 
 // How many positions one cell stands for: its reflections.
-inline int images_of(const Layout& layout) { return layout.pawns == 0 ? 4 : 2; }
+inline int images_of(const Layout& layout) {
+    return layout.pawns == 0 ? 4 : 2;
+}
 
 // The placement that a cell stands for. Pawns are never on the first or last rank; two men may be
 // on one square, as cells of no position exist too.

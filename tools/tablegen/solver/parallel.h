@@ -10,8 +10,7 @@ namespace brindlemoth::tablegen {
 
 // Calls work(i) once for each i below `count`, in no fixed order, and returns when all are done.
 // With one thread, or one piece, everything runs on the caller's thread in rising order.
-template <typename Work>
-void parallel_for(int threads, std::size_t count, const Work& work) {
+template <typename Work> void parallel_for(int threads, std::size_t count, const Work& work) {
     std::atomic<std::size_t> next{0};
     auto run = [&] {
         for (std::size_t i = next++; i < count; i = next++) {

@@ -50,7 +50,7 @@ Signature canonical(const Signature& signature, bool* exchanged) {
         for (const int number : count) {
             men += number;
         }
-        return std::array<int, 6>{men,          count[QUEEN],  count[ROOK],
+        return std::array<int, 6>{men,           count[QUEEN],  count[ROOK],
                                   count[BISHOP], count[KNIGHT], count[PAWN]};
     };
     const bool exchange = strength(WHITE) < strength(BLACK);

@@ -16,7 +16,7 @@ namespace brindlemoth::tablegen {
 // capture or pawn move is worth.
 enum Code : int {
     UNDECIDED = 0x4000,
-    ZEROING_LOSES = 0,         // or there is none
+    ZEROING_LOSES = 0,          // or there is none
     ZEROING_IS_BLESSED = 0x100, // a loss saved by the fifty-move rule
     ZEROING_DRAWS = 0x200,
     ZEROING_IS_CURSED = 0x300, // a win spoilt by the fifty-move rule
@@ -55,7 +55,6 @@ struct Chunk {
         return table.distance[static_cast<std::size_t>(side)][first_cell + within];
     }
 };
-
 
 } // namespace
 
@@ -104,9 +103,8 @@ static void for_quiet_moves(const Layout& layout, const Placement& placement, st
 template <typename Work> static void for_stretches(const Chunk& chunk, const Work& work) {
     const std::size_t cells = chunk.layout().chunk_cells;
     const std::size_t stretch = std::max<std::size_t>(cells / PIECES_OF_WORK, 1024);
-    parallel_for(chunk.threads, (cells + stretch - 1) / stretch, [&](std::size_t i) {
-        work(i * stretch, std::min((i + 1) * stretch, cells));
-    });
+    parallel_for(chunk.threads, (cells + stretch - 1) / stretch,
+                 [&](std::size_t i) { work(i * stretch, std::min((i + 1) * stretch, cells)); });
 }
 
 // Step 1: tells legal positions from others.
@@ -126,8 +124,8 @@ static void mark_illegal(Chunk& chunk) {
                     attacks(side, layout.kind[slot], placement[slot], placement[king], occupied);
             }
             for (const Side side : {WHITE, BLACK}) {
-                chunk.cell(side, within) = static_cast<std::int16_t>(
-                    impossible[side] ? ILLEGAL_DISTANCE : int{UNDECIDED});
+                chunk.cell(side, within) =
+                    static_cast<std::int16_t>(impossible[side] ? ILLEGAL_DISTANCE : int{UNDECIDED});
             }
         }
     });

@@ -10,7 +10,9 @@ namespace brindlemoth::tablegen {
 
 constexpr std::size_t KINDS = 7;
 
-static Side opponent(Side side) { return side == WHITE ? BLACK : WHITE; }
+static Side opponent(Side side) {
+    return side == WHITE ? BLACK : WHITE;
+}
 
 static Squares occupied_squares(const Layout& layout, const Placement& placement) {
     Squares occupied = 0;
@@ -28,8 +30,8 @@ int wdl_at(const Table& table, Side side, std::size_t cell) {
     return distance == ILLEGAL_DISTANCE ? ILLEGAL_WDL : wdl_of_distance(distance);
 }
 
-static const Conversion& conversion(const Table& table, std::size_t captured,
-                                    std::size_t promoting, Kind promoted) {
+static const Conversion& conversion(const Table& table, std::size_t captured, std::size_t promoting,
+                                    Kind promoted) {
     const std::size_t slots = table.layout.men + 1;
     return table.conversions[(captured * slots + promoting) * KINDS + promoted];
 }
@@ -48,7 +50,9 @@ static int value_after(const Conversion& conversion, const Placement& placement,
     return wdl == ILLEGAL_WDL ? NO_VALUE : -wdl;
 }
 
-static bool on_last_rank(int square) { return square < 8 || square >= 56; }
+static bool on_last_rank(int square) {
+    return square < 8 || square >= 56;
+}
 
 // The best value of moving the pawn in `slot` to a square of the last rank.
 static int best_promotion(const Table& table, const Placement& after, Side mover,
@@ -60,8 +64,8 @@ static int best_promotion(const Table& table, const Placement& after, Side mover
     return best;
 }
 
-static int best_capture(const Table& table, const Placement& placement, Side side,
-                        Squares occupied) {
+static int best_capture_among(const Table& table, const Placement& placement, Side side,
+                              Squares occupied) {
     const Layout& layout = table.layout;
     int best = NO_VALUE;
     for (std::size_t victim = 0; victim < layout.men; ++victim) {
@@ -87,16 +91,15 @@ static int best_capture(const Table& table, const Placement& placement, Side sid
 }
 
 // The value, for the side that moved, of the position of this same table after a pawn move.
-static int value_of_step(const Table& table, const Placement& after, Side mover,
-                         std::size_t pushed, bool two_ranks) {
+static int value_of_step(const Table& table, const Placement& after, Side mover, std::size_t pushed,
+                         bool two_ranks) {
     const Side to_move = opponent(mover);
     const std::size_t cell = cell_of(table.layout, after);
     if (table.distance[to_move][cell] == ILLEGAL_DISTANCE) {
         return NO_VALUE;
     }
-    return two_ranks
-               ? -wdl_of_distance(distance_with_en_passant(table, after, to_move, pushed))
-               : -wdl_of_distance(table.distance[to_move][cell]);
+    return two_ranks ? -wdl_of_distance(distance_with_en_passant(table, after, to_move, pushed))
+                     : -wdl_of_distance(table.distance[to_move][cell]);
 }
 
 static int best_pawn_move(const Table& table, const Placement& placement, Side side,
@@ -127,8 +130,12 @@ static int best_pawn_move(const Table& table, const Placement& placement, Side s
 
 ZeroingMoves zeroing_moves(const Table& table, const Placement& placement, Side side) {
     const Squares occupied = occupied_squares(table.layout, placement);
-    return {best_capture(table, placement, side, occupied),
+    return {best_capture_among(table, placement, side, occupied),
             best_pawn_move(table, placement, side, occupied)};
+}
+
+int best_capture(const Table& table, const Placement& placement, Side side) {
+    return best_capture_among(table, placement, side, occupied_squares(table.layout, placement));
 }
 
 bool king_attacked(const Layout& layout, const Placement& placement, Side side) {

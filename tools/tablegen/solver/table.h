@@ -71,6 +71,9 @@ struct ZeroingMoves {
 };
 ZeroingMoves zeroing_moves(const Table& table, const Placement& placement, Side side);
 
+// Its first half alone.
+int best_capture(const Table& table, const Placement& placement, Side side);
+
 // Whether the side to move has a legal move, en passant apart.
 bool has_legal_move(const Table& table, const Placement& placement, Side side);
 

@@ -1,0 +1,19 @@
+// The dictionary half of the compression: sequences of values become shorter sequences of symbols.
+#pragma once
+
+#include "writer/compress.h"
+
+#include <cstdint>
+#include <vector>
+
+namespace brindlemoth::tablegen {
+
+struct Substitution {
+    std::vector<Symbol> symbols; // parts always come before the pairs made of them
+    std::vector<std::uint16_t> sequence;
+};
+
+Substitution substitute_pairs(std::vector<std::uint16_t> values,
+                              const CompressionSettings& settings);
+
+} // namespace brindlemoth::tablegen

@@ -1,0 +1,181 @@
+#include "writer/table_file.h"
+
+#include <algorithm>
+#include <cassert>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace brindlemoth::tablegen {
+
+constexpr std::array<std::uint8_t, 4> WDL_MAGIC = {0x71, 0xE8, 0x23, 0x5D};
+constexpr std::array<std::uint8_t, 4> DTZ_MAGIC = {0xD7, 0x66, 0x0C, 0xA5};
+constexpr std::size_t BLOCK_ALIGNMENT = 64;
+
+namespace {
+
+struct Bytes {
+    std::vector<std::uint8_t> out;
+
+    void number(std::uint64_t value, int width) {
+        for (int i = 0; i < width; ++i) {
+            out.push_back(static_cast<std::uint8_t>(value >> 8 * i));
+        }
+    }
+    void align(std::size_t multiple) {
+        out.resize((out.size() + multiple - 1) / multiple * multiple, 0);
+    }
+};
+
+} // namespace
+
+static void put_piece_header(Bytes& bytes, const TableFile& file, const FilePosition& position) {
+    const Signature& signature = file.signature;
+    const StreamOrder& first = position.streams.front().order;
+    const StreamOrder& second = position.streams.back().order;
+    auto nibbles = [&](int low, int high) {
+        bytes.number(static_cast<std::uint64_t>(low | high << 4), 1);
+    };
+    const bool two_pawn_groups =
+        signature.count[WHITE][PAWN] != 0 && signature.count[BLACK][PAWN] != 0;
+    nibbles(first.order, second.order);
+    if (two_pawn_groups) {
+        nibbles(first.order2, second.order2);
+    }
+    for (std::size_t man = 0; man < static_cast<std::size_t>(men_of(signature)); ++man) {
+        nibbles(first.piece[man], second.piece[man]);
+    }
+}
+
+static void put_stream_header(Bytes& bytes, const CompressedStream& stream, std::uint8_t flags) {
+    if (stream.constant) {
+        bytes.number(flags | STREAM_CONSTANT, 1);
+        bytes.number(stream.constant_value, 1);
+        return;
+    }
+    bytes.number(flags, 1);
+    bytes.number(static_cast<std::uint64_t>(stream.block_size_log2), 1);
+    bytes.number(static_cast<std::uint64_t>(stream.index_bits), 1);
+    bytes.number(static_cast<std::uint64_t>(stream.extra_blocks), 1);
+    bytes.number(stream.blocks.size() >> stream.block_size_log2, 4);
+    bytes.number(static_cast<std::uint64_t>(stream.max_code_length), 1);
+    bytes.number(static_cast<std::uint64_t>(stream.min_code_length), 1);
+    for (const std::uint16_t first : stream.first_symbol) {
+        bytes.number(first, 2);
+    }
+    bytes.number(stream.symbols.size(), 2);
+    for (const Symbol& symbol : stream.symbols) {
+        bytes.number(static_cast<std::uint64_t>(symbol.left | symbol.right << 12), 3);
+    }
+    bytes.align(2);
+}
+
+// The maps of one file position; `start` is where all maps of the file begin.
+static void put_maps(Bytes& bytes, const FilePosition& position) {
+    const int width = (position.flags & DTZ_WIDE_MAPS) != 0 ? 2 : 1;
+    if (width == 2) {
+        bytes.align(2);
+    }
+    for (const std::vector<std::uint16_t>& map : position.maps) {
+        bytes.number(map.size(), width);
+        for (const std::uint16_t value : map) {
+            bytes.number(value, width);
+        }
+    }
+}
+
+std::uint64_t checksum(const std::uint8_t* bytes, std::size_t size) {
+    // The 64-bit FNV-1a hash.
+    std::uint64_t hash = 0xCBF29CE484222325;
+    for (std::size_t i = 0; i < size; ++i) {
+        hash = (hash ^ bytes[i]) * 0x100000001B3;
+    }
+    return hash;
+}
+
+std::vector<std::uint8_t> lay_out(const TableFile& file) {
+    const bool wdl = file.kind == FileKind::WDL;
+    const bool split = file.positions.front().streams.size() == 2;
+    const auto& magic = wdl ? WDL_MAGIC : DTZ_MAGIC;
+    Bytes bytes;
+    bytes.out.assign(magic.begin(), magic.end());
+    // Bit 1 tells pawn tables apart; no reader needs it.
+    const bool pawns = pawns_of(file.signature) != 0;
+    bytes.number((split ? 1U : 0U) | (pawns ? 2U : 0U), 1);
+    for (const FilePosition& position : file.positions) {
+        put_piece_header(bytes, file, position);
+    }
+    bytes.align(2);
+    for (const FilePosition& position : file.positions) {
+        for (const FileStream& stream : position.streams) {
+            put_stream_header(bytes, stream.data, wdl ? 0 : position.flags);
+        }
+    }
+    if (!wdl) {
+        for (const FilePosition& position : file.positions) {
+            if ((position.flags & DTZ_MAPPED) != 0) {
+                put_maps(bytes, position);
+            }
+        }
+        bytes.align(2);
+    }
+    auto for_streams = [&](const auto& visit) {
+        for (const FilePosition& position : file.positions) {
+            for (const FileStream& stream : position.streams) {
+                visit(stream.data);
+            }
+        }
+    };
+    for_streams([&](const CompressedStream& stream) {
+        for (const CompressedStream::IndexEntry& entry : stream.index_table) {
+            bytes.number(entry.block, 4);
+            bytes.number(entry.offset, 2);
+        }
+    });
+    for_streams([&](const CompressedStream& stream) {
+        for (const std::uint16_t length : stream.block_lengths) {
+            bytes.number(length, 2);
+        }
+    });
+    for_streams([&](const CompressedStream& stream) {
+        bytes.align(BLOCK_ALIGNMENT);
+        bytes.out.insert(bytes.out.end(), stream.blocks.begin(), stream.blocks.end());
+    });
+    bytes.align(BLOCK_ALIGNMENT);
+    const std::uint64_t sum = checksum(bytes.out.data(), bytes.out.size());
+    bytes.out.insert(bytes.out.end(), TRAILER_TAG.begin(), TRAILER_TAG.end());
+    bytes.number(sum, 8);
+    return bytes.out;
+}
+
+std::string write_whole_file(const std::string& path, const std::vector<std::uint8_t>& bytes) {
+    const std::string temporary = path + ".tmp";
+    std::string failure;
+    auto fail = [&](const std::string& file) {
+        failure = "cannot write " + file + ": " + std::strerror(errno);
+    };
+    std::FILE* file = std::fopen(temporary.c_str(), "wb");
+    if (file == nullptr) {
+        fail(temporary);
+        return failure;
+    }
+    const bool written = std::fwrite(bytes.data(), 1, bytes.size(), file) == bytes.size() &&
+                         std::fflush(file) == 0 && fsync(fileno(file)) == 0;
+    if (!written) {
+        fail(temporary);
+    }
+    if (std::fclose(file) != 0 && failure.empty()) {
+        fail(temporary);
+    }
+    if (failure.empty() && std::rename(temporary.c_str(), path.c_str()) != 0) {
+        fail(path);
+    }
+    if (!failure.empty()) {
+        std::remove(temporary.c_str());
+    }
+    return failure;
+}
+
+} // namespace brindlemoth::tablegen

@@ -1,0 +1,68 @@
+// A table file as a whole: its parts as a record, the bytes they make, and the way to disk.
+//
+// What the format leaves to the writer: the sixteen bytes at the end of a file hold a tag and a
+// checksum of everything before them.
+#pragma once
+
+#include "writer/compress.h"
+#include "writer/numbering.h"
+
+#include <array>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace brindlemoth::tablegen {
+
+enum class FileKind : std::uint8_t { WDL, DTZ };
+
+// Bits of a DTZ stream's flags byte.
+enum DtzFlag : std::uint8_t {
+    DTZ_BLACK_TO_MOVE = 1, // the second-named side is the one to move
+    DTZ_MAPPED = 2,
+    DTZ_WINS_IN_PLIES = 4, // values of wins count plies, not moves
+    DTZ_LOSSES_IN_PLIES = 8,
+    DTZ_WIDE_MAPS = 16, // the maps have 16-bit entries
+};
+constexpr std::uint8_t STREAM_CONSTANT = 128;
+
+struct FileStream {
+    StreamOrder order;
+    CompressedStream data;
+};
+
+struct FilePosition {
+    // One stream; two in a WDL file that stores both sides to move, the first-named side's first.
+    std::vector<FileStream> streams;
+    // DTZ only: the flags, and with DTZ_MAPPED the maps of wins, losses, spoilt wins and spoilt
+    // losses.
+    std::uint8_t flags = 0;
+    std::array<std::vector<std::uint16_t>, 4> maps;
+};
+
+struct TableFile {
+    FileKind kind = FileKind::WDL;
+    Signature signature;
+    std::vector<FilePosition> positions; // file_positions() of them, all with as many streams
+};
+
+constexpr const char* WDL_EXTENSION = ".rtbw";
+constexpr const char* DTZ_EXTENSION = ".rtbz";
+constexpr std::array<char, 8> TRAILER_TAG = {'t', 'a', 'b', 'l', 'e', 'g', 'e', 'n'};
+constexpr std::size_t TRAILER_BYTES = 16;
+
+constexpr const char* extension_of(FileKind kind) {
+    return kind == FileKind::WDL ? WDL_EXTENSION : DTZ_EXTENSION;
+}
+
+std::vector<std::uint8_t> lay_out(const TableFile& file);
+
+// The checksum that stands at the end of a file.
+std::uint64_t checksum(const std::uint8_t* bytes, std::size_t size);
+
+// Writes the bytes under a temporary name beside the path and renames them when they are safely
+// on disk. On failure the path is as it was, the temporary file is gone, and the text says what
+// went wrong; otherwise it is empty.
+std::string write_whole_file(const std::string& path, const std::vector<std::uint8_t>& bytes);
+
+} // namespace brindlemoth::tablegen
