@@ -1,0 +1,108 @@
+#include "command_line.h"
+
+#include <algorithm>
+#include <charconv>
+#include <optional>
+#include <thread>
+
+namespace brindlemoth::tablegen {
+
+const char* const help_text =
+    "Usage: tablegen --men 3|4 --out DIR\n"
+    "       tablegen SIGNATURE... --out DIR\n"
+    "       tablegen --verify DIR\n"
+    "\n"
+    "Makes endgame tables in Syzygy format (.rtbw and .rtbz) from the rules of chess.\n"
+    "\n"
+    "  --men N        every table of 3 to N men; N is 3 or 4\n"
+    "  SIGNATURE      such as KRPvKR: this table and all that it converts into; up to 5 men\n"
+    "  --out DIR      where the tables go; made if it does not exist\n"
+    "  --verify DIR   reads every value of every table in DIR back and judges it by solving\n"
+    "                 afresh\n"
+    "  --threads N    how many threads to work with; as many as the machine has by default\n"
+    "  --help         this text\n"
+    "\n"
+    "Tables that are there and whole are skipped. A table gets its name only when it is\n"
+    "complete. Exit status: 0 when all is done and right, 1 otherwise.\n";
+
+constexpr int MAX_THREADS = 256;
+
+static std::optional<int> read_number(const std::string& text) {
+    int number = 0;
+    const char* end = text.data() + text.size();
+    const auto [stop, error] = std::from_chars(text.data(), end, number);
+    return error == std::errc{} && stop == end ? std::optional<int>(number) : std::nullopt;
+}
+
+static void add_men(CommandLine& line, const std::string& text) {
+    const std::optional<int> men = read_number(text);
+    if (!men || (*men != 3 && *men != 4)) {
+        line.problem = "--men takes 3 or 4, not \"" + text + "\"";
+        return;
+    }
+    for (int number = 3; number <= *men; ++number) {
+        const std::vector<Signature> signatures = all_signatures(number);
+        line.wanted.insert(line.wanted.end(), signatures.begin(), signatures.end());
+    }
+}
+
+static void add_signature(CommandLine& line, const std::string& text) {
+    const std::optional<Signature> signature = parse_signature(text);
+    if (!signature) {
+        line.problem = "\"" + text + "\" is no signature: expected something like KRPvKR";
+    } else if (men_of(*signature) > MAX_SOLVED_MEN) {
+        line.problem = text + " has more than " + std::to_string(MAX_SOLVED_MEN) + " men";
+    } else {
+        line.wanted.push_back(*signature);
+    }
+}
+
+CommandLine read_command_line(const std::vector<std::string>& arguments) {
+    CommandLine line;
+    line.threads = static_cast<int>(std::max(1U, std::thread::hardware_concurrency()));
+    bool verify = false;
+    bool out = false;
+    for (std::size_t i = 0; i < arguments.size() && line.problem.empty(); ++i) {
+        const std::string& word = arguments[i];
+        if (word == "--help" || word == "-h") {
+            return {};
+        }
+        if (word.empty() || word[0] != '-') {
+            add_signature(line, word);
+            continue;
+        }
+        const bool known =
+            word == "--men" || word == "--out" || word == "--verify" || word == "--threads";
+        if (!known || i + 1 == arguments.size()) {
+            line.problem = (known ? "no value after " : "unknown option ") + word;
+            break;
+        }
+        const std::string& value = arguments[++i];
+        if (word == "--men") {
+            add_men(line, value);
+        } else if (word == "--threads") {
+            const std::optional<int> threads = read_number(value);
+            line.threads = threads.value_or(0);
+            if (line.threads < 1 || line.threads > MAX_THREADS) {
+                line.problem = "--threads takes a number from 1 to 256, not \"" + value + "\"";
+            }
+        } else {
+            (word == "--out" ? out : verify) = true;
+            line.directory = value;
+        }
+    }
+    if (line.problem.empty()) {
+        if (verify) {
+            line.task = Task::VERIFY;
+            line.problem = out || !line.wanted.empty() ? "--verify goes with nothing else" : "";
+        } else {
+            line.task = Task::MAKE;
+            line.problem = line.wanted.empty() ? "nothing to make; try --help"
+                           : !out              ? "no --out DIR to write to"
+                                               : "";
+        }
+    }
+    return line;
+}
+
+} // namespace brindlemoth::tablegen

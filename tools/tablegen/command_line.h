@@ -1,0 +1,25 @@
+// What the user asked for.
+#pragma once
+
+#include "solver/signature.h"
+
+#include <string>
+#include <vector>
+
+namespace brindlemoth::tablegen {
+
+enum class Task { HELP, MAKE, VERIFY };
+
+struct CommandLine {
+    Task task = Task::HELP;
+    std::vector<Signature> wanted; // to make; not empty
+    std::string directory;
+    int threads = 1;
+    std::string problem; // when not empty, the command line makes no sense
+};
+
+CommandLine read_command_line(const std::vector<std::string>& arguments);
+
+extern const char* const help_text;
+
+} // namespace brindlemoth::tablegen

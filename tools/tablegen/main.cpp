@@ -1,0 +1,40 @@
+// The endgame table generator: see docs/tablegen.md, and command_line.cpp for what it takes.
+#include "command_line.h"
+#include "tasks.h"
+
+#include <cstdio>
+#include <new>
+
+namespace brindlemoth::tablegen {
+
+int complain(const std::string& problem) {
+    std::fprintf(stderr, "tablegen: %s\n", problem.c_str());
+    return 1;
+}
+
+static int run(const CommandLine& line) {
+    if (!line.problem.empty()) {
+        return complain(line.problem);
+    }
+    switch (line.task) {
+    case Task::MAKE:
+        return make_tables(line);
+    case Task::VERIFY:
+        return verify_tables(line);
+    default:
+        std::fputs(help_text, stdout);
+        return 0;
+    }
+}
+
+} // namespace brindlemoth::tablegen
+
+int main(int argc, char** argv) {
+    using namespace brindlemoth::tablegen;
+    std::setvbuf(stdout, nullptr, _IOLBF, BUFSIZ);
+    try {
+        return run(read_command_line({argv + 1, argv + argc}));
+    } catch (const std::bad_alloc&) {
+        return complain("not enough memory for this endgame");
+    }
+}

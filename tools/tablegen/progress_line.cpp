@@ -1,0 +1,68 @@
+#include "progress_line.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <unistd.h>
+
+namespace brindlemoth::tablegen {
+
+using Clock = std::chrono::steady_clock;
+
+constexpr auto BETWEEN_UPDATES = std::chrono::milliseconds(200);
+
+ProgressLine start_progress(double total) {
+    ProgressLine line;
+    line.terminal = isatty(STDOUT_FILENO) != 0;
+    line.total = total;
+    line.start = Clock::now();
+    return line;
+}
+
+void begin_table(ProgressLine& line, const std::string& table, double work) {
+    line.before += line.current;
+    line.current = work;
+    line.table = table;
+    show_progress(line, 0);
+}
+
+// Hours, minutes and seconds as people write them: 1:02:03 or 2:03.
+static std::string clock_text(double seconds) {
+    const long whole = std::lround(std::min(seconds, 1e7));
+    char text[32];
+    if (whole >= 3600) {
+        std::snprintf(text, sizeof text, "%ld:%02ld:%02ld", whole / 3600, whole / 60 % 60,
+                      whole % 60);
+    } else {
+        std::snprintf(text, sizeof text, "%ld:%02ld", whole / 60, whole % 60);
+    }
+    return text;
+}
+
+void show_progress(ProgressLine& line, double done) {
+    const Clock::time_point now = Clock::now();
+    if (!line.terminal || now - line.shown < BETWEEN_UPDATES) {
+        return;
+    }
+    line.shown = now;
+    const double share = (line.before + line.current * done) / line.total;
+    const double elapsed = std::chrono::duration<double>(now - line.start).count();
+    const std::string left = share > 0.001 ? clock_text(elapsed * (1 - share) / share) : "?";
+    std::printf("\r\033[K%s  %.0f%%  %s left", line.table.c_str(), 100 * share, left.c_str());
+    std::fflush(stdout);
+}
+
+void clear_progress(const ProgressLine& line) {
+    if (line.terminal) {
+        std::printf("\r\033[K");
+        std::fflush(stdout);
+    }
+}
+
+void finish_table(ProgressLine& line, const std::string& text) {
+    clear_progress(line);
+    std::printf("%s\n", text.c_str());
+    std::fflush(stdout);
+}
+
+} // namespace brindlemoth::tablegen

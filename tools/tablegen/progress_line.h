@@ -1,0 +1,34 @@
+// Tells the user how far the work is: a line that changes in place on a terminal (table, per cent,
+// time left), one plain line for each finished table otherwise. Standard output.
+#pragma once
+
+#include <chrono>
+#include <string>
+
+namespace brindlemoth::tablegen {
+
+struct ProgressLine {
+    bool terminal = false;
+    double total = 0;   // of the work, in any unit
+    double before = 0;  // done with earlier tables
+    double current = 0; // the current table's share
+    std::string table;
+    std::chrono::steady_clock::time_point start;
+    std::chrono::steady_clock::time_point shown;
+};
+
+ProgressLine start_progress(double total);
+
+// The next table's turn; `work` is its share of the total.
+void begin_table(ProgressLine& line, const std::string& table, double work);
+
+// How much of the current table's share is done, from 0 to 1.
+void show_progress(ProgressLine& line, double done);
+
+// The table is finished: prints the text as a line that stays.
+void finish_table(ProgressLine& line, const std::string& text);
+
+// Takes the changing line off the terminal, before a message.
+void clear_progress(const ProgressLine& line);
+
+} // namespace brindlemoth::tablegen

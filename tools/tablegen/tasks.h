@@ -1,0 +1,20 @@
+// The two things that the program does. Both return an exit status, after one line on standard
+// error where something is wrong.
+#pragma once
+
+#include "command_line.h"
+
+#include <string>
+
+namespace brindlemoth::tablegen {
+
+int make_tables(const CommandLine& line);
+int verify_tables(const CommandLine& line);
+
+// Prints "tablegen: ..." to standard error and returns 1.
+int complain(const std::string& problem);
+
+// The path of a table file.
+std::string table_path(const std::string& directory, const Signature& signature, bool dtz);
+
+} // namespace brindlemoth::tablegen
