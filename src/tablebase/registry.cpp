@@ -105,10 +105,11 @@ void enter_into_hash(std::uint64_t key, TableEntry& entry) {
 // at the present piece of an earlier letter, whose number stands here.
 constexpr int FREE = -1;
 constexpr int SECOND_PAIR = -2; // like the second letter if the two before agree, else the third
+constexpr int MAX_LETTERS = 5;  // seven men less the kings
 struct SignatureNest {
     int letters;
     int first_side; // letters before the v
-    int start[5];
+    int start[MAX_LETTERS];
 };
 
 // The order decides which messages about incomplete files come first.
@@ -126,7 +127,7 @@ constexpr SignatureNest signature_nests[] = {
     {5, 3, {FREE, 0, 1, FREE, 3}},
 };
 
-int first_piece(const SignatureNest& nest, const int pieces[5], int letter) {
+int first_piece(const SignatureNest& nest, const int pieces[MAX_LETTERS], int letter) {
     const int start = nest.start[letter];
     if (start == FREE)
         return 0;
@@ -135,7 +136,7 @@ int first_piece(const SignatureNest& nest, const int pieces[5], int letter) {
     return pieces[start];
 }
 
-void print_signature(const SignatureNest& nest, const int pieces[5], char name[16]) {
+void print_signature(const SignatureNest& nest, const int pieces[MAX_LETTERS], char name[16]) {
     *name++ = 'K';
     for (int i = 0; i < nest.letters; ++i) {
         if (i == nest.first_side) {
@@ -151,8 +152,8 @@ void print_signature(const SignatureNest& nest, const int pieces[5], char name[1
     *name = '\0';
 }
 
-void register_nest(const SignatureNest& nest, int pieces[5], int letter) {
-    if (letter == nest.letters) {
+void register_nest(const SignatureNest& nest, int pieces[MAX_LETTERS], int letter) {
+    if (letter == nest.letters || letter == MAX_LETTERS) {
         char name[16];
         print_signature(nest, pieces, name);
         syzygy_register(name);
@@ -285,7 +286,7 @@ bool syzygy_init(const char* path) {
     set_search_path(path);
     allocate_entries();
     for (const SignatureNest& nest : signature_nests) {
-        int pieces[5] = {};
+        int pieces[MAX_LETTERS] = {};
         register_nest(nest, pieces, 0);
     }
     syzygy_max_men = static_cast<std::uint32_t>(std::max(max_men_wdl, max_men_dtm));
