@@ -47,7 +47,7 @@ TEST(BookLoad, TakesThePathAsItIs) {
 
 // A sparse file: long, and without any data.
 std::string write_sparse(const TemporaryDirectory& directory, std::uintmax_t size) {
-    const std::string path = directory.write("sparse", "");
+    std::string path = directory.write("sparse", "");
     std::error_code failure;
     std::filesystem::resize_file(path, size, failure);
     return failure ? directory.path + "/missing" : path;

@@ -55,7 +55,7 @@ TemporaryDirectory::~TemporaryDirectory() {
 }
 
 std::string TemporaryDirectory::write(const std::string& name, const std::string& bytes) const {
-    const std::string file = path + "/" + name;
+    std::string file = path + "/" + name;
     std::ofstream(file, std::ios::binary) << bytes;
     return file;
 }
