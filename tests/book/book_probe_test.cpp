@@ -12,6 +12,7 @@
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <map>
+#include <ostream>
 #include <unordered_set>
 
 namespace brindlemoth {
@@ -168,6 +169,10 @@ struct Genuine {
     const char* file;
     double share_reached;
 };
+
+void PrintTo(const Genuine& book, std::ostream* out) {
+    *out << book.file;
+}
 
 class GenuineBook : public testing::TestWithParam<Genuine> {
 protected:
