@@ -5,8 +5,9 @@
 
 namespace brindlemoth {
 
-// Checks every position of the signature, with either side as White, against its moves: value and
-// distance. The genuine tables must be in force.
+// Checks every position of the signature, up to reflections of the board, against its moves: value
+// and distance. Also that one of the position's images has the same value, with the colours
+// exchanged for half of them. The genuine tables must be in force.
 void check_consistency(const std::string& signature);
 
 } // namespace brindlemoth

@@ -1,0 +1,35 @@
+// Table files that stand in memory instead of on disk: a program that links this has no other
+// files. Every file is a heap block of exactly its length, so that AddressSanitizer sees a read
+// beyond it, and each of the system's answers can be made to fail.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+namespace brindlemoth {
+
+// The directory in which all files of this program stand.
+constexpr const char* MEMORY_DIRECTORY = "memory";
+
+// Puts a file there, or replaces it. Requires that it is not mapped.
+void put_memory_file(const std::string& name, const std::string& content);
+void remove_memory_files();
+// The bytes of a file, to be changed in place.
+std::uint8_t* memory_file_bytes(const std::string& name);
+
+struct MemoryFileCounts {
+    int open_files;
+    int views;
+    int mappings;
+    int maps_made; // since the program started
+};
+MemoryFileCounts memory_file_counts();
+
+// Which operation fails from now on.
+enum class FailingOperation { NONE, SIZE, MAPPING, VIEW, UNMAP, CLOSE_MAPPING };
+void make_fail(FailingOperation operation);
+
+// The number that the failed operation leaves behind.
+constexpr unsigned long MEMORY_FILE_ERROR = 1234;
+
+} // namespace brindlemoth
