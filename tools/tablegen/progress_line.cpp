@@ -1,9 +1,10 @@
 #include "progress_line.h"
 
+#include "system/system.h"
+
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
-#include <unistd.h>
 
 namespace brindlemoth::tablegen {
 
@@ -13,7 +14,7 @@ constexpr auto BETWEEN_UPDATES = std::chrono::milliseconds(200);
 
 ProgressLine start_progress(double total) {
     ProgressLine line;
-    line.terminal = isatty(STDOUT_FILENO) != 0;
+    line.terminal = output_is_terminal();
     line.total = total;
     line.start = Clock::now();
     return line;

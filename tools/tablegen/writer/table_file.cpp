@@ -1,12 +1,12 @@
 #include "writer/table_file.h"
 
+#include "system/system.h"
+
 #include <algorithm>
 #include <cassert>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
-#include <fcntl.h>
-#include <unistd.h>
 
 namespace brindlemoth::tablegen {
 
@@ -161,15 +161,15 @@ std::string write_whole_file(const std::string& path, const std::vector<std::uin
         fail(temporary);
         return failure;
     }
-    const bool written = std::fwrite(bytes.data(), 1, bytes.size(), file) == bytes.size() &&
-                         std::fflush(file) == 0 && fsync(fileno(file)) == 0;
+    const bool written =
+        std::fwrite(bytes.data(), 1, bytes.size(), file) == bytes.size() && sync_to_disk(file);
     if (!written) {
         fail(temporary);
     }
     if (std::fclose(file) != 0 && failure.empty()) {
         fail(temporary);
     }
-    if (failure.empty() && std::rename(temporary.c_str(), path.c_str()) != 0) {
+    if (failure.empty() && !replace_file(temporary.c_str(), path.c_str())) {
         fail(path);
     }
     if (!failure.empty()) {

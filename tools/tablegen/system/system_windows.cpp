@@ -1,0 +1,25 @@
+#include "system/system.h"
+
+#include <cerrno>
+#include <io.h>
+#include <windows.h>
+
+namespace brindlemoth::tablegen {
+
+bool sync_to_disk(std::FILE* file) {
+    return std::fflush(file) == 0 && _commit(_fileno(file)) == 0;
+}
+
+bool replace_file(const char* from, const char* to) {
+    if (MoveFileExA(from, to, MOVEFILE_REPLACE_EXISTING) != 0) {
+        return true;
+    }
+    errno = EACCES;
+    return false;
+}
+
+bool output_is_terminal() {
+    return _isatty(_fileno(stdout)) != 0;
+}
+
+} // namespace brindlemoth::tablegen
