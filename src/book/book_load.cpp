@@ -14,11 +14,13 @@ BookEntry* book_entries = nullptr;
 int book_entry_count = 0;
 bool own_book = false;
 
+namespace {
+
 // A record of the file is 16 bytes with the most significant byte of each number first:
 // 8 bytes key, 2 move, 2 weight, and 4 that are of no use here.
 constexpr int RECORD_SIZE = 16;
 
-static std::uint64_t big_endian(const unsigned char* bytes, int size) {
+std::uint64_t big_endian(const unsigned char* bytes, int size) {
     std::uint64_t value = 0;
     for (int i = 0; i < size; ++i) {
         value = (value << 8) | bytes[i];
@@ -28,7 +30,7 @@ static std::uint64_t big_endian(const unsigned char* bytes, int size) {
 
 // The file's size in bytes when it is that of a book: whole records, at least one, and within
 // 32 signed bits. Otherwise 0.
-static int book_file_size(std::FILE* file) {
+int book_file_size(std::FILE* file) {
     if (std::fseek(file, 0, SEEK_END) != 0) {
         return 0;
     }
@@ -42,7 +44,7 @@ static int book_file_size(std::FILE* file) {
 
 // The whole file in a buffer that the caller deletes, and its size; nullptr when it is no book,
 // does not fit into memory, or is shorter by now than it just said.
-static unsigned char* read_book_file(const char* path, int& size) {
+unsigned char* read_book_file(const char* path, int& size) {
     std::FILE* const file = open_regular_file(path);
     if (file == nullptr) {
         return nullptr;
@@ -60,6 +62,8 @@ static unsigned char* read_book_file(const char* path, int& size) {
     std::fclose(file);
     return buffer;
 }
+
+} // namespace
 
 bool book_load(const char* path) {
     delete[] book_entries;

@@ -6,20 +6,22 @@
 
 namespace brindlemoth {
 
+namespace {
+
 // A move in the book's layout: to file, to rank, from file, from rank, three bits each from the
 // lowest up, then the promotion: 0 none, 1 knight, 2 bishop, 3 rook, 4 queen.
-static int book_move_to(int move) {
+int book_move_to(int move) {
     return make_square(move & 7, (move >> 3) & 7);
 }
-static int book_move_from(int move) {
+int book_move_from(int move) {
     return make_square((move >> 6) & 7, (move >> 9) & 7);
 }
-static int book_move_promotion(int move) {
+int book_move_promotion(int move) {
     return (move >> 12) & 7;
 }
 
 // The index of the first entry with the key, or -1.
-static int first_entry(std::uint64_t key) {
+int first_entry(std::uint64_t key) {
     int lo = 0;
     int hi = book_entry_count - 1;
     while (lo <= hi) {
@@ -40,7 +42,7 @@ static int first_entry(std::uint64_t key) {
 
 // A random one among the moves that stand for the key from `first` on, by their weights, in the
 // book's layout. False when all weights are 0.
-static bool choose_move(int first, std::uint64_t key, int& chosen) {
+bool choose_move(int first, std::uint64_t key, int& chosen) {
     constexpr int MAX_CHOICES = 64;
     int moves[MAX_CHOICES];
     int weights[MAX_CHOICES];
@@ -69,7 +71,7 @@ static bool choose_move(int first, std::uint64_t key, int& chosen) {
 }
 
 // The legal move that a book move means in the position, or MOVE_NONE.
-static Move decode_move(Position& position, int book_move) {
+Move decode_move(Position& position, int book_move) {
     const int from = book_move_from(book_move);
     int to = book_move_to(book_move);
     const int promotion = book_move_promotion(book_move);
@@ -96,6 +98,8 @@ static Move decode_move(Position& position, int book_move) {
     }
     return MOVE_NONE;
 }
+
+} // namespace
 
 Move book_probe(Position& position) {
     if (!own_book || book_entry_count == 0) {

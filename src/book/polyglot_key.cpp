@@ -5,19 +5,23 @@
 
 namespace brindlemoth {
 
+namespace {
+
 // The format numbers the kinds of piece black pawn, white pawn, black knight, ...
-static std::uint64_t piece_term(int colour, int type, int square) {
+std::uint64_t piece_term(int colour, int type, int square) {
     const int kind = 2 * type + (colour == WHITE ? 1 : 0);
     return polyglot_random64[POLYGLOT_PIECES + 64 * kind + square];
 }
 
 // Whether a pawn of the side to move stands where it could capture onto ep_square; the format
 // does not ask whether that capture would be legal. Works for any square that a FEN may name.
-static bool en_passant_counts(const Position& position) {
+bool en_passant_counts(const Position& position) {
     const Bitboard capturers_from =
         pawn_attack_set(square_bit(position.ep_square), position.side ^ 1);
     return (capturers_from & position.pieces[position.side][PAWN]) != 0;
 }
+
+} // namespace
 
 std::uint64_t polyglot_key(const Position& position) {
     std::uint64_t key = 0;

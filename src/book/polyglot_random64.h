@@ -1,5 +1,5 @@
 // The 781 numbers published with the Polyglot book format, which every book file is built on.
-// polyglot_key() is the only reader.
+// polyglot_key() reads them.
 #pragma once
 
 #include <cstdint>

@@ -72,7 +72,7 @@ bool rook_and_pawn_against_rook(const Position& position, int strong) {
            exactly_one(own[PAWN]) && exactly_one(own[ROOK]) && exactly_one(enemy[ROOK]);
 }
 
-// The pawn on the seventh with its king in front of or beside the promotion square, and the weak
+// The pawn on the seventh with its king on or beside the promotion square, and the weak
 // king cut off: a win by building a bridge.
 int bridge_bonus(const Position& position, int strong) {
     if (!rook_and_pawn_against_rook(position, strong)) {
@@ -176,6 +176,7 @@ int opposite_bishops_scale(const Position& position) {
 } // namespace
 
 int endgame_bonus(const Position& position) {
+    // Every pattern that fits is worth more than nothing.
     if (const int bonus = bonus_for(position, WHITE); bonus != 0) {
         return bonus;
     }

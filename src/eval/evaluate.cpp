@@ -25,7 +25,8 @@ template <int us> int passed_extras(const Position& position, const Survey& surv
     const Bitboard* const own = position.pieces[us];
     const Bitboard* const enemy = position.pieces[them];
 
-    // In front of it no enemy pawn attacks a square of the file or stands on one.
+    // An enemy pawn in front on a neighbouring file has this square in its span; one on the same
+    // file, spread backwards over that file, reaches it too.
     Bitboard passed =
         own[PAWN] & ~survey.pawn_span[them] & ~fill_forward<them>(push_squares<them>(enemy[PAWN]));
     if (passed == 0) {

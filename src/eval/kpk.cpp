@@ -2,6 +2,7 @@
 
 #include "board/attacks.h"
 #include "board/bitboard.h"
+#include "eval/evaluate.h"
 
 #include <algorithm>
 #include <iterator>

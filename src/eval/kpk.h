@@ -27,9 +27,6 @@ constexpr int kpk_index(int strong_king, int weak_king, int weak_to_move, int pa
            (rank_of(pawn) - 1) << 15;
 }
 
-// Fills kpk_table. Needs the attack tables.
-void kpk_init();
-
 // What the position is, as far as the entries of its successors in kpk_table tell. The flag
 // weak_to_move is 0 or 1; the pawn stands on files a to d.
 int kpk_classify(int strong_king, int weak_king, int weak_to_move, int pawn);

@@ -9,7 +9,7 @@ namespace brindlemoth {
 
 constexpr Score BISHOP_PAIR = S(22, 30); // once, for two or more bishops on whatever squares
 
-// How many squares each piece reaches outside the enemy pawns' attacks.
+// How many squares each piece reaches that no enemy pawn attacks and no own king or pawn holds.
 Score evaluate_mobility(const Position& position, int colour);
 
 // Knights and bishops where no enemy pawn can ever attack them, and the own blocked pawns that

@@ -46,6 +46,7 @@ void eval_trace(const Position& position) {
                 black_danger - white_danger);
     std::printf("---\n");
     std::printf("Total (side-to-move): %+d cp\n", evaluate(position));
+    std::fflush(stdout);
 }
 
 } // namespace brindlemoth

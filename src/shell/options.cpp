@@ -14,30 +14,32 @@ namespace brindlemoth {
 
 // The setters get the text right behind the word "value".
 
-static void set_hash(const char* value) {
+namespace {
+
+void set_hash(const char* value) {
     tt_resize(std::clamp(read_number(value), 1, 2048));
 }
 
-static void set_multipv(const char* value) {
+void set_multipv(const char* value) {
     multipv_count = std::clamp(read_number(value), 1, 256);
 }
 
-static void set_own_book(const char* value) {
+void set_own_book(const char* value) {
     own_book = begins_with(skip_blanks(value), "true");
 }
 
 // A book that can be read switches itself on, any other path switches the book off.
-static void set_book_file(const char* value) {
+void set_book_file(const char* value) {
     book_load(skip_blanks(value));
 }
 
-static void set_style(const char* value) {
+void set_style(const char* value) {
     eval_style = begins_with(skip_blanks(value), "Linear") ? 1 : 0;
     init_eval_tables();
 }
 
 // No value, or the announced default, leaves the tables in force that there are.
-static void set_syzygy_path(const char* value) {
+void set_syzygy_path(const char* value) {
     const char* const path = skip_blanks(value);
     if (*path == '\0' || begins_with(path, "<empty>")) {
         return;
@@ -52,10 +54,12 @@ struct Option {
 };
 
 // Threads is announced, but there is only the one: nothing to set.
-static constexpr Option OPTIONS[] = {
+constexpr Option OPTIONS[] = {
     {"Hash", set_hash},          {"MultiPV", set_multipv}, {"OwnBook", set_own_book},
     {"BookFile", set_book_file}, {"Style", set_style},     {"SyzygyPath", set_syzygy_path},
 };
+
+} // namespace
 
 void cmd_setoption(const char* line) {
     const char* const name_word = std::strstr(line, "name");

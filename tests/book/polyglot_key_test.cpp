@@ -28,6 +28,20 @@ TEST(PolyglotKey, PublishedKeys) {
     }
 }
 
+// The published keys use only some of the numbers; these totals use them all.
+TEST(PolyglotKey, NumbersAddUp) {
+    std::uint64_t all = 0;
+    std::uint64_t weighted = 0;
+    std::uint64_t place = 0;
+    for (const std::uint64_t number : polyglot_random64) {
+        all ^= number;
+        weighted += ++place * number;
+    }
+    EXPECT_EQ(place, 781U);
+    EXPECT_EQ(all, 0xEAA4DC0DD06542B6U);
+    EXPECT_EQ(weighted, 0x9ED769C526B32C64U);
+}
+
 // The en-passant term for every square that the record may hold, sensible or not: the pawns that
 // could capture onto it stand on the neighbouring files, one rank back.
 TEST(PolyglotKey, EnPassantTermNeedsAPawnThatCouldCapture) {

@@ -16,7 +16,7 @@
 namespace brindlemoth {
 namespace {
 
-// Every test begins with the defaults and leaves them; no line may be answered.
+// Every test begins with known values and leaves them; no line may be answered.
 class Options : public testing::Test {
 protected:
     void SetUp() override { reset(); }
@@ -26,6 +26,8 @@ protected:
         tt_resize(1);
         multipv_count = 1;
         book_load("");
+        syzygy_init("");
+        syzygy_probe_limit = 0;
         eval_style = 0;
         init_eval_tables();
     }

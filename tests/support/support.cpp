@@ -16,7 +16,7 @@ Position position_from(const std::string& fen) {
 }
 
 std::string shared_directory() {
-    // The data stands beside the checkout: BRINDLEMOTH_SOURCE_DIR/../shared.
+    // Optional: a directory "shared" beside the checkout.
     const std::filesystem::path directory =
         std::filesystem::path(BRINDLEMOTH_SOURCE_DIR).parent_path() / "shared";
     return std::filesystem::is_directory(directory) ? directory.string() : std::string();

@@ -135,8 +135,7 @@ TEST(ProbeBoard, CapturesAreTheCapturingMoves) {
             if (en_passant || (enemy & square_bit(probe_move_to(*move))) != 0)
                 expected.push_back(*move);
         }
-        ASSERT_EQ(std::vector<ProbeMove>(captures, captures_end), expected)
-            << board_text(board);
+        ASSERT_EQ(std::vector<ProbeMove>(captures, captures_end), expected) << board_text(board);
     });
 }
 
