@@ -15,7 +15,7 @@ using FourMen = testing::TestWithParam<std::string>;
 TEST_P(FourMen, ValuesFollowFromTheirMoves) {
     SKIP_WITHOUT_TABLES();
     syzygy_init(syzygy_directory().c_str());
-    check_consistency(GetParam());
+    check_consistency(GetParam(), 1);
 }
 
 INSTANTIATE_TEST_SUITE_P(Consistency, FourMen, testing::ValuesIn(four_men_signatures()), test_name);

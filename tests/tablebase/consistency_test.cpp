@@ -15,7 +15,7 @@ using ThreeMen = testing::TestWithParam<std::string>;
 TEST_P(ThreeMen, ValuesFollowFromTheirMoves) {
     SKIP_WITHOUT_TABLES();
     syzygy_init(syzygy_directory().c_str());
-    check_consistency(GetParam());
+    check_consistency(GetParam(), 0);
 }
 
 INSTANTIATE_TEST_SUITE_P(Consistency, ThreeMen, testing::ValuesIn(three_men_signatures()),

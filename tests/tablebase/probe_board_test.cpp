@@ -52,7 +52,7 @@ std::string moves_in_order(const std::string& fen, bool captures) {
     const ProbeMove* const end = captures ? board_captures(board, list) : board_moves(board, list);
     std::string text;
     for (const ProbeMove* move = list; move != end; ++move)
-        text += (text.empty() ? "" : " ") + probe_move_text(*move);
+        text.append(text.empty() ? "" : " ").append(probe_move_text(*move));
     return text;
 }
 

@@ -164,6 +164,53 @@ void for_all_boards(const std::string& signature,
     place_men(signature_men(signature), 0, -1, empty_board(true), visit);
 }
 
+ProbeBoard random_board(const std::string& signature, std::mt19937& random) {
+    while (true) {
+        ProbeBoard board = empty_board((random() & 1) != 0);
+        for (const Man man : signature_men(signature)) {
+            int square;
+            do
+                square = static_cast<int>(random() % 64);
+            while (((board.white | board.black) & square_bit(square)) != 0);
+            put_man(board, man, square);
+        }
+        if ((random() & 1) != 0)
+            board = colours_exchanged(board);
+        if (!board_is_sane(board))
+            continue;
+        std::vector<ProbeBoard> with_ep;
+        visit_en_passant(board, [&with_ep](const ProbeBoard& ep) { with_ep.push_back(ep); });
+        return with_ep.empty() ? board : with_ep[random() % with_ep.size()];
+    }
+}
+
+Position position_of(const ProbeBoard& board) {
+    std::string fen;
+    for (int rank = 7; rank >= 0; --rank) {
+        for (int file = 0; file < 8; ++file) {
+            char letter = '1';
+            for (int type = PROBE_PAWN; type <= PROBE_KING; ++type) {
+                const Bitboard square = square_bit(make_square(file, rank));
+                if ((board_men(board, 1, type) & square) != 0)
+                    letter = " PNBRQK"[type];
+                if ((board_men(board, 0, type) & square) != 0)
+                    letter = " pnbrqk"[type];
+            }
+            fen += letter;
+        }
+        if (rank > 0)
+            fen += '/';
+    }
+    fen += board.white_to_move == 1 ? " w - " : " b - ";
+    if (board.ep_square == 0) {
+        fen += '-';
+    } else {
+        fen += static_cast<char>('a' + file_of(board.ep_square));
+        fen += static_cast<char>('1' + rank_of(board.ep_square));
+    }
+    return position_from(fen + " " + std::to_string(board.halfmove) + " 1");
+}
+
 std::string board_text(const ProbeBoard& board) {
     std::string text;
     for (const int white : {1, 0}) {

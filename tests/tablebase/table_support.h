@@ -5,6 +5,7 @@
 #include "tablebase/probe_board.h"
 
 #include <functional>
+#include <random>
 #include <string>
 #include <vector>
 
@@ -58,6 +59,13 @@ ProbeBoard colours_exchanged(const ProbeBoard& board);
 // side to move. A position in which a pawn can be captured en passant comes once more with it.
 void for_all_boards(const std::string& signature,
                     const std::function<void(const ProbeBoard&)>& visit);
+
+// A sane position of the signature with its men on random squares, either side having the first
+// side's men. Now and then a pawn can be captured en passant.
+ProbeBoard random_board(const std::string& signature, std::mt19937& random);
+
+// The same as a position of the engine.
+Position position_of(const ProbeBoard& board);
 
 // The board as text for messages.
 std::string board_text(const ProbeBoard& board);

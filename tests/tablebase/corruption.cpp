@@ -1,0 +1,126 @@
+#include "tablebase/corruption.h"
+
+#include "tablebase/memory_files.h"
+#include "tablebase/probe.h"
+#include "tablebase/registry.h"
+#include "tablebase/syzygy.h"
+#include "tablebase/table_support.h"
+
+#include <algorithm>
+#include <gtest/gtest.h>
+#include <random>
+#include <sstream>
+
+namespace brindlemoth {
+
+namespace {
+
+constexpr int POSITIONS = 200;
+constexpr std::size_t HEAD = 256;
+constexpr std::size_t TABLE_TAIL = 16;
+
+void load_genuine_tables() {
+    remove_memory_files();
+    for (const auto* names : {&three_men_signatures(), &four_men_signatures()}) {
+        for (const std::string& name : *names) {
+            for (const char* extension : {".rtbw", ".rtbz"})
+                put_memory_file(name + extension,
+                                read_file(syzygy_directory() + "/" + name + extension));
+        }
+    }
+}
+
+// Forgets that the file was mapped, or that it could not be. The other tables stay.
+void map_again(const std::string& signature) {
+    int counts[16];
+    count_signature_men(signature.c_str(), counts);
+    for (const bool mirror : {false, true}) {
+        TableHashSlot& slot = table_slot(material_key_of_counts(counts, mirror));
+        slot.failed = 0;
+        syzygy_release_entry(*slot.entry);
+    }
+}
+
+// Probes all positions; returns how many got an answer.
+int probe_all(const std::vector<ProbeBoard>& boards) {
+    int answers = 0;
+    for (const ProbeBoard& board : boards) {
+        int success;
+        const int value = syzygy_wdl(board, success);
+        if (success != PROBE_FAILED) {
+            EXPECT_GE(value, WDL_LOSS);
+            EXPECT_LE(value, WDL_WIN);
+        }
+        syzygy_dtz(board, success);
+        answers += success != PROBE_FAILED ? 1 : 0;
+        // Every way through the maps, also where the value would not lead into the table.
+        for (int wdl = WDL_LOSS; wdl <= WDL_WIN; ++wdl)
+            syzygy_probe_table(board, wdl, success, KIND_DTZ);
+    }
+    return answers;
+}
+
+} // namespace
+
+const std::vector<std::string>& damaged_files() {
+    static const std::vector<std::string> files = [] {
+        std::vector<std::string> list = {"KPvKP.rtbw", "KQvKP.rtbz", "KNNvK.rtbw"};
+        for (const std::string& name : three_men_signatures()) {
+            list.push_back(name + ".rtbw");
+            list.push_back(name + ".rtbz");
+        }
+        return list;
+    }();
+    return files;
+}
+
+void check_damage(const std::string& file, const Damage& damage) {
+    load_genuine_tables();
+    ASSERT_TRUE(syzygy_init(MEMORY_DIRECTORY));
+    const std::string signature = file.substr(0, file.find('.'));
+    std::mt19937 random(17);
+    std::vector<ProbeBoard> boards;
+    for (int i = 0; i < POSITIONS; ++i)
+        boards.push_back(random_board(signature, random));
+    ASSERT_EQ(probe_all(boards), POSITIONS) << "the genuine file";
+
+    const std::string genuine = read_file(syzygy_directory() + "/" + file);
+    std::uint8_t* const bytes = memory_file_bytes(file);
+    const auto probe_changed = [&](std::size_t offset, unsigned flip) {
+        map_again(signature);
+        bytes[offset] = static_cast<std::uint8_t>(bytes[offset] ^ flip);
+        probe_all(boards);
+        bytes[offset] = static_cast<std::uint8_t>(bytes[offset] ^ flip);
+    };
+
+    testing::internal::CaptureStderr();
+    for (std::size_t offset = 0; offset < std::min(HEAD, genuine.size()); ++offset) {
+        for (const std::uint8_t flip : damage.flips)
+            probe_changed(offset, flip);
+    }
+    if (genuine.size() > HEAD) {
+        for (int i = 0; i < damage.random_changes; ++i)
+            probe_changed(HEAD + random() % (genuine.size() - HEAD),
+                          static_cast<unsigned>(1 + random() % 255));
+    }
+    map_again(signature);
+    EXPECT_EQ(probe_all(boards), POSITIONS) << "the file as it was";
+
+    for (std::size_t size = TABLE_TAIL; size < genuine.size(); size += damage.truncation_step) {
+        map_again(signature);
+        put_memory_file(file, genuine.substr(0, size));
+        probe_all(boards);
+    }
+    // All complaints are of one kind.
+    std::istringstream complaints(testing::internal::GetCapturedStderr());
+    int count = 0;
+    for (std::string line; std::getline(complaints, line); ++count)
+        ASSERT_EQ(line, "Corrupted table.");
+    EXPECT_GT(count, 0);
+    syzygy_init("");
+    EXPECT_EQ(memory_file_counts().views, 0);
+    EXPECT_EQ(memory_file_counts().mappings, 0);
+    EXPECT_EQ(memory_file_counts().open_files, 0);
+}
+
+} // namespace brindlemoth
