@@ -29,10 +29,11 @@ bool special_move_fits(const Position& position, Move move) {
         const int home = us == WHITE ? A1 : A8;
         const int corner = flag == FLAG_SHORT_CASTLING ? home + 7 : home;
         const int rook_to = flag == FLAG_SHORT_CASTLING ? home + 5 : home + 3;
-        return move_from(move) == home + 4 && position.board[home + 4] == make_piece(us, KING) &&
+        const int king_to = flag == FLAG_SHORT_CASTLING ? home + 6 : home + 2;
+        return move_from(move) == home + 4 && move_to(move) == king_to &&
+               position.board[home + 4] == make_piece(us, KING) &&
                position.board[corner] == make_piece(us, ROOK) &&
-               position.board[rook_to] == EMPTY_SQUARE &&
-               position.board[move_to(move)] == EMPTY_SQUARE;
+               position.board[rook_to] == EMPTY_SQUARE && position.board[king_to] == EMPTY_SQUARE;
     }
     if (position.board[move_from(move)] != make_piece(us, PAWN))
         return false;
