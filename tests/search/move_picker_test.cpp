@@ -1,0 +1,230 @@
+#include "board/make_move.h"
+#include "movegen/legality.h"
+#include "movegen/movegen.h"
+#include "search/move_picker.h"
+#include "search/see.h"
+#include "support/support.h"
+
+#include <algorithm>
+#include <cstring>
+#include <gtest/gtest.h>
+#include <random>
+#include <vector>
+
+namespace brindlemoth {
+namespace {
+
+constexpr int PLY = 5;
+
+std::vector<Move> pseudo_legal(const Position& position) {
+    Move moves[MAX_MOVES];
+    return {moves, generate_pseudo_legal(position, moves)};
+}
+
+bool is_quiet(Move move) {
+    return !is_capture(move) && !is_promotion(move);
+}
+
+std::vector<Move> handed_out(const Position& position, Move tt_move, PreviousMove previous,
+                             bool skip_quiets = false) {
+    MovePicker picker;
+    init_picker(picker, in_check(position), tt_move, PLY, previous);
+    std::vector<Move> moves;
+    while (const Move move = next_move(picker, position, skip_quiets)) {
+        moves.push_back(move);
+        if (moves.size() > MAX_MOVES + 1)
+            break;
+    }
+    EXPECT_EQ(next_move(picker, position, skip_quiets), MOVE_NONE);
+    return moves;
+}
+
+std::vector<Move> sorted(std::vector<Move> moves) {
+    std::sort(moves.begin(), moves.end());
+    return moves;
+}
+
+// Fills the tables with such values as a long search leaves, so that the order of quiet moves
+// means something.
+void scramble_history(std::mt19937_64& random) {
+    for (auto& side : butterfly_history)
+        for (auto& from : side)
+            for (auto& cell : from)
+                cell = static_cast<int>(random() % 32769) - 16384;
+    auto* const cells = &continuation_history[0][0][0][0];
+    for (std::size_t i = 0; i < sizeof continuation_history / sizeof *cells; ++i)
+        cells[i] = static_cast<int>(random() % 32769) - 16384;
+}
+
+Move random_move(const std::vector<Move>& moves, std::mt19937_64& random) {
+    return moves.empty() ? MOVE_NONE : moves[random() % moves.size()];
+}
+
+// Where a move belongs: a group, and an order within it by falling score.
+struct Place {
+    int group;
+    int score;
+};
+
+Place place_of(const Position& position, Move move, Move tt_move, PreviousMove previous) {
+    if (move == tt_move)
+        return {0, 0};
+    const int quiet = quiet_score(position, move, PLY, previous);
+    if (is_quiet(move))
+        return {2, quiet};
+    const int gain = see(position, move);
+    // Among evasions a promotion that takes nothing stands behind the good captures.
+    if (in_check(position) && !is_capture(move))
+        return {2, 900000};
+    return {gain >= 0 ? 1 : 3, gain};
+}
+
+TEST(MovePicker, HandsOutEveryMoveOnceInItsPlace) {
+    std::mt19937_64 random(51);
+    scramble_history(random);
+    int evasions = 0;
+    int bad_captures = 0;
+    for_random_positions(6000, 52, [&](Position& position) {
+        const std::vector<Move> all = pseudo_legal(position);
+        killers[PLY][0] = random_move(all, random);
+        killers[PLY][1] = random_move(all, random);
+        PreviousMove previous{EMPTY_SQUARE, 0};
+        if (position.undo_count > 0 && random() % 4 != 0) {
+            previous.to = static_cast<int>(random() % 64);
+            previous.piece = static_cast<int>(random() % 12);
+            countermoves[previous.piece][previous.to] = random_move(all, random);
+        }
+        for (const Move tt_move : {MOVE_NONE, random_move(all, random)}) {
+            const std::vector<Move> moves = handed_out(position, tt_move, previous);
+            ASSERT_EQ(sorted(moves), sorted(all));
+            if (tt_move != MOVE_NONE) {
+                ASSERT_EQ(moves.front(), tt_move);
+            }
+            for (std::size_t i = 1; i < moves.size(); ++i) {
+                const Place before = place_of(position, moves[i - 1], tt_move, previous);
+                const Place here = place_of(position, moves[i], tt_move, previous);
+                bad_captures += here.group == 3 ? 1 : 0;
+                ASSERT_TRUE(before.group < here.group ||
+                            (before.group == here.group && before.score >= here.score))
+                    << move_to_text(moves[i]) << ' ' << before.group << ' ' << before.score << ' '
+                    << here.group << ' ' << here.score;
+            }
+        }
+        if (in_check(position)) {
+            ++evasions;
+            // Evasions come in full even with the quiet moves skipped.
+            ASSERT_EQ(sorted(handed_out(position, MOVE_NONE, previous, true)), sorted(all));
+        } else {
+            const Move tt_move = random_move(all, random);
+            std::vector<Move> expected;
+            std::copy_if(all.begin(), all.end(), std::back_inserter(expected),
+                         [&](Move move) { return !is_quiet(move) || move == tt_move; });
+            ASSERT_EQ(sorted(handed_out(position, tt_move, previous, true)), sorted(expected));
+        }
+    });
+    clear_history();
+    EXPECT_GT(evasions, 100);
+    EXPECT_GT(bad_captures, 1000);
+}
+
+TEST(MovePicker, QuietsCanBeSkippedHalfWay) {
+    const Position position =
+        position_from("r3k2r/p1ppqpb1/bn2pnp1/3PN3/1p2P3/2N2Q1p/PPPBBPPP/R3K2R w KQkq - 0 1");
+    MovePicker picker;
+    init_picker(picker, false, MOVE_NONE, PLY, {EMPTY_SQUARE, 0});
+    int quiets = 0;
+    int late_captures = 0;
+    while (const Move move = next_move(picker, position, quiets == 3)) {
+        quiets += is_quiet(move) ? 1 : 0;
+        late_captures += quiets > 0 && !is_quiet(move) ? 1 : 0;
+    }
+    EXPECT_EQ(quiets, 3);
+    EXPECT_EQ(late_captures, 5); // f3f6, f3h3, e5d7, e5f7, e5g6 lose material
+}
+
+TEST(MovePicker, EqualScoresGoByPlaceInTheList) {
+    clear_history();
+    const Position position = position_from(starting_fen);
+    EXPECT_EQ(handed_out(position, MOVE_NONE, {EMPTY_SQUARE, 0}), pseudo_legal(position));
+    const int scores[] = {3, 9, 1, 9, 4};
+    EXPECT_EQ(pick_best_index(scores, 0, 5), 1);
+    EXPECT_EQ(pick_best_index(scores, 2, 5), 3);
+    EXPECT_EQ(pick_best_index(scores, 4, 5), 4);
+}
+
+TEST(MovePicker, QuietScoreBandsDoNotAddUp) {
+    clear_history();
+    const Position position = position_from(starting_fen);
+    const Move move = make_move_code(G1, F3, FLAG_QUIET);
+    constexpr PreviousMove PREVIOUS{make_piece(BLACK, PAWN), E5};
+    butterfly_history[WHITE][G1][F3] = 7;
+    continuation_history[PREVIOUS.piece][E5][make_piece(WHITE, KNIGHT)][F3] = -2;
+    EXPECT_EQ(quiet_score(position, move, PLY, PREVIOUS), 5);
+    EXPECT_EQ(quiet_score(position, move, PLY, {EMPTY_SQUARE, 0}), 7);
+    countermoves[PREVIOUS.piece][E5] = move;
+    EXPECT_EQ(quiet_score(position, move, PLY, PREVIOUS), 600005);
+    EXPECT_EQ(quiet_score(position, move, PLY, {EMPTY_SQUARE, 0}), 7);
+    killers[PLY][1] = move;
+    EXPECT_EQ(quiet_score(position, move, PLY, PREVIOUS), 700005);
+    killers[PLY][0] = move;
+    EXPECT_EQ(quiet_score(position, move, PLY, PREVIOUS), 800005);
+    EXPECT_EQ(quiet_score(position, move, PLY + 1, PREVIOUS), 600005);
+    clear_history();
+}
+
+// The whole record but the undo entries not in use.
+bool same_position(const Position& a, const Position& b) {
+    return std::memcmp(&a, &b, offsetof(Position, undo)) == 0;
+}
+
+// A table entry of another position with the same key may hold any move at all.
+TEST(MovePicker, NoTableMoveWhateverBreaksTheRecord) {
+    std::vector<Position> positions = {
+        position_from("r3k2r/8/8/8/8/8/8/R3K2R w KQkq - 0 1"),
+        position_from("r3k2r/8/8/8/8/8/8/R3K2R b KQkq - 0 1"),
+        position_from("r3k2r/8/8/8/8/8/8/R3K2R w - - 0 1"),
+        position_from("7k/8/8/3pP3/8/8/p6P/7K w - d6 0 1"),
+        position_from("P6p/7P/pk6/1Pp5/2pP4/8/K6p/P6p b - d3 0 1"),
+    };
+    for_random_positions(4000, 53, [&](Position& position) {
+        if (position.undo_count % 100 == 40 && !in_check(position) && positions.size() < 40)
+            positions.push_back(position);
+    });
+    MovePicker picker;
+    for (Position& position : positions) {
+        const Position before = position;
+        for (int code = 0; code < 65536; ++code) {
+            const Move move = static_cast<Move>(code);
+            init_picker(picker, false, move, PLY, {EMPTY_SQUARE, 0});
+            const Move first = next_move(picker, position, true);
+            if (first != move || picker.stage != STAGE_GEN_CAPTURES)
+                continue;
+            make_move(position, move);
+            ASSERT_TRUE(views_agree(position)) << move_to_text(move) << ' ' << move_flag(move);
+            ASSERT_EQ(position.key, compute_key(position));
+            unmake_move(position, move);
+            ASSERT_TRUE(same_position(position, before))
+                << move_to_text(move) << ' ' << move_flag(move);
+        }
+    }
+}
+
+// What does not pass the test of a table move comes in its normal place if it is generated.
+TEST(MovePicker, ATableMoveThatDoesNotFitIsForgotten) {
+    for_random_positions(2000, 54, [](Position& position) {
+        const std::vector<Move> all = sorted(pseudo_legal(position));
+        for (const Move tt_move :
+             {MOVE_NULL, make_move_code(E3, E3, FLAG_QUIET), make_move_code(E4, E5, FLAG_CAPTURE),
+              make_move_code(D7, D5, FLAG_QUIET), make_move_code(E1, G1, FLAG_QUIET)}) {
+            std::vector<Move> moves = handed_out(position, tt_move, {EMPTY_SQUARE, 0});
+            // One that was tried although the generators do not make it comes first.
+            if (!moves.empty() && moves.front() == tt_move &&
+                !std::binary_search(all.begin(), all.end(), tt_move))
+                moves.erase(moves.begin());
+            ASSERT_EQ(sorted(moves), all) << move_to_text(tt_move);
+        }
+    });
+}
+
+} // namespace
+} // namespace brindlemoth

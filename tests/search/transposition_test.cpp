@@ -1,0 +1,142 @@
+#include "search/transposition.h"
+
+#include <gtest/gtest.h>
+
+namespace brindlemoth {
+namespace {
+
+class Transposition : public testing::Test {
+protected:
+    void SetUp() override {
+        tt_resize(1);
+        tt_generation = 0;
+    }
+    void TearDown() override { SetUp(); }
+};
+
+TEST_F(Transposition, SizeIsTheLargestPowerOfTwoThatFits) {
+    const struct {
+        int megabytes;
+        std::uint64_t entries;
+    } ROWS[] = {{1, 65536},     {2, 131072},    {3, 131072},    {64, 4194304},
+                {100, 4194304}, {127, 4194304}, {128, 8388608}, {2048, 134217728}};
+    for (const auto& row : ROWS) {
+        tt_resize(row.megabytes);
+        EXPECT_EQ(tt_entry_count, row.entries) << row.megabytes;
+    }
+    tt_release();
+    EXPECT_EQ(tt_entry_count, 0U);
+    EXPECT_EQ(tt_table, nullptr);
+}
+
+TEST_F(Transposition, ReplacementRule) {
+    constexpr Key OLD = 0x5555;
+    const struct {
+        const char* what;
+        bool same_position;
+        bool same_generation;
+        int old_depth;
+        int depth;
+        bool replaced;
+    } ROWS[] = {
+        {"own position, shallower", true, true, 9, 0, true},
+        {"other position, shallower", false, true, 9, 8, false},
+        {"other position, as deep", false, true, 9, 9, true},
+        {"other position, deeper", false, true, 9, 10, true},
+        {"other position, older and deeper entry", false, false, 9, 0, true},
+        {"two entries of depth 0", false, true, 0, 0, true},
+        {"capped depth against a depth beyond the cap", false, true, 300, 255, true},
+        {"capped depth against a lesser one", false, true, 300, 254, false},
+    };
+    for (const auto& row : ROWS) {
+        tt_resize(1);
+        tt_generation = 200;
+        tt_store(OLD, 50, BOUND_EXACT, row.old_depth, make_move_code(E2, E4, FLAG_QUIET), 0);
+        if (!row.same_generation)
+            tt_generation = 201;
+        const Key key = row.same_position ? OLD : OLD + 65536;
+        tt_store(key, -7, BOUND_UPPER, row.depth, MOVE_NONE, 3);
+        const TTEntry* const entry = tt_probe(key);
+        EXPECT_EQ(entry != nullptr, row.replaced) << row.what;
+        EXPECT_EQ(tt_probe(OLD) != nullptr, row.same_position || !row.replaced) << row.what;
+        if (entry != nullptr) {
+            EXPECT_EQ(entry->score, -7) << row.what;
+            EXPECT_EQ(entry->move, MOVE_NONE) << row.what;
+            EXPECT_EQ(entry->depth, row.depth) << row.what;
+            EXPECT_EQ(entry->bound, BOUND_UPPER) << row.what;
+            EXPECT_EQ(entry->generation, tt_generation) << row.what;
+        }
+    }
+}
+
+TEST_F(Transposition, KeysDifferingInAnyBitMiss) {
+    constexpr Key KEY = 0x123456789ABCDEF0;
+    tt_store(KEY, 1, BOUND_EXACT, 1, MOVE_NONE, 0);
+    ASSERT_NE(tt_probe(KEY), nullptr);
+    for (int bit = 0; bit < 64; ++bit)
+        EXPECT_EQ(tt_probe(KEY ^ (Key{1} << bit)), nullptr) << bit;
+}
+
+TEST_F(Transposition, MateScoresCountFromTheNodeThatStoredThem) {
+    const struct {
+        int score;
+        int stored_at;
+        int stored;
+        int read_at;
+        int read;
+    } ROWS[] = {
+        {-30871, 10, -30881, 4, -30877},
+        {30993, 6, 30999, 2, 30997},
+        {30000, 5, 30005, 5, 30000},
+        {29999, 5, 29999, 9, 29999},
+        {-30000, 5, -30005, 0, -30005},
+        {-29999, 5, -29999, 9, -29999},
+        {0, 100, 0, 0, 0},
+        // The test on reading looks at the stored value.
+        {30000, 0, 30000, 3, 29997},
+    };
+    for (const auto& row : ROWS) {
+        EXPECT_EQ(score_to_table(row.score, row.stored_at), row.stored) << row.score;
+        EXPECT_EQ(score_from_table(row.stored, row.read_at), row.read) << row.score;
+        tt_store(99, row.score, BOUND_LOWER, 1, MOVE_NONE, row.stored_at);
+        ASSERT_NE(tt_probe(99), nullptr);
+        EXPECT_EQ(tt_probe(99)->score, row.stored) << row.score;
+    }
+}
+
+TEST_F(Transposition, BoundsCutInclusively) {
+    const struct {
+        std::uint8_t bound;
+        int score;
+        bool cuts; // the window 10, 11
+    } ROWS[] = {
+        {BOUND_EXACT, -500, true}, {BOUND_EXACT, 500, true}, {BOUND_LOWER, 10, false},
+        {BOUND_LOWER, 11, true},   {BOUND_UPPER, 10, true},  {BOUND_UPPER, 11, false},
+    };
+    for (const auto& row : ROWS)
+        EXPECT_EQ(tt_bound_cuts(row.bound, row.score, 10, 11), row.cuts)
+            << int{row.bound} << ' ' << row.score;
+}
+
+TEST_F(Transposition, ClearingEmptiesTheTableAndResizingKeepsTheGeneration) {
+    tt_generation = 9;
+    tt_store(5, 1, BOUND_EXACT, 1, MOVE_NONE, 0);
+    tt_clear();
+    EXPECT_EQ(tt_probe(5), nullptr);
+    EXPECT_EQ(tt_generation, 0);
+    tt_generation = 9;
+    tt_resize(1);
+    EXPECT_EQ(tt_generation, 9);
+}
+
+TEST_F(Transposition, WithoutATableEveryReadMisses) {
+    tt_release();
+    tt_store(5, 1, BOUND_EXACT, 1, MOVE_NONE, 0);
+    tt_prefetch(5);
+    tt_clear();
+    EXPECT_EQ(tt_probe(5), nullptr);
+    EXPECT_EQ(tt_probe(0), nullptr);
+}
+
+} // namespace
+} // namespace brindlemoth
