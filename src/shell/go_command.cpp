@@ -29,6 +29,8 @@ SearchLimits read_limits(const char* line) {
     SearchLimits limits{};
     const char* text = skip_blanks(line + std::strlen("go"));
     while (*text != '\0') {
+        if (begins_with(text, "infinite"))
+            limits.infinite = true;
         for (const LimitWord& limit : LIMIT_WORDS) {
             if (begins_with(text, limit.word)) {
                 text += std::strlen(limit.word);
@@ -36,8 +38,6 @@ SearchLimits read_limits(const char* line) {
                 break;
             }
         }
-        if (begins_with(text, "infinite"))
-            limits.infinite = true;
         text = skip_blanks(text + std::strcspn(text, " "));
     }
     return limits;
