@@ -11,8 +11,8 @@ namespace brindlemoth {
 struct MagicEntry {
     Bitboard mask; // relevant occupancy squares
     Bitboard magic;
-    Bitboard* attacks; // this square's block in bishop_table or rook_table
-    int shift;         // 64 minus the number of bits in mask
+    const Bitboard* attacks; // this square's block in bishop_table or rook_table
+    int shift;               // 64 minus the number of bits in mask
 };
 
 extern Bitboard pawn_attacks[2][64]; // by colour, square

@@ -6,7 +6,6 @@
 #include "board/position.h"
 
 #include <cassert>
-#include <cstddef>
 #include <cstring>
 
 namespace brindlemoth {
@@ -148,7 +147,9 @@ bool position_set_fen(Position& position, const char* text) {
     if (*text != '\0')
         position.fullmove = read_counter(text);
 
-    assert(views_agree(position) && compute_key(position) == position.key);
+    assert(views_agree(position) && compute_key(position) == position.key &&
+           compute_pawn_key(position) == position.pawn_key &&
+           compute_psq(position) == position.psq);
     return true;
 }
 

@@ -20,9 +20,10 @@ RookMove castling_rook_move(int colour, int flag) {
     return CASTLING_ROOK_MOVES[colour][flag - FLAG_SHORT_CASTLING];
 }
 
-// What debug builds check around every change: the distance of the running sums from their values
-// from scratch never changes. It is not always zero: psq keeps an old sum when the style of the
-// evaluation changes, and key lacks the castling term after a failed FEN.
+// What debug builds check around every change (one at a time: the memory is a single one): the
+// distance of the running sums from their values from scratch never changes. It is not always zero:
+// psq keeps an old sum when the style of the evaluation changes, and key lacks the castling term
+// after a failed FEN.
 struct Drift {
     Key key;
     Key pawn_key;
@@ -118,7 +119,7 @@ inline void clear_ep_square(Position& position) {
 } // namespace
 
 // clang-format off
-int castling_mask[64] = {
+const int castling_mask[64] = {
     ~WHITE_LONG, 15, 15, 15, ~(WHITE_SHORT | WHITE_LONG), 15, 15, ~WHITE_SHORT, // a1 to h1
     15, 15, 15, 15, 15, 15, 15, 15,
     15, 15, 15, 15, 15, 15, 15, 15,
@@ -140,6 +141,7 @@ void make_move(Position& position, Move move) {
     const int forward = us == WHITE ? 8 : -8;
     const int piece = position.board[from];
     const int type = piece - 6 * us;
+    assert(piece != EMPTY_SQUARE && piece_colour(piece) == us);
 
     push_undo(position);
     clear_ep_square(position);
@@ -150,6 +152,7 @@ void make_move(Position& position, Move move) {
         const int square = flag == FLAG_EN_PASSANT ? to - forward : to;
         const int victim = position.board[square];
         const int victim_type = victim - 6 * them;
+        assert(victim != EMPTY_SQUARE && piece_colour(victim) == them);
         position.undo[position.undo_count].captured = victim_type;
         remove_piece(position, them, victim_type, square);
         key ^= piece_keys[victim][square];
@@ -178,6 +181,7 @@ void make_move(Position& position, Move move) {
             }
         } else if (flag == FLAG_SHORT_CASTLING || flag == FLAG_LONG_CASTLING) {
             const RookMove rook = castling_rook_move(us, flag);
+            assert(type == KING && position.board[rook.from] == make_piece(us, ROOK));
             shift_piece(position, us, ROOK, rook.from, rook.to);
             key ^= piece_keys[make_piece(us, ROOK)][rook.from] ^
                    piece_keys[make_piece(us, ROOK)][rook.to];

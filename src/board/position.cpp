@@ -3,6 +3,7 @@
 #include "board/bitboard.h"
 
 #include <cstdio>
+#include <cstring>
 #include <initializer_list>
 
 namespace brindlemoth {
@@ -43,7 +44,7 @@ bool views_agree(const Position& position) {
 const char* move_to_text(Move move) {
     static char text[6];
     if (move == MOVE_NONE || move == MOVE_NULL)
-        return "0000";
+        return std::strcpy(text, "0000");
     char* out = text;
     for (const int square : {move_from(move), move_to(move)}) {
         *out++ = static_cast<char>('a' + file_of(square));

@@ -50,14 +50,15 @@ extern Key ep_file_keys[8];
 extern Key side_key; // in the key when Black is to move
 
 // The rights that survive a move touching a square.
-extern int castling_mask[64];
+extern const int castling_mask[64];
 
 // Fills the hash keys from a fixed seed. Called once, before the first position is set up.
 void init_keys();
 
 // Builds the position from a FEN text, dropping all history. Anything is accepted and missing
 // fields get defaults. Returns false if the board field held an unusable character; the record
-// then holds the pieces read so far, White to move, and is as safe to use as any other.
+// then holds the pieces read so far, White to move, and is as safe to use as any other. Its key
+// lacks the castling term, since that field was never read.
 bool position_set_fen(Position& position, const char* text);
 
 // key and pawn_key computed from scratch, for tests and assertions.
@@ -69,7 +70,7 @@ Score compute_psq(const Position& position);
 bool views_agree(const Position& position);
 
 // Coordinate text of a move, "0000" for MOVE_NONE and MOVE_NULL. The text stands in one static
-// buffer that the next call overwrites.
+// buffer of 6 characters that the next call overwrites.
 const char* move_to_text(Move move);
 
 // Prints the board and the state fields on standard output.

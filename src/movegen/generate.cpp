@@ -3,7 +3,8 @@
 #include "movegen/movegen.h"
 
 #include <algorithm>
-#include <cassert>
+#include <cstddef>
+#include <initializer_list>
 
 namespace brindlemoth {
 
@@ -200,23 +201,29 @@ Move* write_quiets(const Position& position, Move* out) {
 // No side ever has more pseudo-legal moves than this: 63 pieces of up to 27 moves.
 constexpr int UNLIMITED_MOVES = 64 * 27;
 
-// An upper bound of the side's moves, from the number of its pieces alone. Every position of a
-// real game with up to four queens on a side stays within MAX_MOVES.
+// An upper bound of the side's moves, from the number of its pieces alone. Nearly every position of
+// a real game stays within MAX_MOVES by this count, with four queens and as many pawns for one.
 int move_count_bound(const Position& position) {
     const Bitboard* const own = position.pieces[position.side];
     return 12 * popcount(own[PAWN]) + 8 * popcount(own[KNIGHT] | own[KING]) +
            13 * popcount(own[BISHOP]) + 14 * popcount(own[ROOK]) + 27 * popcount(own[QUEEN]) + 2;
 }
 
-// Writes straight into the caller's buffer when the moves must fit, and otherwise, which only an
-// odd FEN brings about, by way of a larger one.
-template <Move* (*Write)(const Position&, Move*)>
-inline Move* write_limited(const Position& position, Move* out) {
+using Writer = Move* (*)(const Position&, Move*);
+
+// By way of a larger buffer, for moves that may not fit. Never inlined: the buffer must not stand
+// in the stack frames of the search.
+[[gnu::noinline]] Move* write_by_detour(const Position& position, Move* out, Writer write) {
+    Move all[UNLIMITED_MOVES];
+    const auto count = std::min<std::ptrdiff_t>(write(position, all) - all, MAX_MOVES);
+    return std::copy_n(all, count, out);
+}
+
+// Writes straight into the caller's buffer whenever the moves must fit.
+template <Writer Write> inline Move* write_limited(const Position& position, Move* out) {
     if (move_count_bound(position) <= MAX_MOVES) [[likely]]
         return Write(position, out);
-    Move all[UNLIMITED_MOVES];
-    const auto count = std::min<std::ptrdiff_t>(Write(position, all) - all, MAX_MOVES);
-    return std::copy_n(all, count, out);
+    return write_by_detour(position, out, Write);
 }
 
 } // namespace

@@ -10,7 +10,8 @@
 namespace brindlemoth {
 
 // Squares that a piece of that type attacks. The colour matters for pawns only, the occupancy
-// for sliders only. 0 for a type outside PAWN to KING.
+// for sliders only. 0 for a type outside PAWN to KING. Where the type is known, the tables of
+// board/attacks.h are quicker.
 Bitboard attacks_from(int type, int square, int colour, Bitboard occupancy);
 
 // True when a piece of by_colour attacks the square; sliders look through `occupancy`.

@@ -42,7 +42,7 @@ std::uint64_t perft(Position& position, int depth) {
 }
 
 void perft_divide(Position& position, int depth) {
-    // A count this deep never ends, but on its way it must not run over the undo stack.
+    // Nothing is counted deeper than the undo stack has room.
     depth = std::min(depth, MAX_UNDO - position.undo_count);
     Move buffer[MAX_MOVES];
     const Move* const end = generate_pseudo_legal(position, buffer);

@@ -22,7 +22,8 @@ extern const PerftCase perft_cases[PERFT_CASE_COUNT];
 // Number of leaves at depth >= 0. The position is unchanged afterwards.
 std::uint64_t perft(Position& position, int depth);
 
-// Prints the count under each legal move and the total. Requires depth >= 1.
+// Prints the count under each legal move and the total. Requires depth >= 1; a depth beyond the
+// room on the undo stack counts as that.
 void perft_divide(Position& position, int depth);
 
 // Runs perft_cases and prints a line for each and the number passed.
