@@ -1,0 +1,284 @@
+// Single nodes of the recursive search, and what a table entry does to them.
+#include "board/make_move.h"
+#include "eval/evaluate.h"
+#include "input/poll_input.h"
+#include "movegen/legality.h"
+#include "search/history.h"
+#include "search/search.h"
+#include "search/time_budget.h"
+#include "search/transposition.h"
+#include "support/support.h"
+
+#include <cstring>
+#include <gtest/gtest.h>
+
+namespace brindlemoth {
+namespace {
+
+class Search : public testing::Test {
+protected:
+    void SetUp() override {
+        tt_resize(1);
+        tt_clear();
+        clear_history();
+        std::memset(static_cast<void*>(frames), 0, sizeof frames);
+        stop_flag = 0;
+        node_count = 0;
+        sel_depth = 0;
+        iteration_depth = 1; // neither clock nor input is looked at
+        root_excluded_count = 0;
+        search_limits = {};
+    }
+    void TearDown() override { SetUp(); }
+
+    SearchFrame* frame(int ply) { return frames + 2 + ply; }
+    int at(Position& position, int depth, int alpha, int beta, int ply) {
+        return search(position, frame(ply), depth, alpha, beta, beta - alpha > 1, ply);
+    }
+
+    SearchFrame frames[MAX_PLY + 4];
+};
+
+constexpr int FULL = SCORE_INFINITE;
+
+TEST_F(Search, ReductionTable) {
+    const struct {
+        int depth;
+        int moves;
+        int plies;
+    } ROWS[] = {{1, 1, 0},   {1, 255, 0}, {2, 2, 0},      {3, 4, 1}, {8, 8, 2}, {10, 20, 3},
+                {20, 40, 5}, {64, 64, 8}, {127, 255, 12}, {0, 9, 0}, {9, 0, 0}, {0, 255, 0}};
+    for (const auto& row : ROWS)
+        EXPECT_EQ(reductions[row.depth][row.moves], row.plies) << row.depth << ' ' << row.moves;
+}
+
+TEST_F(Search, NodesWithoutMovesAndDraws) {
+    const char* const mated = "7k/6Q1/6K1/8/8/8/8/8 b - - 0 1";
+    const char* const stalemated = "7k/5Q2/6K1/8/8/8/8/8 b - - 0 1";
+    const struct {
+        const char* fen;
+        int depth;
+        int ply;
+        int score;
+    } ROWS[] = {
+        {mated, 1, 0, -31000},
+        {mated, 3, 7, -30993},
+        {stalemated, 5, 3, DRAW_SCORE},
+        {"8/8/8/8/8/8/8/8 w - - 0 1", 3, 4, DRAW_SCORE},
+        {"8/8/8/8/8/8/8/k7 w - - 0 1", 3, 4, DRAW_SCORE},
+        // The clock comes before the mate.
+        {"7k/6Q1/6K1/8/8/8/8/8 b - - 100 1", 2, 1, DRAW_SCORE},
+        {"7k/6Q1/6K1/8/8/8/8/8 b - - 99 1", 2, 1, -30999},
+        {"7k/8/6K1/5Q2/8/8/8/8 w - - 2147483647 1", 2, 1, DRAW_SCORE},
+    };
+    for (const auto& row : ROWS) {
+        Position position = position_from(row.fen);
+        EXPECT_EQ(at(position, row.depth, -FULL, FULL, row.ply), row.score) << row.fen;
+        EXPECT_EQ(frame(row.ply)->pv_length, 0) << row.fen;
+        EXPECT_EQ(tt_probe(position.key), nullptr) << row.fen;
+    }
+}
+
+TEST_F(Search, RepetitionIsADrawOnEntry) {
+    constexpr Move KNIGHTS[] = {
+        make_move_code(G1, F3, FLAG_QUIET), make_move_code(G8, F6, FLAG_QUIET),
+        make_move_code(F3, G1, FLAG_QUIET), make_move_code(F6, G8, FLAG_QUIET)};
+    // By halfmove clock of the start: what lies behind the clock is not looked at.
+    for (const int clock : {0, 50, -4}) {
+        Position position =
+            position_from("rnbqkbnr/1ppppppp/8/p7/8/P7/1PPPPPPP/RNBQKBNR w KQkq - 0 1");
+        position.halfmove = clock;
+        for (int i = 0; i < 4; ++i) {
+            node_count = 0;
+            at(position, 1, -FULL, FULL, 0);
+            EXPECT_GT(node_count, 1U) << clock << ' ' << i;
+            make_move(position, KNIGHTS[i]);
+        }
+        node_count = 0;
+        const int score = at(position, 1, -FULL, FULL, 0);
+        if (clock >= 0) {
+            EXPECT_EQ(score, DRAW_SCORE);
+            EXPECT_EQ(frame(0)->pv_length, 0);
+            EXPECT_EQ(node_count, 1U);
+        } else {
+            EXPECT_GT(node_count, 1U);
+        }
+    }
+}
+
+TEST_F(Search, MateDistancePruning) {
+    Position position = position_from(starting_fen);
+    const int ROWS[][3] = {{30990, 30991, 30990}, {-31001, -31000, -30990}, {30980, 30990, 30980}};
+    const int plies[] = {10, 10, 20};
+    for (int i = 0; i < 3; ++i) {
+        node_count = 0;
+        EXPECT_EQ(at(position, 5, ROWS[i][0], ROWS[i][1], plies[i]), ROWS[i][2]) << i;
+        EXPECT_EQ(node_count, 1U) << i;
+    }
+}
+
+TEST_F(Search, TableEntriesThatEndANode) {
+    constexpr int DEPTH = 4;
+    const struct {
+        const char* what;
+        int depth;
+        std::uint8_t bound;
+        int score;
+        int alpha;
+        int beta;
+        bool ends;
+    } ROWS[] = {
+        {"exact", DEPTH, BOUND_EXACT, 77, 10, 11, true},
+        {"exact, deeper", DEPTH + 1, BOUND_EXACT, 77, 10, 11, true},
+        {"exact, too shallow", DEPTH - 1, BOUND_EXACT, 77, 10, 11, false},
+        {"exact at a PV node", DEPTH, BOUND_EXACT, 77, 10, 500, false},
+        {"lower bound at beta", DEPTH, BOUND_LOWER, 11, 10, 11, true},
+        {"lower bound at alpha", DEPTH, BOUND_LOWER, 10, 10, 11, false},
+        {"upper bound at alpha", DEPTH, BOUND_UPPER, 10, 10, 11, true},
+        {"upper bound at beta", DEPTH, BOUND_UPPER, 11, 10, 11, false},
+    };
+    Position position = position_from(sample_fens().front());
+    for (const auto& row : ROWS) {
+        SetUp();
+        tt_store(position.key, row.score, row.bound, row.depth, MOVE_NONE, 6);
+        const int score = at(position, DEPTH, row.alpha, row.beta, 6);
+        EXPECT_EQ(node_count == 1, row.ends) << row.what;
+        if (row.ends) {
+            EXPECT_EQ(score, row.score) << row.what;
+        }
+    }
+    // A stored mate is corrected for the ply it is read at.
+    SetUp();
+    tt_store(position.key, 30993, BOUND_EXACT, DEPTH, MOVE_NONE, 6);
+    EXPECT_EQ(at(position, DEPTH, 10, 11, 2), 30997);
+}
+
+// A singular probe neither cuts off on the entry of the whole node nor replaces it.
+TEST_F(Search, AProbeWithoutAMoveLeavesTheEntryAlone) {
+    Position position = position_from(starting_fen);
+    constexpr Move EXCLUDED = make_move_code(E2, E4, FLAG_DOUBLE_PUSH);
+    const int value = evaluate(position);
+    tt_store(position.key, value + 77, BOUND_EXACT, 9, EXCLUDED, 0);
+    frame(0)->excluded_move = EXCLUDED;
+    at(position, 4, value, value + 1, 0);
+    ASSERT_GT(frame(0)->pv_length, 0);
+    EXPECT_NE(frame(0)->pv[0], EXCLUDED);
+    const TTEntry* const entry = tt_probe(position.key);
+    ASSERT_NE(entry, nullptr);
+    EXPECT_EQ(entry->score, value + 77);
+    EXPECT_EQ(entry->depth, 9);
+    EXPECT_EQ(entry->move, EXCLUDED);
+}
+
+// Moves that were left out are no mate and no stalemate: the node falls back on alpha.
+TEST_F(Search, NothingSearchedButSomethingPassedOver) {
+    const struct {
+        const char* fen;
+        int score;
+    } ROWS[] = {
+        {"7k/8/8/8/8/7r/8/6BK w - - 0 1", -123}, // in check
+        {"k7/8/8/8/8/8/1r6/7K w - - 0 1", -123},
+        {"7k/8/8/8/8/8/5q2/7K w - - 0 1", DRAW_SCORE}, // no legal move to leave out
+    };
+    for (const auto& row : ROWS) {
+        Position position = position_from(row.fen);
+        MoveList legal;
+        generate_legal(position, legal);
+        root_excluded_count = legal.count;
+        std::copy_n(legal.moves, legal.count, root_excluded);
+        EXPECT_EQ(at(position, 2, -123, 500, 0), row.score) << row.fen;
+        EXPECT_EQ(tt_probe(position.key), nullptr) << row.fen;
+    }
+    // Only moves that pruning passed over: each quiet move is futile.
+    Position position = position_from("k7/8/8/8/8/8/8/6RK w - - 0 1");
+    root_excluded_count = 0;
+    const int value = evaluate(position);
+    EXPECT_EQ(at(position, 3, value + 525, value + 526, 0), value + 525);
+    EXPECT_EQ(tt_probe(position.key), nullptr);
+}
+
+TEST_F(Search, QuiescenceOfACalmPosition) {
+    Position position = position_from("4k3/p7/8/8/8/8/P7/4K3 w - - 99 1");
+    const int value = evaluate(position);
+    // An earlier, deeper result gives way, move and all.
+    tt_store(position.key, value - 90, BOUND_LOWER, 20, make_move_code(A2, A3, FLAG_QUIET), 0);
+    EXPECT_EQ(quiescence(position, frame(5), -FULL, FULL, 5), value);
+    const TTEntry* const entry = tt_probe(position.key);
+    ASSERT_NE(entry, nullptr);
+    EXPECT_EQ(entry->score, value);
+    EXPECT_EQ(entry->depth, 0);
+    EXPECT_EQ(entry->bound, BOUND_UPPER);
+    EXPECT_EQ(entry->move, MOVE_NONE);
+
+    // Any entry counts, but the stand-pat score comes first.
+    tt_store(position.key, value + 5, BOUND_EXACT, 0, MOVE_NONE, 0);
+    EXPECT_EQ(quiescence(position, frame(5), -FULL, FULL, 5), value + 5);
+    EXPECT_EQ(quiescence(position, frame(5), value - 1, value, 5), value);
+    EXPECT_EQ(sel_depth, 5);
+}
+
+TEST_F(Search, QuiescenceBetweenStandPatAndAlpha) {
+    // A capture that improves the node but not alpha: a best move and an exact bound, no line.
+    Position position = position_from("4k3/8/8/3p4/8/8/8/3RK3 w - - 0 1");
+    const int value = evaluate(position);
+    const int gain = quiescence(position, frame(0), -FULL, FULL, 0);
+    ASSERT_GT(gain, value);
+    ASSERT_EQ(frame(0)->pv_length, 1);
+    const Move capture = frame(0)->pv[0];
+    SetUp();
+    EXPECT_EQ(quiescence(position, frame(0), gain + 10, gain + 11, 0), gain);
+    EXPECT_EQ(frame(0)->pv_length, 0);
+    ASSERT_NE(tt_probe(position.key), nullptr);
+    EXPECT_EQ(tt_probe(position.key)->bound, BOUND_EXACT);
+    EXPECT_EQ(tt_probe(position.key)->move, capture);
+    // Beyond the margin of 200 and the exchange value of 100 it is not tried: strictly beyond.
+    SetUp();
+    EXPECT_EQ(quiescence(position, frame(0), value + 300, value + 301, 0), gain);
+    SetUp();
+    EXPECT_EQ(quiescence(position, frame(0), value + 301, value + 302, 0), value);
+}
+
+TEST_F(Search, TheLastPlyIsEvaluated) {
+    Position position = position_from("4k3/8/8/3p4/8/8/8/3RK3 w - - 100 1");
+    const int value = evaluate(position);
+    for (const int depth : {0, 1, 20}) {
+        EXPECT_EQ(at(position, depth, -FULL, FULL, MAX_PLY), value) << depth;
+        EXPECT_EQ(node_count, 1U);
+        node_count = 0;
+    }
+    // One ply earlier the capture is looked at, and the node after it is counted.
+    const int gain = quiescence(position, frame(MAX_PLY - 1), -FULL, FULL, MAX_PLY - 1);
+    EXPECT_GT(gain, value);
+    EXPECT_EQ(node_count, 2U);
+    EXPECT_EQ(sel_depth, MAX_PLY);
+}
+
+TEST_F(Search, AStoppedNodeReturnsAtOnceAndStoresNothing) {
+    Position position = position_from(starting_fen);
+    stop_flag = 1;
+    at(position, 5, -FULL, FULL, 0);
+    quiescence(position, frame(0), -FULL, FULL, 0);
+    EXPECT_EQ(node_count, 0U);
+    EXPECT_EQ(tt_probe(position.key), nullptr);
+}
+
+// Wherever the node limit ends it, the search takes all of its moves back.
+TEST_F(Search, AnInterruptedSearchRestoresThePosition) {
+    iteration_depth = 2;
+    search_time.start_time = 0;
+    search_time.hard_limit = NO_TIME_LIMIT;
+    for_random_positions(60, 61, [&](Position& position) {
+        const Position before = position;
+        stop_flag = 0;
+        node_count = 0;
+        search_limits.nodes = 1;
+        at(position, 8, -FULL, FULL, 0);
+        ASSERT_EQ(std::memcmp(&position, &before, offsetof(Position, undo)), 0);
+        ASSERT_EQ(std::memcmp(position.undo, before.undo,
+                              static_cast<std::size_t>(before.undo_count) * sizeof(UndoRecord)),
+                  0);
+    });
+}
+
+} // namespace
+} // namespace brindlemoth

@@ -1,0 +1,123 @@
+#include "movegen/legality.h"
+#include "shell/position_command.h"
+#include "support/support.h"
+
+#include <gtest/gtest.h>
+#include <random>
+
+namespace brindlemoth {
+namespace {
+
+#define KINGS_AND_PAWN "8/4P2k/8/8/8/8/8/K7 w - - 0 1"
+
+// The key tells the position, undo_count how it was reached.
+TEST(PositionCommand, StartsAndMoves) {
+    const struct {
+        const char* line;
+        const char* fen; // of the same position
+        int moves;
+    } ROWS[] = {
+        {"position startpos", starting_fen, 0},
+        {"position    startpos", starting_fen, 0},
+        {"positionstartpos", starting_fen, 0},
+        {"position startpos moves", starting_fen, 0},
+        {"position startpos moves   ", starting_fen, 0},
+        {"position startpos e2e4", starting_fen, 0},
+        {"position startpos moves e2e4 e7e5",
+         "rnbqkbnr/pppp1ppp/8/4p3/4P3/8/PPPP1PPP/RNBQKBNR w KQkq e6 0 2", 2},
+        {"position startpos   moves    e2e4     e7e5  ",
+         "rnbqkbnr/pppp1ppp/8/4p3/4P3/8/PPPP1PPP/RNBQKBNR w KQkq e6 0 2", 2},
+        {"position startposmovese2e4", "rnbqkbnr/pppppppp/8/8/4P3/8/PPPP1PPP/RNBQKBNR b KQkq e3",
+         1},
+        {"position startpos removes e2e4",
+         "rnbqkbnr/pppppppp/8/8/4P3/8/PPPP1PPP/RNBQKBNR b KQkq e3", 1},
+        // Tokens that match nothing are dropped one at a time.
+        {"position startpos moves e2e5 e2e4",
+         "rnbqkbnr/pppppppp/8/8/4P3/8/PPPP1PPP/RNBQKBNR b KQkq e3", 1},
+        {"position startpos moves e2e4x e2e4q E2E4 e2 0000 a1a1 g1f3",
+         "rnbqkbnr/pppppppp/8/8/8/5N2/PPPPPPPP/RNBQKB1R b KQkq - 1 1", 1},
+        {"position startpos moves e2e4\te7e5 g1f3",
+         "rnbqkbnr/pppppppp/8/8/8/5N2/PPPPPPPP/RNBQKB1R b KQkq - 1 1", 1},
+        {"position startpos moves e2e", starting_fen, 0},
+        // A FEN, with moves behind its six fields only.
+        {"position fen " KINGS_AND_PAWN, KINGS_AND_PAWN, 0},
+        {"position fen    " KINGS_AND_PAWN " moves a1a2", "8/4P2k/8/8/8/8/K7/8 b - - 1 1", 1},
+        {"position fen " KINGS_AND_PAWN "    moves    a1a2", "8/4P2k/8/8/8/8/K7/8 b - - 1 1", 1},
+        {"position fen 8/4P2k/8/8/8/8/8/K7 w - - moves a1a2", KINGS_AND_PAWN, 0},
+        // The words are then read as the fields that are missing.
+        {"position fen 8/4P2k/8/8/8/8/8/K7 w moves a1a2", "8/4P2k/8/8/8/8/8/K7 w - a1", 0},
+        {"position fen 8/4P2k/8/8/8/8/8/K7", KINGS_AND_PAWN, 0},
+        {"position fen", "", 0},
+        {"position fen ", "", 0},
+        // A promotion needs its small letter; what follows the five characters does not matter.
+        {"position fen " KINGS_AND_PAWN " moves e7e8q", "4Q3/7k/8/8/8/8/8/K7 b - - 0 1", 1},
+        {"position fen " KINGS_AND_PAWN " moves e7e8n", "4N3/7k/8/8/8/8/8/K7 b - - 0 1", 1},
+        {"position fen " KINGS_AND_PAWN " moves e7e8rook", "4R3/7k/8/8/8/8/8/K7 b - - 0 1", 1},
+        {"position fen " KINGS_AND_PAWN " moves e7e8 e7e8Q e7e8k e7e8 q e7e8p", KINGS_AND_PAWN, 0},
+        // Castling is the king's move.
+        {"position fen 4k3/8/8/8/8/8/8/R3K2R w KQ - 0 1 moves e1h1 e1g1",
+         "4k3/8/8/8/8/8/8/R4RK1 b - - 1 1", 1},
+    };
+    for (const auto& row : ROWS) {
+        Position position = position_from("8/8/8/3k4/8/3K4/8/8 b - - 0 1");
+        cmd_position(row.line, position);
+        EXPECT_EQ(position.key, position_from(row.fen).key) << row.line;
+        EXPECT_EQ(position.undo_count, row.moves) << row.line;
+    }
+}
+
+TEST(PositionCommand, AnythingElseChangesNothing) {
+    Position position = position_from(starting_fen);
+    cmd_position("position startpos moves e2e4", position);
+    const Key key = position.key;
+    for (const char* const line :
+         {"position", "position ", "position startpo", "position Startpos", "position FEN 8/8 w",
+          "position moves e7e5", "position\tstartpos", "position xfen 8/8/8/8/8/8/8/8"}) {
+        cmd_position(line, position);
+        EXPECT_EQ(position.key, key) << line;
+        EXPECT_EQ(position.undo_count, 1) << line;
+    }
+}
+
+// The longest lines that can arrive, of moves that can all be played.
+TEST(PositionCommand, TheLongestGameLeavesRoomForTheSearch) {
+    std::string line = "position startpos moves";
+    constexpr const char* SHUFFLE[] = {" g1f3", " g8f6", " f3g1", " f6g8"};
+    for (int i = 0; line.size() + 5 < 4096; ++i)
+        line += SHUFFLE[i % 4];
+    Position position = position_from(starting_fen);
+    cmd_position(line.c_str(), position);
+    EXPECT_EQ(position.undo_count, static_cast<int>(line.size() - 23) / 5);
+    EXPECT_LE(position.undo_count + 128 + 1, MAX_UNDO);
+
+    // Beyond any line's length the surplus is dropped.
+    for (int i = 0; i < 2000; ++i)
+        line += " g1f3 g8f6 f3g1 f6g8";
+    cmd_position(line.c_str(), position);
+    EXPECT_LE(position.undo_count + 128 + 1, MAX_UNDO);
+    EXPECT_TRUE(views_agree(position));
+}
+
+// Whatever a line holds, the record stays whole.
+TEST(PositionCommand, RandomLines) {
+    std::mt19937_64 random(81);
+    const std::string letters = "/12345678pnbrqkPNBRQK  wb-KQkqa3e6 moves";
+    Position position = position_from(starting_fen);
+    for (int i = 0; i < 20000; ++i) {
+        std::string line = "position fen ";
+        if (i % 2 == 0)
+            line += sample_fens()[random() % sample_fens().size()] + " moves";
+        for (std::size_t length = random() % 60; length > 0; --length)
+            line += letters[random() % letters.size()];
+        if (i % 2 == 0)
+            line[13 + random() % 40] = letters[random() % letters.size()];
+        cmd_position(line.c_str(), position);
+        ASSERT_TRUE(views_agree(position)) << line;
+        MoveList legal;
+        generate_legal(position, legal);
+        ASSERT_TRUE(views_agree(position)) << line;
+    }
+}
+
+} // namespace
+} // namespace brindlemoth
