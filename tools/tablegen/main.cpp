@@ -33,7 +33,9 @@ int main(int argc, char** argv) {
     using namespace brindlemoth::tablegen;
     std::setvbuf(stdout, nullptr, _IOLBF, BUFSIZ);
     try {
-        return run(read_command_line({argv + 1, argv + argc}));
+        const int status = run(read_command_line({argv + 1, argv + argc}));
+        const bool told = std::fflush(stdout) == 0 && std::ferror(stdout) == 0;
+        return told ? status : complain("cannot write to standard output");
     } catch (const std::bad_alloc&) {
         return complain("not enough memory for this endgame");
     }

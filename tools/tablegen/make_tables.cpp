@@ -5,8 +5,10 @@
 #include "writer/table_maker.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <chrono>
 #include <cstdio>
+#include <cstring>
 #include <filesystem>
 #include <system_error>
 
@@ -75,11 +77,26 @@ static std::string write_file(const std::string& directory, const TableFile& fil
                             bytes);
 }
 
+// Whether files can be made in the directory: better known before hours of work than after.
+static std::string try_directory(const std::string& directory) {
+    const std::string path = (std::filesystem::path(directory) / "tablegen.tmp").string();
+    std::FILE* file = std::fopen(path.c_str(), "wb");
+    if (file == nullptr) {
+        return "cannot write to " + directory + ": " + std::strerror(errno);
+    }
+    std::fclose(file);
+    std::remove(path.c_str());
+    return "";
+}
+
 int make_tables(const CommandLine& line) {
     std::error_code error;
     std::filesystem::create_directories(line.directory, error);
     if (error) {
         return complain("cannot make directory " + line.directory + ": " + error.message());
+    }
+    if (const std::string failure = try_directory(line.directory); !failure.empty()) {
+        return complain(failure);
     }
     const std::vector<Job> jobs = plan(line);
     double total = 0;

@@ -1,0 +1,105 @@
+// What takes minutes: all tables of four men, and big made-up files of five men and more.
+#include "solver/solver.h"
+#include "tablebase/syzygy.h"
+#include "tablebase/table_support.h"
+#include "tablegen/engine_comparison.h"
+#include "tablegen/made_up_file.h"
+
+#include <filesystem>
+#include <gtest/gtest.h>
+#include <iostream>
+#include <memory>
+
+namespace brindlemoth {
+
+TEST(TablegenLong, FindsKnownCounts) {
+    struct {
+        const char* name;
+        tablegen::TableCounts counts;
+    } const rows[] = {
+        {"KBNvK", {24536088, 0, 22010352, 464}},
+        {"KQvKR", {19733336, 0, 19033672, 13420}},
+        {"KPvKP", {14956908, 84732, 9968124, 8}},
+        {"KPPvK", {7438086, 0, 7077088, 24}},
+    };
+    tablegen::TableSet tables;
+    for (const auto& row : rows) {
+        const tablegen::Table& table =
+            solve_closure(*tablegen::parse_signature(row.name), tables, 2);
+        EXPECT_EQ(count_positions(table, 2), row.counts) << row.name;
+    }
+}
+
+TEST(TablegenLong, EveryFourMenPositionAgreesWithTheGenuineTables) {
+    SKIP_WITHOUT_TABLES();
+    syzygy_init(syzygy_directory().c_str());
+    tablegen::TableSet tables;
+    std::uint64_t positions = 0;
+    for (const tablegen::Signature& signature : tablegen::all_signatures(4)) {
+        const Comparison compared = compare_with_engine(solve_closure(signature, tables, 2));
+        positions += compared.positions;
+        EXPECT_EQ(compared.wrong_wdl + compared.wrong_dtz, 0U)
+            << name_of(signature) << " of " << compared.positions << ": " << compared.first_wrong;
+    }
+    std::cout << positions << " positions compared\n";
+    syzygy_init("");
+}
+
+TEST(TablegenLong, TheFourMenSetServesTheEngineAsTheGenuineOneDoes) {
+    SKIP_WITHOUT_TABLES();
+    const TemporaryDirectory directory;
+    std::vector<tablegen::Signature> signatures = tablegen::all_signatures(3);
+    for (const tablegen::Signature& signature : tablegen::all_signatures(4))
+        signatures.push_back(signature);
+    tablegen::TableSet tables;
+    std::uintmax_t bytes = 0;
+    std::uintmax_t genuine_bytes = 0;
+    for (const tablegen::Signature& signature : signatures) {
+        tablegen::Table& table = solve_closure(signature, tables, 2);
+        write_table(table, directory.path, 2);
+        for (const char* extension : {tablegen::WDL_EXTENSION, tablegen::DTZ_EXTENSION}) {
+            const std::string name = "/" + name_of(signature) + extension;
+            bytes += std::filesystem::file_size(directory.path + name);
+            genuine_bytes += std::filesystem::file_size(syzygy_directory() + name);
+        }
+    }
+    EXPECT_LE(bytes, genuine_bytes + genuine_bytes / 2);
+    EXPECT_EQ(count_different_root_moves(signatures, 5000, directory.path, syzygy_directory()), 0);
+    syzygy_init(directory.path.c_str());
+    for (const char* name : {"KPvKP", "KRvKN"}) {
+        const Comparison compared = compare_with_engine(*tables.at(name));
+        EXPECT_EQ(compared.wrong_wdl + compared.wrong_dtz, 0U)
+            << name << " of " << compared.positions << ": " << compared.first_wrong;
+    }
+    syzygy_init("");
+}
+
+TEST(TablegenLong, MadeUpFilesOfFiveMenAndMore) {
+    using tablegen::FileKind;
+    const MadeUpStream constant{Values::CONSTANT, 0, {}};
+    const MadeUpStream runs{Values::SHORT_RUNS, 0, {}};
+    const MadeUpStream wide{Values::SHORT_RUNS,
+                            tablegen::DTZ_MAPPED | tablegen::DTZ_WIDE_MAPS |
+                                tablegen::DTZ_BLACK_TO_MOVE,
+                            {}};
+    const MadeUpFile files[] = {
+        {"KRRRvK", FileKind::WDL, true, {runs}, 1},
+        {"KRRvKB", FileKind::DTZ, false, {wide}, 1},
+        {"KPPvKN", FileKind::WDL, true, {constant, constant, constant, runs}, 1},
+        {"KPPvKP", FileKind::WDL, true, {constant, constant, constant, runs}, 1},
+        {"KPPvKP",
+         FileKind::DTZ,
+         false,
+         {{Values::CONSTANT, tablegen::DTZ_BLACK_TO_MOVE, {}}, wide},
+         5},
+        {"KPPPPvK", FileKind::WDL, true, {constant, constant, constant, runs}, 1},
+        {"KPPPPPvK", FileKind::WDL, true, {constant, constant, constant, runs}, 1},
+    };
+    for (const MadeUpFile& file : files) {
+        const ReadBack result = write_and_read(file);
+        EXPECT_EQ(result.engine_wrong + result.judge_wrong, 0U)
+            << file.signature << " of " << result.values << ": " << result.first_wrong;
+    }
+}
+
+} // namespace brindlemoth

@@ -1,0 +1,123 @@
+// The program as users run it.
+#include "tablebase/table_support.h"
+
+#include <cstdio>
+#include <filesystem>
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+
+namespace brindlemoth {
+
+struct Result {
+    int status;
+    std::string output; // standard output and error
+};
+
+static Result run_tablegen(const std::string& arguments, const std::string& before = "") {
+    const std::string command =
+        before + "\"" + std::string(TABLEGEN_PROGRAM) + "\" " + arguments + " 2>&1";
+    Result run{-1, ""};
+    std::FILE* pipe = popen(command.c_str(), "r");
+    if (pipe == nullptr)
+        return run;
+    for (int letter = std::fgetc(pipe); letter != EOF; letter = std::fgetc(pipe))
+        run.output += static_cast<char>(letter);
+    const int status = pclose(pipe);
+    run.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    return run;
+}
+
+static std::vector<std::string> files_in(const std::string& path) {
+    std::vector<std::string> names;
+    for (const auto& entry : std::filesystem::directory_iterator(path))
+        names.push_back(entry.path().filename().string());
+    return names;
+}
+
+static const char* const kp_files[] = {"KBvK", "KNvK", "KPvK", "KQvK", "KRvK"};
+
+TEST(TablegenProgram, MakesATableWithAllThatItConvertsInto) {
+    const TemporaryDirectory directory;
+    const std::string out = directory.path + "/new/tables";
+    const Result made = run_tablegen("KvPK --out " + out);
+    EXPECT_EQ(made.status, 0) << made.output;
+    EXPECT_EQ(files_in(out).size(), 10U);
+    EXPECT_EQ(made.output.find('\r'), std::string::npos); // no terminal, no changing line
+    const Result verified = run_tablegen("--verify " + out);
+    EXPECT_EQ(verified.status, 0) << verified.output;
+    EXPECT_NE(verified.output.find("10 files"), std::string::npos) << verified.output;
+
+    // A second run has nothing to do, whatever the files' age.
+    std::vector<std::filesystem::file_time_type> times;
+    for (const char* name : kp_files)
+        times.push_back(std::filesystem::last_write_time(out + "/" + name + ".rtbw"));
+    EXPECT_EQ(run_tablegen("--men 3 --out " + out).status, 0);
+    for (std::size_t i = 0; i < times.size(); ++i)
+        EXPECT_EQ(std::filesystem::last_write_time(out + "/" + kp_files[i] + ".rtbw"), times[i]);
+
+    // What is gone or damaged is made again, byte for byte; the rest stays.
+    const std::string broken = out + "/KPvK.rtbz";
+    const std::string whole = read_file(broken);
+    std::string damaged = whole;
+    damaged[damaged.size() / 2] = static_cast<char>(damaged[damaged.size() / 2] ^ 1);
+    write_file(broken, damaged);
+    EXPECT_EQ(run_tablegen("--verify " + out).status, 1);
+    std::filesystem::remove(out + "/KQvK.rtbw");
+    EXPECT_EQ(run_tablegen("--men 3 --out " + out).status, 0);
+    EXPECT_EQ(read_file(broken), whole);
+    EXPECT_TRUE(std::filesystem::exists(out + "/KQvK.rtbw"));
+    EXPECT_EQ(std::filesystem::last_write_time(out + "/KRvK.rtbw"), times[4]);
+    EXPECT_EQ(files_in(out).size(), 10U);
+}
+
+TEST(TablegenProgram, SaysWhatIsWrongInOneLine) {
+    const TemporaryDirectory directory;
+    const std::string file = directory.file("file");
+    write_file(file, "");
+    struct {
+        std::string arguments;
+        const char* expected;
+    } const rows[] = {
+        {"", "nothing to make"},
+        {"KQvK", "no --out"},
+        {"--out", "no value after --out"},
+        {"--out " + directory.path, "nothing to make"},
+        {"KQvX --out " + directory.path, "no signature"},
+        {"KvK --out " + directory.path, "no signature"},
+        {"KKvK --out " + directory.path, "no signature"},
+        {"KQQvKRR --out " + directory.path, "more than 5 men"},
+        {"--men 5 --out " + directory.path, "--men takes"},
+        {"--men x --out " + directory.path, "--men takes"},
+        {"--threads 0 --men 3 --out " + directory.path, "--threads takes"},
+        {"--frobnicate", "unknown option"},
+        {"--men 3 --verify " + directory.path, "nothing else"},
+        {"--verify " + directory.path, "no tables"},
+        {"--verify " + directory.path + "/none", "no directory"},
+        {"KQvK --out " + file, "cannot"},
+        {"KQvK --out " + file + "/below", "cannot"},
+        {"KQvK --out /proc", "cannot"},
+    };
+    for (const auto& row : rows) {
+        const Result run = run_tablegen(row.arguments);
+        EXPECT_EQ(run.status, 1) << row.arguments;
+        EXPECT_NE(run.output.find(row.expected), std::string::npos)
+            << row.arguments << ": " << run.output;
+        EXPECT_EQ(run.output.find('\n'), run.output.size() - 1) << run.output;
+    }
+    const Result help = run_tablegen("--help");
+    EXPECT_EQ(help.status, 0);
+    EXPECT_NE(help.output.find("--verify DIR"), std::string::npos);
+}
+
+// A limit on the size of files stands in for a full disk: writes fail in the same place.
+TEST(TablegenProgram, AFullDiskLeavesNoHalfTable) {
+    const TemporaryDirectory directory;
+    const Result run =
+        run_tablegen("KQvK --out " + directory.path, "trap '' XFSZ; ulimit -f 4; exec ");
+    EXPECT_EQ(run.status, 1);
+    EXPECT_NE(run.output.find("cannot write"), std::string::npos) << run.output;
+    for (const std::string& name : files_in(directory.path))
+        EXPECT_EQ(name, "KQvK.rtbw");
+}
+
+} // namespace brindlemoth

@@ -1,0 +1,79 @@
+#include "solver/solver.h"
+#include "tablebase/syzygy.h"
+#include "tablebase/table_support.h"
+#include "tablegen/engine_comparison.h"
+
+#include <gtest/gtest.h>
+
+namespace brindlemoth {
+
+struct CountRow {
+    const char* name;
+    tablegen::TableCounts counts;
+};
+
+// What an independent solver found.
+static const CountRow count_rows[] = {
+    {"KQvK", {368452, 0, 345404, 364}},
+    {"KRvK", {399112, 0, 376868, 216}},
+    {"KPvK", {331352, 0, 222564, 0}},
+    {"KNNvK", {12579944, 0, 736, 120}},
+};
+
+TEST(TablegenSolver, FindsKnownCounts) {
+    tablegen::TableSet tables;
+    for (const CountRow& row : count_rows) {
+        const tablegen::Table& table =
+            solve_closure(*tablegen::parse_signature(row.name), tables, 2);
+        EXPECT_EQ(count_positions(table, 2), row.counts) << row.name;
+    }
+}
+
+TEST(TablegenSolver, SolvesTheSameOnAnyNumberOfThreads) {
+    const tablegen::Signature signature = *tablegen::parse_signature("KQvKR");
+    tablegen::TableSet one;
+    tablegen::TableSet three;
+    EXPECT_TRUE(solve_closure(signature, one, 1).distance ==
+                solve_closure(signature, three, 3).distance);
+}
+
+TEST(TablegenSolver, AgreesWithTheGenuineTables) {
+    SKIP_WITHOUT_TABLES();
+    syzygy_init(syzygy_directory().c_str());
+    tablegen::TableSet tables;
+    for (const char* name : {"KQvK", "KRvK", "KBvK", "KNvK", "KPvK", "KPPvK"}) {
+        const Comparison compared =
+            compare_with_engine(solve_closure(*tablegen::parse_signature(name), tables, 2));
+        EXPECT_EQ(compared.wrong_wdl + compared.wrong_dtz, 0U)
+            << name << " of " << compared.positions << ":" << compared.first_wrong;
+    }
+}
+
+TEST(TablegenSignature, KnowsWhatThereIs) {
+    EXPECT_EQ(tablegen::all_signatures(3).size(), 5U);
+    EXPECT_EQ(tablegen::all_signatures(4).size(), 30U);
+    EXPECT_EQ(tablegen::all_signatures(5).size(), 110U);
+    EXPECT_EQ(tablegen::all_signatures(6).size(), 365U);
+    // Its pawn gone or promoted, White's rook gone or Black's, or both at once; and so on down.
+    EXPECT_EQ(tablegen::conversions(*tablegen::parse_signature("KRPvKR")).size(), 11U);
+    struct {
+        const char* text;
+        const char* name; // null: no signature
+    } const rows[] = {
+        {"KRPvKR", "KRPvKR"},   {"KRvKPR", "KRPvKR"},
+        {"KPRvKR", "KRPvKR"},   {"KvKQ", "KQvK"},
+        {"KNvKQ", "KQvKN"},     {"KvK", nullptr},
+        {"", nullptr},          {"KQ", nullptr},
+        {"KQvK v", nullptr},    {"KQvKvK", nullptr},
+        {"KKvK", nullptr},      {"KXvK", nullptr},
+        {"QvK", nullptr},       {"kqvk", nullptr},
+        {"KQQQQQQvK", nullptr}, {"KQQQQQQQQQvK", nullptr},
+    };
+    for (const auto& row : rows) {
+        const auto signature = tablegen::parse_signature(row.text);
+        EXPECT_EQ(signature ? name_of(*signature) : "none", row.name != nullptr ? row.name : "none")
+            << row.text;
+    }
+}
+
+} // namespace brindlemoth
