@@ -8,18 +8,6 @@ namespace brindlemoth {
 
 namespace {
 
-struct RookMove {
-    int from;
-    int to;
-};
-
-// By colour, then short and long castling.
-constexpr RookMove CASTLING_ROOK_MOVES[2][2] = {{{H1, F1}, {A1, D1}}, {{H8, F8}, {A8, D8}}};
-
-RookMove castling_rook_move(int colour, int flag) {
-    return CASTLING_ROOK_MOVES[colour][flag - FLAG_SHORT_CASTLING];
-}
-
 // What debug builds check around every change (one at a time: the memory is a single one): the
 // distance of the running sums from their values from scratch never changes. It is not always zero:
 // psq keeps an old sum when the style of the evaluation changes, and key lacks the castling term

@@ -24,14 +24,38 @@ Bitboard attacks_from(int type, int square, int colour, Bitboard occupancy) {
     }
 }
 
-bool move_is_legal(Position& position, Move move) {
-    make_move(position, move);
-    const int us = position.side ^ 1;
-    const Bitboard king = position.pieces[us][KING];
-    const bool legal = king != 0 && !square_attacked(lowest_square(king), position.side,
-                                                     position.all_pieces, position);
-    unmake_move(position, move);
-    return legal;
+bool move_is_legal(const Position& position, Move move) {
+    const int us = position.side;
+    const Bitboard from = square_bit(move_from(move));
+    const Bitboard to = square_bit(move_to(move));
+    const int flag = move_flag(move);
+
+    // Play the move as far as an attack on the king can tell: who stands where of the mover's side
+    // does not matter, only which squares are occupied, what is taken, and where the king is.
+    Bitboard king = position.pieces[us][KING];
+    Bitboard occupancy = (position.all_pieces ^ from) | to;
+    Bitboard taken = to;
+    if (king & from)
+        king ^= from | to;
+    if (flag == FLAG_EN_PASSANT) {
+        taken = us == WHITE ? to >> 8 : to << 8;
+        occupancy ^= taken;
+    } else if (flag == FLAG_SHORT_CASTLING || flag == FLAG_LONG_CASTLING) {
+        const RookMove rook = castling_rook_move(us, flag);
+        occupancy ^= square_bit(rook.from) | square_bit(rook.to);
+    }
+    if (king == 0)
+        return false;
+
+    const int square = lowest_square(king);
+    const Bitboard* const by = position.pieces[us ^ 1];
+    const Bitboard leapers = (pawn_attacks[us][square] & by[PAWN]) |
+                             (knight_attacks[square] & by[KNIGHT]) |
+                             (king_attacks[square] & by[KING]);
+    const Bitboard diagonal = (by[BISHOP] | by[QUEEN]) & ~taken;
+    const Bitboard straight = (by[ROOK] | by[QUEEN]) & ~taken;
+    return (leapers & ~taken) == 0 && (bishop_attacks(square, occupancy) & diagonal) == 0 &&
+           (rook_attacks(square, occupancy) & straight) == 0;
 }
 
 void generate_legal(Position& position, MoveList& list) {

@@ -1,5 +1,5 @@
-// Attack tests and legality by play-and-test: a move is legal exactly when the mover's king is
-// not attacked after it. A side without a king has no legal moves and is never in check; of
+// Attack tests and legality by trial: a move is legal exactly when the mover's king is not attacked
+// after it. A side without a king has no legal moves and is never in check; of
 // several kings the one on the lowest square counts.
 #pragma once
 
@@ -31,9 +31,9 @@ inline bool in_check(const Position& position) {
            square_attacked(lowest_square(king), position.side ^ 1, position.all_pieces, position);
 }
 
-// True when the pseudo-legal move does not leave the mover's king attacked. The position is
-// unchanged afterwards.
-bool move_is_legal(Position& position, Move move);
+// True when the pseudo-legal move does not leave the mover's king attacked. Every move is tried,
+// on a copy of the occupied squares; the position is only read.
+bool move_is_legal(const Position& position, Move move);
 
 // All legal moves of the side to move, in the order of generate_pseudo_legal. The position is
 // unchanged afterwards.

@@ -120,6 +120,37 @@ TEST(Legality, LegalMovesNeverLeaveTheKingAttacked) {
     });
 }
 
+// The test on a copy of the occupied squares says what playing the move would show.
+TEST(Legality, EqualsPlayingTheMove) {
+    const auto compare = [](Position& position) {
+        Move moves[MAX_MOVES];
+        const Move* const end = generate_pseudo_legal(position, moves);
+        for (const Move* move = moves; move != end; ++move) {
+            const bool legal = move_is_legal(position, *move);
+            make_move(position, *move);
+            const Bitboard king = position.pieces[position.side ^ 1][KING];
+            const bool safe = king != 0 && !square_attacked(lowest_square(king), position.side,
+                                                            position.all_pieces, position);
+            unmake_move(position, *move);
+            ASSERT_EQ(legal, safe) << move_to_text(*move);
+        }
+    };
+    for_random_positions(10000, 41, compare);
+    for (const char* fen : {
+             "r3k2r/8/8/8/8/8/8/R3K2R w KQkq - 0 1",   // castling
+             "7k/8/8/K2pP2r/8/8/8/8 w - d6 0 1",       // en passant on the king's rank
+             "7k/8/8/2KPp2q/8/8/8/B7 w - e6 0 1",      //
+             "k6k/8/1q4K1/8/3K4/8/r5r1/K6K w - - 0 1", // several kings
+             "8/8/8/3q4/8/8/3R4/8 w - - 0 1",          // none
+             "3k4/3P4/8/8/8/8/3R4/3K4 w - - 0 1",      // the enemy king can be taken
+             "1r1r3k/2P5/8/8/8/2K5/8/2r5 w - - 0 1",   // promotions that open and close lines
+         }) {
+        SCOPED_TRACE(fen);
+        Position position = position_from(fen);
+        compare(position);
+    }
+}
+
 TEST(Legality, SpecialCases) {
     struct Row {
         const char* fen;
