@@ -61,6 +61,7 @@ const std::uint8_t* syzygy_decode(const CompressedStream& stream, std::uint64_t 
     // eight bytes of every block are in the file.
     std::int32_t value = place.value;
     const std::uint8_t* next = stream.blocks + (place.block << stream.block_size_log2);
+    const std::uint8_t* const last_refill = stream.view_end - 4;
     std::uint64_t code = load_be64(next);
     next += 8;
     int bits_used = 0;
@@ -73,8 +74,6 @@ const std::uint8_t* syzygy_decode(const CompressedStream& stream, std::uint64_t 
         const std::uint64_t place_in_length = (code - stream.code_base[n]) >> (64 - length);
         symbol =
             load_le16(stream.code_offsets + 2 * n) + static_cast<std::uint32_t>(place_in_length);
-        if (symbol >= stream.symbol_count)
-            return nullptr;
         const std::int32_t values = stream.symbol_lengths[symbol] + 1;
         if (value < values)
             break;
@@ -82,13 +81,16 @@ const std::uint8_t* syzygy_decode(const CompressedStream& stream, std::uint64_t 
         code <<= length;
         bits_used += length;
         if (bits_used >= 32) {
-            if (stream.view_end - next < 4)
+            if (next > last_refill)
                 return nullptr;
             bits_used -= 32;
             code |= static_cast<std::uint64_t>(load_be32(next)) << bits_used;
             next += 4;
         }
     }
+    // The mapper has given a length to whatever a code can stand for, symbol or not.
+    if (symbol >= stream.symbol_count)
+        return nullptr;
 
     // Take the symbol apart down to the one value. All parts exist, and the lengths fall.
     while (stream.symbol_lengths[symbol] != 0) {

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cassert>
 #include <utility>
 
 namespace brindlemoth {
@@ -226,10 +227,10 @@ int syzygy_collect_squares(const ProbeBoard& board, const SideEncoding& encoding
         const int code = encoding.piece_order[place];
         const bool first_colour = code < 8;
         Bitboard men = board_men(board, first_colour != flip ? 1 : 0, code & 7);
-        if (men == 0)
-            return place;
-        while (men != 0 && place < places)
+        assert(men != 0 && place + popcount(men) <= places);
+        do
             squares[place++] = pop_lowest(men) ^ mask;
+        while (men != 0);
     }
     return place;
 }

@@ -23,10 +23,9 @@ extern std::uint64_t pawn_factor[6][4]; // placements by leading pawns less 1, f
 // Fills the three tables above. Called once, by the first syzygy_init().
 void syzygy_build_index_tables();
 
-// Writes the squares of the men, in the order of the encoding, from place `start` on, each XORed
-// with `mask`; `flip` exchanges the colours. `places` is where to stop at the latest: men of one
-// kind are not divided by it. Returns the place behind the last one written. Requires the board
-// to hold the men that the encoding names.
+// Writes the squares of the men, in the order of the encoding, into the places from `start` to
+// `places` - 1, each XORed with `mask`; `flip` exchanges the colours. Requires `places` to be the
+// end of a kind, and the board to hold the men that the encoding names. Returns `places`.
 int syzygy_collect_squares(const ProbeBoard& board, const SideEncoding& encoding, int start,
                            int places, bool flip, int mask, int squares[MAX_TABLE_MEN]);
 

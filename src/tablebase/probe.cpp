@@ -25,7 +25,8 @@ int fail(int& success) {
 }
 
 // Boards that no table can hold come from positions that no game reaches. Kings do not count in
-// the material key, and the index has no room for pawns outside ranks 2 to 7.
+// the material key, and the index has no room for pawns outside ranks 2 to 7. All other men are
+// those of the signature when the keys agree.
 bool fits_tables(const ProbeBoard& board) {
     const Bitboard white_king = board.kings & board.white;
     const Bitboard black_king = board.kings & board.black;
@@ -52,8 +53,6 @@ int find_place(TablePlace& place, const ProbeBoard& board, TableEntry& entry, Ta
         mask = flip ? 0x38 : 0;
         collected = syzygy_collect_squares(board, *place.encoding, 0, entry.lead_pawns, flip, mask,
                                            place.squares);
-        if (collected != entry.lead_pawns)
-            return PROBE_FAILED;
         place.file_position = syzygy_pick_lead_pawn(place.squares, entry.lead_pawns);
     }
     if (kind == KIND_DTZ && entry.symmetric == 0 &&
@@ -64,9 +63,8 @@ int find_place(TablePlace& place, const ProbeBoard& board, TableEntry& entry, Ta
         place.encoding += side * file_positions(entry);
     if (place.encoding->decoder == nullptr)
         return PROBE_FAILED;
-    collected = syzygy_collect_squares(board, *place.encoding, collected, entry.men, flip, mask,
-                                       place.squares);
-    return collected == entry.men ? PROBE_GOOD : PROBE_FAILED;
+    syzygy_collect_squares(board, *place.encoding, collected, entry.men, flip, mask, place.squares);
+    return PROBE_GOOD;
 }
 
 // What a stored DTZ number means for a position of value `wdl`.

@@ -129,23 +129,13 @@ void board_from_position(const Position& position, ProbeBoard& board) {
 }
 
 Bitboard board_men(const ProbeBoard& board, int white, int type) {
-    const Bitboard colour = white == 1 ? board.white : board.black;
-    switch (type) {
-    case PROBE_PAWN:
-        return board.pawns & colour;
-    case PROBE_KNIGHT:
-        return board.knights & colour;
-    case PROBE_BISHOP:
-        return board.bishops & colour;
-    case PROBE_ROOK:
-        return board.rooks & colour;
-    case PROBE_QUEEN:
-        return board.queens & colour;
-    case PROBE_KING:
-        return board.kings & colour;
-    default:
+    constexpr Bitboard ProbeBoard::*sets[] = {
+        &ProbeBoard::pawns, &ProbeBoard::knights, &ProbeBoard::bishops,
+        &ProbeBoard::rooks, &ProbeBoard::queens,  &ProbeBoard::kings,
+    };
+    if (type < PROBE_PAWN || type > PROBE_KING)
         return 0;
-    }
+    return board.*sets[type - PROBE_PAWN] & (white == 1 ? board.white : board.black);
 }
 
 Key material_key_of_counts(const int counts[16], bool mirror) {

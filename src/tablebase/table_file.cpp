@@ -29,6 +29,8 @@ constexpr int MAX_CODE_LENGTH = 32;
 constexpr int MAX_INDEX_BITS = 30; // the decoder counts values of a stretch in 32 bits
 constexpr int MAX_BLOCK_SIZE_LOG2 = 31;
 constexpr std::uint32_t MAX_SYMBOLS = 4096;
+// Codes that stand for no symbol are a waste that no table needs; a few are let pass.
+constexpr std::uint64_t MAX_SYMBOL_REACH = 2 * MAX_SYMBOLS;
 constexpr int MAX_SYMBOL_LENGTH = 255; // values of a symbol less 1 are one byte
 constexpr int NO_TURN = 15;
 
@@ -210,24 +212,30 @@ bool set_symbol_length(CompressedStream& stream, std::uint32_t symbol, int depth
     return length <= MAX_SYMBOL_LENGTH;
 }
 
-// The smallest code of each length, left-aligned in 64 bits. The longer a code, the smaller it is
-// and the lower its symbols are numbered.
-bool set_code_base(CompressedStream& stream, int lengths) {
-    std::uint64_t* const base = stream.code_base;
-    const auto first_symbol = [&stream](int i) { return load_le16(stream.code_offsets + 2 * i); };
+// Fills the smallest code of each length, left-aligned in 64 bits, and returns how many symbol
+// numbers the codes can stand for: as many as there are symbols if no code is wasted. Returns 0 if
+// the lengths contradict each other. The longer a code, the smaller it is and the lower its symbols
+// are numbered.
+std::uint64_t set_code_base(std::uint64_t* base, const std::uint8_t* code_offsets, int min_length,
+                            int lengths) {
+    const auto first_symbol = [code_offsets](int i) { return load_le16(code_offsets + 2 * i); };
     base[lengths - 1] = 0;
     for (int i = lengths - 2; i >= 0; --i) {
         if (first_symbol(i) < first_symbol(i + 1))
-            return false;
+            return 0;
         base[i] = (base[i + 1] + first_symbol(i) - first_symbol(i + 1)) / 2;
     }
+    const std::uint64_t shortest_codes = std::uint64_t{1} << min_length;
+    if (base[0] >= shortest_codes)
+        return 0;
+    const std::uint64_t reach = first_symbol(0) + shortest_codes - base[0];
     for (int i = 0; i < lengths; ++i)
-        base[i] <<= 64 - (stream.min_code_length + i);
-    return true;
+        base[i] <<= 64 - (min_length + i);
+    return reach;
 }
 
 // One heap block for the record and its two arrays; all bytes 0. Null if memory runs out.
-CompressedStream* allocate_stream(int lengths, std::uint32_t symbols) {
+CompressedStream* allocate_stream(int lengths, std::uint64_t symbols) {
     const std::size_t code_base_bytes = static_cast<std::size_t>(lengths) * sizeof(std::uint64_t);
     const std::size_t bytes = sizeof(CompressedStream) + code_base_bytes + symbols;
     auto* const block = static_cast<std::uint8_t*>(operator new(bytes, std::nothrow));
@@ -285,10 +293,17 @@ SetupResult read_stream_header(TableSetup& setup, StreamSetup& stream) {
     if (symbols > MAX_SYMBOLS || symbol_records == nullptr)
         return SetupResult::CORRUPTED;
 
-    CompressedStream* const decoder = allocate_stream(lengths, symbols);
+    std::uint64_t code_base[MAX_CODE_LENGTH];
+    const std::uint64_t reach = set_code_base(code_base, code_offsets, min_length, lengths);
+    if (reach == 0 || reach > MAX_SYMBOL_REACH)
+        return SetupResult::CORRUPTED;
+
+    CompressedStream* const decoder =
+        allocate_stream(lengths, std::max<std::uint64_t>(reach, symbols));
     if (decoder == nullptr)
         return SetupResult::OUT_OF_MEMORY;
     stream.encoding->decoder = decoder;
+    std::copy(code_base, code_base + lengths, decoder->code_base);
     decoder->code_offsets = code_offsets;
     decoder->symbol_records = symbol_records;
     decoder->block_size_log2 = static_cast<std::uint8_t>(block_size_log2);
@@ -304,7 +319,7 @@ SetupResult read_stream_header(TableSetup& setup, StreamSetup& stream) {
         if (!set_symbol_length(*decoder, symbol, 0))
             return SetupResult::CORRUPTED;
     }
-    return set_code_base(*decoder, lengths) ? SetupResult::DONE : SetupResult::CORRUPTED;
+    return SetupResult::DONE;
 }
 
 // --- What follows the headers ---
