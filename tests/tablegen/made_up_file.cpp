@@ -16,6 +16,9 @@ using tablegen::FileKind;
 
 constexpr int WDL_VALUES = 5;
 constexpr int DTZ_VALUES = 300;
+// The generator's own reader is slow and looks at fewer places; it has whole tables to read in
+// other tests.
+constexpr std::uint64_t JUDGED_EVERY = 11;
 
 static std::vector<std::uint16_t> make_values(Values kind, std::uint64_t count, int limit,
                                               std::mt19937_64& random) {
@@ -139,6 +142,23 @@ static int expected_value(const tablegen::FilePosition& position, bool dtz, int 
     return (position.flags & ply_flag[wdl + 2]) != 0 ? value : 2 * value;
 }
 
+// The slots of a layout filled with the men of a stream.
+static tablegen::Placement placement_of(const tablegen::Layout& layout,
+                                        const tablegen::Numbering& numbering,
+                                        const tablegen::FileSquares& squares) {
+    tablegen::Placement placement{};
+    std::size_t used = 0;
+    for (std::size_t slot = 0; slot < layout.men; ++slot) {
+        const auto code = static_cast<std::uint8_t>(layout.kind[slot] + 8 * layout.side[slot]);
+        std::size_t man = 0;
+        while ((used >> man & 1) != 0 || numbering.order.piece[man] != code)
+            ++man;
+        used |= std::size_t{1} << man;
+        placement[slot] = squares[man];
+    }
+    return placement;
+}
+
 ReadBack write_and_read(const MadeUpFile& made_up) {
     ReadBack result;
     std::mt19937_64 random(std::hash<std::string>{}(made_up.signature));
@@ -188,24 +208,15 @@ ReadBack write_and_read(const MadeUpFile& made_up) {
                                                 wdl, success, dtz ? KIND_DTZ : KIND_WDL);
             const bool engine_right = success == PROBE_GOOD && read == expected;
 
-            tablegen::Placement placement{};
-            std::size_t filled = 0;
-            for (std::size_t slot = 0; slot < layout.men; ++slot) {
-                for (std::size_t man = 0; man < numbering.men; ++man) {
-                    const std::uint8_t piece = stream.order.piece[man];
-                    if ((filled >> man & 1) == 0 && piece % 8 == layout.kind[slot] &&
-                        (piece >= 8) == (layout.side[slot] == tablegen::BLACK)) {
-                        placement[slot] = squares[man];
-                        filled |= std::size_t{1} << man;
-                        break;
-                    }
-                }
-            }
-            const auto found =
-                find_position(reader, layout, placement, black ? tablegen::BLACK : tablegen::WHITE);
-            const bool judge_right = found && found->index == index &&
-                                     value_at(reader, *found->stream, found->index) == raw;
             ++result.values;
+            bool judge_right = true;
+            if (index % JUDGED_EVERY == 0) {
+                const auto found =
+                    find_position(reader, layout, placement_of(layout, numbering, squares),
+                                  black ? tablegen::BLACK : tablegen::WHITE);
+                judge_right = found && found->index == index &&
+                              value_at(reader, *found->stream, found->index) == raw;
+            }
             result.engine_wrong += engine_right ? 0 : 1;
             result.judge_wrong += judge_right ? 0 : 1;
             if (!(engine_right && judge_right) && result.first_wrong.empty()) {

@@ -175,15 +175,15 @@ std::optional<StreamIndex> find_position(const TableReader& reader, const Layout
         for (std::size_t place = first; place < last;) {
             const std::uint8_t code = stream.piece[place];
             const bool black = (code >= 8) != flip;
-            std::vector<std::size_t> men;
+            const std::size_t begin = place;
             for (std::size_t slot = 0; slot < layout.men; ++slot) {
                 if (layout.kind[slot] == code % 8 && (layout.side[slot] == BLACK) == black) {
-                    men.push_back(placement[slot]);
+                    square[place++] = placement[slot];
                 }
             }
-            std::sort(men.begin(), men.end());
-            for (const std::size_t s : men) {
-                square[place++] = s ^ mask;
+            sort_squares(square, begin, place - begin, std::less<>{});
+            for (std::size_t man = begin; man < place; ++man) {
+                square[man] ^= mask;
             }
         }
     };
