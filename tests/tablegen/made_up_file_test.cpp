@@ -45,27 +45,27 @@ static void expect_all_right(const MadeUpFile& file, ReadBack* looked_at = nullp
         *looked_at = result;
 }
 
+static MadeUpStream stream_of(Values values, int dtz_flags = 0,
+                              const CompressionSettings& how = usual) {
+    return {values, static_cast<std::uint8_t>(dtz_flags), how};
+}
+
 TEST(MadeUpFiles, WdlOfEveryShape) {
+    const MadeUpStream constant = stream_of(Values::CONSTANT);
+    const MadeUpStream short_runs = stream_of(Values::SHORT_RUNS);
+    const MadeUpStream long_runs = stream_of(Values::LONG_RUNS);
     const MadeUpFile files[] = {
-        // Leading groups of three men and of two; split, and one side for both.
-        {"KQvK", FileKind::WDL, true, {{Values::NOISE, 0, usual}}, 1},
-        {"KRvK", FileKind::WDL, true, {{Values::CONSTANT, 0, usual}}, 1},
-        {"KRvKN", FileKind::WDL, true, {{Values::SHORT_RUNS, 0, usual}}, 1},
-        {"KRvKR", FileKind::WDL, false, {{Values::LONG_RUNS, 0, usual}}, 1},
-        {"KNvKN", FileKind::WDL, true, {{Values::LONG_RUNS, 0, dense_index}}, 1},
-        {"KBBvK", FileKind::WDL, true, {{Values::SHORT_RUNS, 0, sparse_index}}, 1},
+        // Leading groups of three men and of two; both sides to move, or one for both.
+        {"KQvK", FileKind::WDL, true, {stream_of(Values::NOISE)}, 1},
+        {"KRvK", FileKind::WDL, true, {constant}, 1},
+        {"KRvKR", FileKind::WDL, false, {long_runs}, 1},
+        {"KNvKN", FileKind::WDL, true, {stream_of(Values::LONG_RUNS, 0, dense_index)}, 5},
+        {"KBBvK", FileKind::WDL, true, {stream_of(Values::SHORT_RUNS, 0, sparse_index)}, 1},
         // Pawns of one side, of both, and constant streams among others.
-        {"KPvK", FileKind::WDL, true, {{Values::NOISE, 0, sparse_index}}, 1},
-        {"KPPvK", FileKind::WDL, true, {{Values::SHORT_RUNS, 0, usual}}, 1},
-        {"KNvKP",
-         FileKind::WDL,
-         true,
-         {{Values::CONSTANT, 0, usual},
-          {Values::SHORT_RUNS, 0, usual},
-          {Values::CONSTANT, 0, usual},
-          {Values::LONG_RUNS, 0, usual}},
-         1},
-        {"KPvKP", FileKind::WDL, false, {{Values::SHORT_RUNS, 0, usual}}, 1},
+        {"KPvK", FileKind::WDL, true, {stream_of(Values::NOISE, 0, sparse_index)}, 1},
+        {"KPPvK", FileKind::WDL, true, {constant, constant, short_runs, long_runs}, 1},
+        {"KNvKP", FileKind::WDL, true, {constant, short_runs, constant}, 1},
+        {"KPvKP", FileKind::WDL, false, {short_runs, constant, constant, long_runs}, 1},
     };
     for (const MadeUpFile& file : files)
         expect_all_right(file);
@@ -73,32 +73,32 @@ TEST(MadeUpFiles, WdlOfEveryShape) {
 
 TEST(MadeUpFiles, DtzOfEveryShape) {
     const MadeUpFile files[] = {
-        {"KQvK", FileKind::DTZ, false, {{Values::NOISE, 0, usual}}, 1},
-        {"KRvK", FileKind::DTZ, false, {{Values::SHORT_RUNS, BLACK_TO_MOVE, usual}}, 1},
-        {"KBvK", FileKind::DTZ, false, {{Values::CONSTANT, MAPPED, usual}}, 1},
-        {"KNvK", FileKind::DTZ, false, {{Values::CONSTANT, BLACK_TO_MOVE, usual}}, 1},
+        {"KQvK", FileKind::DTZ, false, {stream_of(Values::NOISE)}, 1},
+        {"KRvK", FileKind::DTZ, false, {stream_of(Values::SHORT_RUNS, BLACK_TO_MOVE)}, 1},
+        {"KBvK", FileKind::DTZ, false, {stream_of(Values::CONSTANT, MAPPED)}, 1},
+        {"KNvK", FileKind::DTZ, false, {stream_of(Values::CONSTANT, BLACK_TO_MOVE)}, 1},
         {"KQvKR",
          FileKind::DTZ,
          false,
-         {{Values::SHORT_RUNS, MAPPED | WIDE_MAPS | WINS_IN_PLIES, usual}},
+         {stream_of(Values::SHORT_RUNS, MAPPED | WIDE_MAPS | WINS_IN_PLIES)},
          1},
-        {"KRvKR", FileKind::DTZ, false, {{Values::NOISE, MAPPED, dense_index}}, 1},
+        {"KQQvK", FileKind::DTZ, false, {stream_of(Values::NOISE, MAPPED, dense_index)}, 1},
         // Maps of both widths in one file, and streams without any.
         {"KPvK",
          FileKind::DTZ,
          false,
-         {{Values::NOISE, MAPPED | LOSSES_IN_PLIES, usual},
-          {Values::NOISE, MAPPED | WIDE_MAPS, usual},
-          {Values::NOISE, WINS_IN_PLIES, usual},
-          {Values::NOISE, MAPPED, usual}},
+         {stream_of(Values::NOISE, MAPPED | LOSSES_IN_PLIES),
+          stream_of(Values::NOISE, MAPPED | WIDE_MAPS), stream_of(Values::NOISE, WINS_IN_PLIES),
+          stream_of(Values::NOISE, MAPPED)},
          1},
         {"KRvKP",
          FileKind::DTZ,
          false,
-         {{Values::CONSTANT, BLACK_TO_MOVE, usual},
-          {Values::SHORT_RUNS, MAPPED | BLACK_TO_MOVE, usual},
-          {Values::SHORT_RUNS, MAPPED | WIDE_MAPS | WINS_IN_PLIES | LOSSES_IN_PLIES, usual},
-          {Values::LONG_RUNS, LOSSES_IN_PLIES, usual}},
+         {stream_of(Values::CONSTANT, BLACK_TO_MOVE),
+          stream_of(Values::CONSTANT, MAPPED | BLACK_TO_MOVE),
+          stream_of(Values::SHORT_RUNS,
+                    MAPPED | WIDE_MAPS | WINS_IN_PLIES | LOSSES_IN_PLIES | BLACK_TO_MOVE),
+          stream_of(Values::CONSTANT, LOSSES_IN_PLIES | BLACK_TO_MOVE)},
          1},
     };
     for (const MadeUpFile& file : files)

@@ -15,8 +15,11 @@ namespace brindlemoth::tablegen {
 constexpr int WDL_BLOCK_SIZE_LOG2 = 6;
 constexpr int DTZ_BLOCK_SIZE_LOG2 = 10;
 
-// Orders of men are compared on this many stretches of neighbouring indices.
-constexpr std::uint64_t SAMPLES = 48;
+// Orders of men are compared on some stretches of neighbouring indices: this many of them in all
+// orders together, within bounds for each order.
+constexpr std::size_t SAMPLES_IN_ALL = 2400;
+constexpr std::size_t MIN_SAMPLES = 12;
+constexpr std::size_t MAX_SAMPLES = 48;
 constexpr std::uint64_t SAMPLE_LENGTH = 1024;
 
 // In a sequence of DTZ values: no reader looks here.
@@ -135,14 +138,16 @@ static std::uint16_t dtz_value(const Source& source, std::uint64_t index) {
     }
     const int distance =
         source.table.distance[source.side][cell_of(source.table.layout, placement)];
-    return static_cast<std::uint16_t>(map_of(distance) << 12 | plies_beyond_first(distance) / 2);
+    const int moves = plies_beyond_first(distance) / 2;
+    return static_cast<std::uint16_t>(map_of(distance) << 12 | static_cast<std::size_t>(moves));
 }
 
 // Counts the runs of like values over sample stretches, for one order of the men.
-template <typename Count> static std::size_t sample_runs(const Source& source, const Count& count) {
+template <typename Count>
+static std::size_t sample_runs(const Source& source, std::size_t wanted, const Count& count) {
     const std::uint64_t positions = source.numbering.positions;
     std::size_t runs = 0;
-    const std::uint64_t samples = std::min(SAMPLES, 1 + positions / SAMPLE_LENGTH);
+    const std::uint64_t samples = std::min<std::uint64_t>(wanted, 1 + positions / SAMPLE_LENGTH);
     for (std::uint64_t i = 0; i < samples; ++i) {
         const std::uint64_t first = i * (positions / samples);
         runs += count(first, std::min(positions, first + SAMPLE_LENGTH));
@@ -150,8 +155,8 @@ template <typename Count> static std::size_t sample_runs(const Source& source, c
     return runs;
 }
 
-static std::size_t sample_wdl_runs(const Source& source) {
-    return sample_runs(source, [&](std::uint64_t first, std::uint64_t last) {
+static std::size_t sample_wdl_runs(const Source& source, std::size_t samples) {
+    return sample_runs(source, samples, [&](std::uint64_t first, std::uint64_t last) {
         WdlRuns runs;
         for (std::uint64_t index = first; index < last; ++index) {
             runs.meet(wdl_choice(source.table, source.placement(index), source.side));
@@ -161,8 +166,8 @@ static std::size_t sample_wdl_runs(const Source& source) {
     });
 }
 
-static std::size_t sample_dtz_runs(const Source& source) {
-    return sample_runs(source, [&](std::uint64_t first, std::uint64_t last) {
+static std::size_t sample_dtz_runs(const Source& source, std::size_t samples) {
+    return sample_runs(source, samples, [&](std::uint64_t first, std::uint64_t last) {
         std::size_t runs = 1;
         std::uint16_t current = UNUSED;
         for (std::uint64_t index = first; index < last; ++index) {
@@ -182,8 +187,11 @@ static StreamOrder choose_order(const Table& table, Side side, int file_position
                                 const Runs& runs_of) {
     StreamOrder best;
     std::size_t fewest = SIZE_MAX;
-    for (const StreamOrder& order : possible_orders(table.layout.signature)) {
-        const std::size_t runs = runs_of(Source(table, side, file_position, order));
+    const std::vector<StreamOrder> orders = possible_orders(table.layout.signature);
+    const std::size_t samples =
+        std::clamp(SAMPLES_IN_ALL / orders.size(), MIN_SAMPLES, MAX_SAMPLES);
+    for (const StreamOrder& order : orders) {
+        const std::size_t runs = runs_of(Source(table, side, file_position, order), samples);
         if (runs < fewest) {
             fewest = runs;
             best = order;
