@@ -1,7 +1,8 @@
 #include "search/transposition.h"
 
+#include "platform/large_memory.h"
+
 #include <algorithm>
-#include <cstdlib>
 #include <cstring>
 
 namespace brindlemoth {
@@ -18,7 +19,7 @@ void tt_resize(int megabytes) {
         count *= 2;
     while (count * 2 * sizeof(TTEntry) <= bytes);
     tt_entry_count = count;
-    tt_table = static_cast<TTEntry*>(std::calloc(count, sizeof(TTEntry)));
+    tt_table = static_cast<TTEntry*>(allocate_large(count * sizeof(TTEntry)));
 }
 
 void tt_clear() {
@@ -28,7 +29,7 @@ void tt_clear() {
 }
 
 void tt_release() {
-    std::free(tt_table);
+    release_large(tt_table, tt_entry_count * sizeof(TTEntry));
     tt_table = nullptr;
     tt_entry_count = 0;
 }
