@@ -7,6 +7,8 @@
 
 #include <algorithm>
 #include <gtest/gtest.h>
+#include <string>
+#include <vector>
 
 namespace brindlemoth {
 namespace {

@@ -2,7 +2,6 @@
 // seeds and run through the dispatcher inside this process, where sanitizers and assertions watch.
 #include "board/bitboard.h"
 #include "board/position.h"
-#include "input/poll_input.h"
 #include "movegen/legality.h"
 #include "shell/command_loop.h"
 #include "support/engine_process.h"
@@ -13,9 +12,11 @@
 #include <cstring>
 #include <fcntl.h>
 #include <gtest/gtest.h>
-#include <iterator>
 #include <random>
+#include <string>
+#include <type_traits>
 #include <unistd.h>
+#include <vector>
 
 namespace brindlemoth {
 namespace {
