@@ -185,6 +185,7 @@ TEST(MovePicker, NoTableMoveWhateverBreaksTheRecord) {
         position_from("r3k2r/8/8/8/8/8/8/R3K2R w - - 0 1"),
         position_from("7k/8/8/3pP3/8/8/p6P/7K w - d6 0 1"),
         position_from("P6p/7P/pk6/1Pp5/2pP4/8/K6p/P6p b - d3 0 1"),
+        position_from("P6p/7P/pk6/1Pp5/2pP4/8/K6p/P6p w - c6 0 1"),
     };
     for_random_positions(4000, 53, [&](Position& position) {
         if (position.undo_count % 100 == 40 && !in_check(position) && positions.size() < 40)
@@ -202,6 +203,8 @@ TEST(MovePicker, NoTableMoveWhateverBreaksTheRecord) {
             make_move(position, move);
             ASSERT_TRUE(views_agree(position)) << move_to_text(move) << ' ' << move_flag(move);
             ASSERT_EQ(position.key, compute_key(position));
+            ASSERT_GE(position.ep_square, A1) << move_to_text(move);
+            ASSERT_LE(position.ep_square, NO_SQUARE) << move_to_text(move);
             unmake_move(position, move);
             ASSERT_TRUE(same_position(position, before))
                 << move_to_text(move) << ' ' << move_flag(move);
@@ -209,21 +212,26 @@ TEST(MovePicker, NoTableMoveWhateverBreaksTheRecord) {
     }
 }
 
-// What does not pass the test of a table move comes in its normal place if it is generated.
-TEST(MovePicker, ATableMoveThatDoesNotFitIsForgotten) {
-    for_random_positions(2000, 54, [](Position& position) {
+// Whatever the table move, the moves of the position all come once, in check and out of it.
+TEST(MovePicker, AnyTableMoveLeavesTheOthersComplete) {
+    std::mt19937_64 random(55);
+    int tried = 0;
+    for_random_positions(3000, 54, [&](Position& position) {
         const std::vector<Move> all = sorted(pseudo_legal(position));
-        for (const Move tt_move :
-             {MOVE_NULL, make_move_code(E3, E3, FLAG_QUIET), make_move_code(E4, E5, FLAG_CAPTURE),
-              make_move_code(D7, D5, FLAG_QUIET), make_move_code(E1, G1, FLAG_QUIET)}) {
+        for (int i = 0; i < 20; ++i) {
+            const Move tt_move = static_cast<Move>(random());
             std::vector<Move> moves = handed_out(position, tt_move, {EMPTY_SQUARE, 0});
-            // One that was tried although the generators do not make it comes first.
+            // One that is played unseen although the generators do not make it comes first.
             if (!moves.empty() && moves.front() == tt_move &&
-                !std::binary_search(all.begin(), all.end(), tt_move))
+                !std::binary_search(all.begin(), all.end(), tt_move)) {
+                ASSERT_FALSE(in_check(position)) << move_to_text(tt_move);
                 moves.erase(moves.begin());
+                ++tried;
+            }
             ASSERT_EQ(sorted(moves), all) << move_to_text(tt_move);
         }
     });
+    EXPECT_GT(tried, 100);
 }
 
 } // namespace

@@ -108,12 +108,19 @@ TEST_F(Search, RepetitionIsADrawOnEntry) {
 
 TEST_F(Search, MateDistancePruning) {
     Position position = position_from(starting_fen);
-    const int ROWS[][3] = {{30990, 30991, 30990}, {-31001, -31000, -30990}, {30980, 30990, 30980}};
-    const int plies[] = {10, 10, 20};
-    for (int i = 0; i < 3; ++i) {
+    const struct {
+        int alpha;
+        int beta;
+        int ply;
+        int score;
+    } ROWS[] = {
+        {30990, 30991, 10, 30990},    {30989, 30990, 10, 30989},    {30980, 30990, 20, 30980},
+        {-31001, -31000, 10, -30990}, {-30992, -30990, 10, -30990},
+    };
+    for (const auto& row : ROWS) {
         node_count = 0;
-        EXPECT_EQ(at(position, 5, ROWS[i][0], ROWS[i][1], plies[i]), ROWS[i][2]) << i;
-        EXPECT_EQ(node_count, 1U) << i;
+        EXPECT_EQ(at(position, 5, row.alpha, row.beta, row.ply), row.score);
+        EXPECT_EQ(node_count, 1U) << row.alpha;
     }
 }
 
@@ -137,7 +144,7 @@ TEST_F(Search, TableEntriesThatEndANode) {
         {"upper bound at alpha", DEPTH, BOUND_UPPER, 10, 10, 11, true},
         {"upper bound at beta", DEPTH, BOUND_UPPER, 11, 10, 11, false},
     };
-    Position position = position_from(sample_fens().front());
+    Position position = position_from(starting_fen);
     for (const auto& row : ROWS) {
         SetUp();
         tt_store(position.key, row.score, row.bound, row.depth, MOVE_NONE, 6);
@@ -243,7 +250,8 @@ TEST_F(Search, TheLastPlyIsEvaluated) {
     const int value = evaluate(position);
     for (const int depth : {0, 1, 20}) {
         EXPECT_EQ(at(position, depth, -FULL, FULL, MAX_PLY), value) << depth;
-        EXPECT_EQ(node_count, 1U);
+        EXPECT_EQ(quiescence(position, frame(MAX_PLY), -FULL, FULL, MAX_PLY), value);
+        EXPECT_EQ(node_count, 2U);
         node_count = 0;
     }
     // One ply earlier the capture is looked at, and the node after it is counted.

@@ -110,9 +110,10 @@ TEST(See, Examples) {
         // The first capture is forced, even with a king into a pawn's reach.
         {"7k/2p5/3p4/2K5/8/8/8/8 w - - 0 1", make_move_code(C5, D6, FLAG_CAPTURE), -19900},
         {"7k/8/8/8/8/2K5/8/8 w - - 0 1", make_move_code(C3, C4, FLAG_QUIET), 100},
-        // Of two knights the one on the lower square takes: from e3 it opens the rank for a
-        // rook, which wins the exchange back; from f6 it would not.
-        {"7k/8/5N2/3r4/8/2p1N3/3r4/K2R4 b - - 0 1", make_move_code(D5, D4, FLAG_QUIET), 100},
+        // Of two queens the one on the lower square takes: from c4 it would uncover the bishop,
+        // so White had better not; from d1 it uncovers nothing.
+        {"7k/8/5n2/3P3Q/2Q5/1b6/8/K7 b - - 0 1", make_move_code(F6, D5, FLAG_CAPTURE), 100},
+        {"7k/8/5n2/3P4/2Q5/1b6/8/K2Q4 b - - 0 1", make_move_code(F6, D5, FLAG_CAPTURE), -200},
     };
     for (const auto& row : ROWS) {
         const Position position = position_from(row.fen);

@@ -144,6 +144,10 @@ TEST(Dupcheck, CountsAndReportsPairs) {
                                   "DUPLICATE: a1c1 (indices 4 and 7)\n"
                                   "DUPLICATE: a1a2 (indices 5 and 8)\n"
                                   "Total pseudo-legal: 9, Duplicates: 3\n");
+    position = position_from("8/8/8/8/8/8/PP6/R1N5 w - - 0 1");
+    position.pieces[WHITE][QUEEN] |= square_bit(A1);
+    EXPECT_EQ(dupcheck(position), "DUPLICATE: a1b1 (indices 7 and 8)\n"
+                                  "Total pseudo-legal: 9, Duplicates: 1\n");
 }
 
 TEST(Illegalcheck, FindsNothingInASoundProgram) {

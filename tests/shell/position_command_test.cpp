@@ -46,6 +46,7 @@ TEST(PositionCommand, StartsAndMoves) {
         {"position fen 8/4P2k/8/8/8/8/8/K7 w - - moves a1a2", KINGS_AND_PAWN, 0},
         // The words are then read as the fields that are missing.
         {"position fen 8/4P2k/8/8/8/8/8/K7 w moves a1a2", "8/4P2k/8/8/8/8/8/K7 w - a1", 0},
+        {"position fen 8/4P2k/8/8/8/8/8/K7 w - - 0 moves a1a2", KINGS_AND_PAWN, 0},
         {"position fen 8/4P2k/8/8/8/8/8/K7", KINGS_AND_PAWN, 0},
         {"position fen", "", 0},
         {"position fen ", "", 0},
