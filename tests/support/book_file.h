@@ -32,6 +32,8 @@ struct TemporaryDirectory {
     TemporaryDirectory(const TemporaryDirectory&) = delete;
     TemporaryDirectory& operator=(const TemporaryDirectory&) = delete;
 
+    // The path of a file there.
+    std::string file(const std::string& name) const { return path + "/" + name; }
     // Writes a file there and returns its path.
     std::string write(const std::string& name, const std::string& bytes) const;
 

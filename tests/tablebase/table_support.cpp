@@ -4,11 +4,9 @@
 #include "board/bitboard.h"
 #include "support/support.h"
 
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <unistd.h>
 
 namespace brindlemoth {
 
@@ -29,17 +27,6 @@ const std::vector<std::string>& four_men_signatures() {
         "KRRvK", "KRBvK", "KRNvK", "KRPvK", "KBBvK", "KBNvK", "KBPvK", "KNNvK", "KNPvK", "KPPvK",
     };
     return names;
-}
-
-TemporaryDirectory::TemporaryDirectory() {
-    std::string name = (std::filesystem::temp_directory_path() / "tables-XXXXXX").string();
-    if (mkdtemp(name.data()) != nullptr)
-        path = name;
-}
-
-TemporaryDirectory::~TemporaryDirectory() {
-    std::error_code ignored;
-    std::filesystem::remove_all(path, ignored);
 }
 
 std::string read_file(const std::string& path) {
@@ -184,7 +171,7 @@ ProbeBoard random_board(const std::string& signature, std::mt19937& random) {
     }
 }
 
-Position position_of(const ProbeBoard& board) {
+std::string board_fen(const ProbeBoard& board) {
     std::string fen;
     for (int rank = 7; rank >= 0; --rank) {
         for (int file = 0; file < 8; ++file) {
@@ -208,7 +195,11 @@ Position position_of(const ProbeBoard& board) {
         fen += static_cast<char>('a' + file_of(board.ep_square));
         fen += static_cast<char>('1' + rank_of(board.ep_square));
     }
-    return position_from(fen + " " + std::to_string(board.halfmove) + " 1");
+    return fen + " " + std::to_string(board.halfmove) + " 1";
+}
+
+Position position_of(const ProbeBoard& board) {
+    return position_from(board_fen(board));
 }
 
 std::string board_text(const ProbeBoard& board) {

@@ -2,6 +2,7 @@
 // a signature.
 #pragma once
 
+#include "support/book_file.h"
 #include "tablebase/probe_board.h"
 
 #include <functional>
@@ -22,17 +23,6 @@ std::string syzygy_directory();
 // All signatures of 3 men and of 4, in the order of discovery.
 const std::vector<std::string>& three_men_signatures();
 const std::vector<std::string>& four_men_signatures();
-
-// A directory that is there as long as the record.
-struct TemporaryDirectory {
-    TemporaryDirectory();
-    ~TemporaryDirectory();
-    TemporaryDirectory(const TemporaryDirectory&) = delete;
-    TemporaryDirectory& operator=(const TemporaryDirectory&) = delete;
-    std::string file(const std::string& name) const { return path + "/" + name; }
-
-    std::string path;
-};
 
 std::string read_file(const std::string& path);
 void write_file(const std::string& path, const std::string& content);
@@ -64,7 +54,8 @@ void for_all_boards(const std::string& signature,
 // side's men. Now and then a pawn can be captured en passant.
 ProbeBoard random_board(const std::string& signature, std::mt19937& random);
 
-// The same as a position of the engine.
+// The same as a FEN, and as a position of the engine.
+std::string board_fen(const ProbeBoard& board);
 Position position_of(const ProbeBoard& board);
 
 // The board as text for messages.
