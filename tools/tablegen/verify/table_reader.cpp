@@ -165,7 +165,8 @@ static bool read_stream_header(Cursor& header, ReaderStream& stream) {
     stream.min_code_length = static_cast<int>(header.number(1));
     if (header.failed || stream.block_size_log2 > 30 || stream.index_bits < 1 ||
         stream.index_bits > 30 || longest > 32 || stream.min_code_length < 1 ||
-        stream.min_code_length > longest || stream.block_count == 0) {
+        stream.min_code_length > longest || stream.block_count == 0 ||
+        stream.block_count > header.bytes.size() >> stream.block_size_log2) {
         return false;
     }
     const auto lengths = static_cast<std::size_t>(longest - stream.min_code_length + 1);
