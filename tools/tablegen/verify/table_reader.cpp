@@ -169,7 +169,8 @@ static bool read_stream_header(Cursor& header, ReaderStream& stream) {
         stream.block_count > header.bytes.size() >> stream.block_size_log2) {
         return false;
     }
-    const auto lengths = static_cast<std::size_t>(longest - stream.min_code_length + 1);
+    const int distinct_lengths = longest - stream.min_code_length + 1;
+    const auto lengths = static_cast<std::size_t>(distinct_lengths);
     for (std::size_t i = 0; i < lengths; ++i) {
         stream.first_symbol.push_back(header.number(2));
     }

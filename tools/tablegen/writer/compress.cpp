@@ -119,8 +119,8 @@ static Coded assign_codes(Substitution substitution, int limit, CompressedStream
         std::count_if(lengths.begin(), lengths.end(), [](int length) { return length > 0; }));
     stream.max_code_length = coded.length[0];
     stream.min_code_length = coded.length[used - 1];
-    stream.first_symbol.resize(
-        static_cast<std::size_t>(stream.max_code_length - stream.min_code_length + 1));
+    const int distinct_lengths = stream.max_code_length - stream.min_code_length + 1;
+    stream.first_symbol.resize(static_cast<std::size_t>(distinct_lengths));
     std::size_t symbol = 0;
     std::uint32_t next = 0;
     for (int length = stream.max_code_length; length >= stream.min_code_length; --length) {
