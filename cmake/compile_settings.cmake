@@ -15,7 +15,9 @@ endif()
 
 if(BRINDLEMOTH_SANITIZE)
   target_compile_options(brindlemoth_settings INTERFACE
-    -fsanitize=${BRINDLEMOTH_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    -fsanitize=${BRINDLEMOTH_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer
+    # GCC's instrumentation makes its own library look uninitialised.
+    $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>)
   target_link_options(brindlemoth_settings INTERFACE -fsanitize=${BRINDLEMOTH_SANITIZE})
 endif()
 
