@@ -1,6 +1,6 @@
-// The cost of endgame table probes. Run it where the tables are, or name their directory:
+// The cost of endgame table probes:
 //
-//     tablebase_benchmark [directory]
+//     tablebase_benchmark DIRECTORY
 //
 // The warm probes go over thousands of random positions of all the directory's 3- and 4-men tables.
 #include "board/attacks.h"
@@ -18,7 +18,7 @@ namespace brindlemoth {
 namespace {
 
 constexpr int POSITIONS = 8192;
-const char* directory = "../shared/syzygy";
+const char* directory = "";
 
 void put_man(ProbeBoard& board, bool white, int type, int square) {
     Bitboard* const sets[] = {&board.pawns, &board.knights, &board.bishops,
@@ -133,12 +133,14 @@ BENCHMARK(discovery)->Unit(benchmark::kMillisecond);
 
 int main(int argc, char** argv) {
     benchmark::Initialize(&argc, argv);
+    brindlemoth::init_attacks();
     if (argc > 1)
         brindlemoth::directory = argv[1];
-    brindlemoth::init_attacks();
     brindlemoth::syzygy_init(brindlemoth::directory);
-    if (brindlemoth::syzygy_max_men == 0)
-        std::fprintf(stderr, "No tables in %s\n", brindlemoth::directory);
+    if (brindlemoth::syzygy_max_men < 4) {
+        std::fprintf(stderr, "Give a directory with the tables of 3 and 4 men.\n");
+        return 1;
+    }
     benchmark::RunSpecifiedBenchmarks();
     benchmark::Shutdown();
     return 0;

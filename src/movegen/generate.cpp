@@ -68,8 +68,8 @@ Move* generate_quiet_pushes(const Position& position, Move* out, Bitboard target
     return emit_pawn_moves(out, twice & target, 2 * Geometry::PUSH, FLAG_DOUBLE_PUSH);
 }
 
-// A FEN may name any square: a capture needs an empty one with an enemy pawn in front of it.
-template <int Us> bool ep_capture_possible(const Position& position) {
+// Requires ep_square != NO_SQUARE.
+template <int Us> bool ep_capture_possible_for(const Position& position) {
     const Bitboard ep = square_bit(position.ep_square);
     return (ep & position.all_pieces) == 0 &&
            (PawnGeometry<Us ^ 1>::push(ep) & position.pieces[Us ^ 1][PAWN]) != 0;
@@ -88,7 +88,7 @@ template <int Us> Move* generate_pawn_captures(const Position& position, Move* o
     }
     out = emit_pawn_moves(out, narrow & ~last, Geometry::NARROW, FLAG_CAPTURE);
     out = emit_pawn_moves(out, wide & ~last, Geometry::WIDE, FLAG_CAPTURE);
-    if (position.ep_square != NO_SQUARE && ep_capture_possible<Us>(position)) {
+    if (position.ep_square != NO_SQUARE && ep_capture_possible_for<Us>(position)) {
         Bitboard capturers = pawns & pawn_attacks[Us ^ 1][position.ep_square];
         while (capturers != 0)
             *out++ = make_move_code(pop_lowest(capturers), position.ep_square, FLAG_EN_PASSANT);
@@ -250,6 +250,13 @@ Move* generate_piece_moves(const Position& position, Move* out, int type, Bitboa
     default:
         return out;
     }
+}
+
+bool ep_capture_possible(const Position& position) {
+    if (position.ep_square == NO_SQUARE)
+        return false;
+    return position.side == WHITE ? ep_capture_possible_for<WHITE>(position)
+                                  : ep_capture_possible_for<BLACK>(position);
 }
 
 Move* generate_castling_moves(const Position& position, Move* out) {

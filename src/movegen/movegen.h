@@ -17,6 +17,10 @@ Move* generate_pawn_moves(const Position& position, Move* out, Bitboard target, 
 Move* generate_piece_moves(const Position& position, Move* out, int type, Bitboard target);
 Move* generate_castling_moves(const Position& position, Move* out);
 
+// Whether ep_square is one that a capture can land on: empty, with an enemy pawn in front of it. A
+// FEN may name any square.
+bool ep_capture_possible(const Position& position);
+
 // The compositions. `out` has room for MAX_MOVES moves; any surplus is dropped.
 Move* generate_pseudo_legal(const Position& position, Move* out);
 // Captures, then promoting pushes.

@@ -1,7 +1,9 @@
 #include "platform/file_mapping.h"
 
 #include <cerrno>
+#include <cstddef>
 #include <fcntl.h>
+#include <limits>
 #include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -40,6 +42,10 @@ MapResult map_file(FileHandle file, MappingHandle& mapping, const std::uint8_t*&
                    std::uint64_t& size) {
     if (!file_size(file, size))
         return MapResult::NO_MAPPING;
+    if (size > std::numeric_limits<std::size_t>::max()) {
+        errno = EFBIG;
+        return MapResult::NO_VIEW;
+    }
     void* const address = mmap(nullptr, size, PROT_READ, MAP_SHARED, static_cast<int>(file), 0);
     if (address == MAP_FAILED)
         return MapResult::NO_VIEW;

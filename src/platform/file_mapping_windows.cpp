@@ -12,10 +12,15 @@ static HANDLE native(FileHandle file) {
 }
 
 FileHandle open_file(const char* name) {
-    // INVALID_HANDLE_VALUE is -1 as a number.
-    return reinterpret_cast<FileHandle>(CreateFileA(name, GENERIC_READ, FILE_SHARE_READ, nullptr,
-                                                    OPEN_EXISTING, FILE_FLAG_RANDOM_ACCESS,
-                                                    nullptr));
+    const HANDLE file = CreateFileA(name, GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
+                                    FILE_FLAG_RANDOM_ACCESS, nullptr);
+    if (file == INVALID_HANDLE_VALUE)
+        return INVALID_FILE;
+    if (GetFileType(file) != FILE_TYPE_DISK) {
+        CloseHandle(file);
+        return INVALID_FILE;
+    }
+    return reinterpret_cast<FileHandle>(file);
 }
 
 bool file_size(FileHandle file, std::uint64_t& size) {
@@ -34,6 +39,8 @@ MapResult map_file(FileHandle file, MappingHandle& mapping, const std::uint8_t*&
                    std::uint64_t& size) {
     DWORD high = 0;
     const DWORD low = GetFileSize(native(file), &high);
+    if (low == INVALID_FILE_SIZE && GetLastError() != NO_ERROR)
+        return MapResult::NO_MAPPING;
     size = (static_cast<std::uint64_t>(high) << 32) | low;
     const HANDLE object =
         CreateFileMappingA(native(file), nullptr, PAGE_READONLY, high, low, nullptr);

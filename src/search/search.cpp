@@ -92,28 +92,28 @@ bool may_probe_tables(const Position& position) {
 bool probe_tables(const Position& position, int depth, int ply, int& alpha, int& beta, int& score) {
     ProbeBoard board;
     board_from_position(position, board);
-    int success = 0;
+    int success;
     const int wdl = syzygy_wdl(board, success);
-    if (success == 0)
+    if (success == PROBE_FAILED)
         return false;
     ++node_count;
 
     std::uint8_t bound = BOUND_EXACT;
     switch (wdl) {
-    case -2:
+    case WDL_LOSS:
         beta = std::min(beta, -TB_WIN_SCORE);
         if (alpha < -TB_WIN_SCORE)
             return false;
         score = -TB_WIN_SCORE;
         bound = BOUND_UPPER;
         break;
-    case -1:
+    case WDL_BLESSED_LOSS:
         score = TB_BLESSED_LOSS_SCORE;
         break;
-    case 1:
+    case WDL_CURSED_WIN:
         score = TB_CURSED_WIN_SCORE;
         break;
-    case 2:
+    case WDL_WIN:
         alpha = std::max(alpha, TB_WIN_SCORE);
         if (beta > TB_WIN_SCORE)
             return false;

@@ -1,5 +1,7 @@
 #include "tablebase/decoder.h"
 
+#include <algorithm>
+
 namespace brindlemoth {
 
 namespace {
@@ -13,9 +15,12 @@ struct BlockPlace {
     std::int32_t value; // negative if there is no such place
 };
 
+// The walk from an index entry goes over a few blocks, eighty at the most in the tables of up to
+// four men. A damaged file does not get more than this many, either way.
+constexpr std::uint64_t MAX_WALK = 65536;
+
 // The index entry describes the middle of the stretch of values that it serves, and the walk over
-// the block lengths goes from there, either way. A block number that has wrapped below 0 is
-// beyond every count.
+// the block lengths goes from there, either way.
 BlockPlace find_block(const CompressedStream& stream, std::uint64_t index) {
     const std::uint64_t entry_number = index >> stream.index_bits;
     if (entry_number >= stream.index_count)
@@ -30,14 +35,18 @@ BlockPlace find_block(const CompressedStream& stream, std::uint64_t index) {
     const auto last_value = [&stream](std::uint64_t number) {
         return static_cast<std::int32_t>(load_le16(stream.block_lengths + 2 * number));
     };
+    if (block > stream.block_length_count)
+        return {0, -1};
+    const std::uint64_t first = block - std::min(block, MAX_WALK);
+    const std::uint64_t end = std::min(stream.block_length_count, block + MAX_WALK);
     while (value < 0) {
-        --block;
-        if (block >= stream.block_length_count)
+        if (block == first)
             return {0, -1};
+        --block;
         value += last_value(block) + 1;
     }
     while (true) {
-        if (block >= stream.block_length_count)
+        if (block >= end)
             return {0, -1};
         const std::int32_t last = last_value(block);
         if (value <= last)
@@ -58,7 +67,7 @@ const std::uint8_t* syzygy_decode(const CompressedStream& stream, std::uint64_t 
         return nullptr;
 
     // Read codes until the symbol that holds the value. The mapper has seen to it that the first
-    // eight bytes of every block are in the file.
+    // eight bytes of every block are in the file, and that no code stands for a missing symbol.
     std::int32_t value = place.value;
     const std::uint8_t* next = stream.blocks + (place.block << stream.block_size_log2);
     const std::uint8_t* const last_refill = stream.view_end - 4;
@@ -88,10 +97,6 @@ const std::uint8_t* syzygy_decode(const CompressedStream& stream, std::uint64_t 
             next += 4;
         }
     }
-    // The mapper has given a length to whatever a code can stand for, symbol or not.
-    if (symbol >= stream.symbol_count)
-        return nullptr;
-
     // Take the symbol apart down to the one value. All parts exist, and the lengths fall.
     while (stream.symbol_lengths[symbol] != 0) {
         const std::uint8_t* const record = stream.symbol_records + SYMBOL_BYTES * symbol;

@@ -9,7 +9,8 @@
 namespace brindlemoth {
 
 // The record of the value at `index`: at least two readable bytes. Returns null when a damaged
-// stream leads nowhere. Never reads outside the view.
+// stream leads nowhere. Requires a stream that the mapper has accepted; of the file, reads nothing
+// outside the view.
 const std::uint8_t* syzygy_decode(const CompressedStream& stream, std::uint64_t index);
 
 } // namespace brindlemoth

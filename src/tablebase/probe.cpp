@@ -17,16 +17,18 @@ namespace {
 constexpr int wdl_to_map[5] = {1, 3, 0, 2, 0};
 constexpr int ply_flags[5] = {DTZ_LOSS_PLIES, 0, 0, 0, DTZ_WIN_PLIES};
 
-constexpr int NO_VALUE = -3; // below every WDL value
+constexpr int NO_VALUE = -3;            // below every WDL value
+constexpr int NO_MOVE_YET = 0x7FFFFFFF; // beyond every distance
 
 int fail(int& success) {
     success = PROBE_FAILED;
     return 0;
 }
 
-// Boards that no table can hold come from positions that no game reaches. Kings do not count in
-// the material key, and the index has no room for pawns outside ranks 2 to 7. All other men are
-// those of the signature when the keys agree.
+// Asked for all boards but those without any men beside kings, which are answered before. Boards
+// that no table can hold come from positions that no game reaches. Kings do not count in the
+// material key, and the index has no room for pawns outside ranks 2 to 7. All other men are those
+// of the signature when the keys agree.
 bool fits_tables(const ProbeBoard& board) {
     const Bitboard white_king = board.kings & board.white;
     const Bitboard black_king = board.kings & board.black;
@@ -143,6 +145,8 @@ int syzygy_probe_table(const ProbeBoard& board, int wdl, int& success, TableKind
         return 0;
     }
     const std::uint64_t index = syzygy_position_index(place.squares, *place.encoding, entry);
+    if (index == NO_INDEX)
+        return fail(success);
     const std::uint8_t* const record = syzygy_decode(*place.encoding->decoder, index);
     if (record == nullptr)
         return fail(success);
@@ -227,7 +231,7 @@ int syzygy_wdl(const ProbeBoard& board, int& success) {
 // that zero nothing lead on; the zeroing ones have been tried.
 static int dtz_by_moves(const ProbeBoard& board, int wdl, const ProbeMove* list,
                         const ProbeMove* end, int& success) {
-    int best = wdl > 0 ? 0x7FFFFFFF : wdl_to_dtz[wdl + 2];
+    int best = wdl > 0 ? NO_MOVE_YET : wdl_to_dtz[wdl + 2];
     for (const ProbeMove* move = list; move != end; ++move) {
         ProbeBoard next;
         if (is_capture_move(board, *move) || board_moved_type(board, *move) == PROBE_PAWN ||

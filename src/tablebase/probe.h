@@ -3,20 +3,10 @@
 #pragma once
 
 #include "tablebase/probe_board.h"
+#include "tablebase/syzygy.h"
 #include "tablebase/table_entry.h"
 
 namespace brindlemoth {
-
-// What the in-out variable of a probe says.
-enum : int {
-    PROBE_OTHER_SIDE = -1, // within a DTZ probe: the file stores the other side to move
-    PROBE_FAILED = 0,      // the value means nothing
-    PROBE_GOOD = 1,
-    PROBE_GOOD_BY_CAPTURE = 2, // good without a look into a DTZ table
-};
-
-// Win, draw and loss; cursed and blessed are those that the fifty-move rule turns into a draw.
-enum : int { WDL_LOSS = -2, WDL_BLESSED_LOSS, WDL_DRAW, WDL_CURSED_WIN, WDL_WIN };
 
 // The distance that a WDL value stands for right before a zeroing move, by value + 2.
 constexpr int wdl_to_dtz[5] = {-1, -101, 0, 101, 1};

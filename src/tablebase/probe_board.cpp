@@ -299,6 +299,8 @@ bool board_legal_position(const ProbeBoard& board) {
 
 bool board_in_check(const ProbeBoard& board) {
     const Bitboard king = board.kings & own_men(board);
+    if (king == 0)
+        return false;
     return attacked_by_enemy(board, lowest_square(king), board.white_to_move != 0);
 }
 

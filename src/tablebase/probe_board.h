@@ -60,7 +60,7 @@ constexpr int probe_move_promotion(ProbeMove move) {
     return (move >> 12) & 7;
 }
 
-// Room that a caller's list must have.
+// Room that a caller's list must have: seven men have at most 7 * 27 moves.
 constexpr int MAX_PROBE_CAPTURES = 64;
 constexpr int MAX_PROBE_MOVES = 196;
 
@@ -95,11 +95,11 @@ bool board_play(ProbeBoard& next, const ProbeBoard& board, ProbeMove move);
 
 // True when the side not to move has a king and that king is not attacked.
 bool board_legal_position(const ProbeBoard& board);
-// True when the side to move is in check. Requires its king.
+// True when the side to move is in check; false when it has no king.
 bool board_in_check(const ProbeBoard& board);
 // True when the side to move has a legal move.
 bool board_has_legal_move(const ProbeBoard& board);
-// True when the side to move is in check and has no legal move. Requires its king.
+// True when the side to move is in check and has no legal move.
 bool board_is_mate(const ProbeBoard& board);
 // True when the record describes a possible position.
 bool board_is_sane(const ProbeBoard& board);

@@ -153,7 +153,7 @@ void print_signature(const SignatureNest& nest, const int pieces[MAX_LETTERS], c
 }
 
 void register_nest(const SignatureNest& nest, int pieces[MAX_LETTERS], int letter) {
-    if (letter == nest.letters || letter == MAX_LETTERS) {
+    if (letter == nest.letters || letter == MAX_LETTERS) { // the second for the compiler's eyes
         char name[16];
         print_signature(nest, pieces, name);
         syzygy_register(name);

@@ -1,6 +1,7 @@
 #include "tablebase/root_probe.h"
 
 #include "movegen/legality.h"
+#include "movegen/movegen.h"
 #include "tablebase/probe.h"
 #include "tablebase/syzygy.h"
 
@@ -16,7 +17,8 @@ struct RootMoves {
     int count;
 };
 
-// The distance that a move leads to, counted from the root.
+// The distance that a move leads to, counted from the root. A mate needs no table: it is at
+// distance 1 whatever the move.
 int score_move(const ProbeBoard& next, int root_dtz, int& success) {
     if (root_dtz > 0 && board_is_mate(next))
         return 1;
@@ -72,7 +74,8 @@ std::uint16_t syzygy_root(const ProbeBoard& board) {
             continue;
         }
         const int score = score_move(next, root_dtz, success);
-        if (success == PROBE_FAILED)
+        // No genuine distance comes near the limit, but a damaged file may hold any.
+        if (success == PROBE_FAILED || score >= ILLEGAL_MOVE || score <= -ILLEGAL_MOVE)
             return ROOT_FAILED;
         if (score == 0)
             ++draws;
@@ -101,6 +104,11 @@ bool syzygy_root_move(Position& position, Move& move) {
     move = MOVE_NONE;
     ProbeBoard board;
     board_from_position(position, board);
+    // Two fields of a FEN that the moves of a game could never have made: any en-passant square,
+    // and a clock that would wrap to 0, the mark of a zeroing move. The clock has no say here.
+    if (!ep_capture_possible(position))
+        board.ep_square = 0;
+    board.halfmove = 0;
     if (!board_is_sane(board))
         return false;
     const std::uint16_t result = syzygy_root(board);

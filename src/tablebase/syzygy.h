@@ -23,6 +23,17 @@ extern std::int32_t syzygy_probe_limit;
 // Ends the process with status 1 if the registry cannot be allocated.
 bool syzygy_init(const char* path);
 
+// What the in-out variable `success` of a probe says.
+enum : int {
+    PROBE_OTHER_SIDE = -1, // within a DTZ probe: the file stores the other side to move
+    PROBE_FAILED = 0,      // the value means nothing
+    PROBE_GOOD = 1,
+    PROBE_GOOD_BY_CAPTURE = 2, // good without a look into a DTZ table
+};
+
+// Win, draw and loss; cursed and blessed are those that the fifty-move rule turns into a draw.
+enum : int { WDL_LOSS = -2, WDL_BLESSED_LOSS, WDL_DRAW, WDL_CURSED_WIN, WDL_WIN };
+
 // Win, draw or loss for the side to move, from -2 (loss) over -1 (loss saved by the fifty-move
 // rule), 0 and 1 (win spoilt by it) to 2 (win), as if the clock stood at 0. `success` is 0 when
 // the tables have no answer (the result then means nothing), 1 when they have one, and 2 when

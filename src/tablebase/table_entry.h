@@ -21,10 +21,11 @@ constexpr int PAWN_FILE_POSITIONS = 4;
 // The compressed values of one side of one file position. One heap block holds the record, then
 // code_base, then symbol_lengths; a constant stream has the record alone.
 struct CompressedStream {
-    const std::uint8_t* index_table;    // into the view: 6-byte entries, block number and offset
-    const std::uint8_t* block_lengths;  // into the view: 16-bit numbers, values of a block less 1
-    const std::uint8_t* blocks;         // into the view: the code, 64-aligned
-    const std::uint8_t* code_offsets;   // into the view: first symbol, 16 bits, by code length
+    const std::uint8_t* index_table;   // into the view: 6-byte entries, block number and offset
+    const std::uint8_t* block_lengths; // into the view: 16-bit numbers, values of a block less 1
+    const std::uint8_t* blocks;        // into the view: the code, 64-aligned
+    const std::uint8_t*
+        code_offsets; // into the view: first symbol, 16 bits, by code length less the shortest
     std::uint8_t* symbol_lengths;       // by symbol: values that it stands for, less 1
     const std::uint8_t* symbol_records; // into the view: 3 bytes each
     std::uint8_t block_size_log2;

@@ -24,13 +24,13 @@ constexpr std::uint8_t STREAM_CONSTANT = 128; // bit of the stream flags
 constexpr std::uint64_t BLOCK_ALIGNMENT = 64;
 // The decoder always takes the first eight bytes of a block at once.
 constexpr std::uint64_t FIRST_LOAD = 8;
-// After a refill the code register holds at least this many bits.
+// Fewer than 32 bits of the code register are used up when a code is read: as many are always
+// there.
 constexpr int MAX_CODE_LENGTH = 32;
 constexpr int MAX_INDEX_BITS = 30; // the decoder counts values of a stretch in 32 bits
 constexpr int MAX_BLOCK_SIZE_LOG2 = 31;
 constexpr std::uint32_t MAX_SYMBOLS = 4096;
-// Codes that stand for no symbol are a waste that no table needs; a few are let pass.
-constexpr std::uint64_t MAX_SYMBOL_REACH = 2 * MAX_SYMBOLS;
+constexpr std::uint64_t LEAST_FILE_SIZE = 16;
 constexpr int MAX_SYMBOL_LENGTH = 255; // values of a symbol less 1 are one byte
 constexpr int NO_TURN = 15;
 
@@ -213,9 +213,10 @@ bool set_symbol_length(CompressedStream& stream, std::uint32_t symbol, int depth
 }
 
 // Fills the smallest code of each length, left-aligned in 64 bits, and returns how many symbol
-// numbers the codes can stand for: as many as there are symbols if no code is wasted. Returns 0 if
-// the lengths contradict each other. The longer a code, the smaller it is and the lower its symbols
-// are numbered.
+// numbers the codes can stand for. Returns 0 if the lengths contradict each other: the longer a
+// code, the smaller it is and the lower its symbols are numbered, so the first numbers must not
+// rise with the length. All codes of length i + 1 lie below base[i], so every number is below that
+// of the largest code of the shortest length.
 std::uint64_t set_code_base(std::uint64_t* base, const std::uint8_t* code_offsets, int min_length,
                             int lengths) {
     const auto first_symbol = [code_offsets](int i) { return load_le16(code_offsets + 2 * i); };
@@ -289,17 +290,18 @@ SetupResult read_stream_header(TableSetup& setup, StreamSetup& stream) {
     if (code_offsets == nullptr || symbol_count == nullptr)
         return SetupResult::CORRUPTED;
     const std::uint32_t symbols = load_le16(symbol_count);
+    if (symbols > MAX_SYMBOLS)
+        return SetupResult::CORRUPTED;
     const std::uint8_t* const symbol_records = take(file, 3 * symbols + symbols % 2);
-    if (symbols > MAX_SYMBOLS || symbol_records == nullptr)
+    if (symbol_records == nullptr)
         return SetupResult::CORRUPTED;
 
     std::uint64_t code_base[MAX_CODE_LENGTH];
     const std::uint64_t reach = set_code_base(code_base, code_offsets, min_length, lengths);
-    if (reach == 0 || reach > MAX_SYMBOL_REACH)
+    if (reach == 0 || reach > symbols)
         return SetupResult::CORRUPTED;
 
-    CompressedStream* const decoder =
-        allocate_stream(lengths, std::max<std::uint64_t>(reach, symbols));
+    CompressedStream* const decoder = allocate_stream(lengths, symbols);
     if (decoder == nullptr)
         return SetupResult::OUT_OF_MEMORY;
     stream.encoding->decoder = decoder;
@@ -409,7 +411,13 @@ std::uint64_t map_view(TableEntry& entry, const char* name, TableKind kind) {
     const FileHandle file = syzygy_open_file(name, extensions[kind]);
     if (file == INVALID_FILE)
         return 0;
+    // A file that was emptied since it was found cannot be mapped; that is no reason to end.
     std::uint64_t size = 0;
+    if (file_size(file, size) && size < LEAST_FILE_SIZE) {
+        std::fprintf(stderr, "Corrupted table.\n");
+        close_file(file);
+        return 0;
+    }
     const MapResult result = map_file(file, entry.mapping[kind], entry.view[kind], size);
     if (result != MapResult::MAPPED) {
         std::fprintf(stderr, "%s() failed, error = %lu.\n",

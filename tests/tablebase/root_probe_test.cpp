@@ -102,6 +102,34 @@ TEST_F(RootProbe, KnownPositions) {
     }
 }
 
+// What a FEN may say and no game can: the move is legal all the same, or there is none.
+TEST_F(RootProbe, OddFieldsOfAFen) {
+    for (const char* const fen : {
+             "8/5nK1/3kP3/8/8/8/8/8 w - d7 0 1", // the enemy king stands behind the square
+             "8/8/8/4P3/8/8/k6K/8 w - d6 0 1",   // no pawn there
+             "8/8/3N4/4P3/8/8/k6K/8 w - d6 0 1", // a man on the square
+             "8/8/8/3rP3/8/8/k6K/8 w - d6 0 1",  // a rook behind it
+             "8/8/8/8/8/8/kp5K/8 b - a1 0 1",    // the square whose number is 0
+             "8/8/8/3pP3/8/8/k6K/8 w - d6 0 1",  // a true one
+         }) {
+        Position position = position_from(fen);
+        Move move;
+        ASSERT_TRUE(syzygy_root_move(position, move)) << fen;
+        EXPECT_TRUE(is_legal(position, move)) << fen << ' ' << move_to_text(move);
+    }
+    // The clock has no say, not even where it would wrap.
+    Move usual;
+    Position rook = position_from("8/8/8/8/8/4k3/8/R3K3 w - - 0 1");
+    ASSERT_TRUE(syzygy_root_move(rook, usual));
+    for (const int clock : {1, 99, 255, 256, 100000}) {
+        Position position = rook;
+        position.halfmove = clock;
+        Move move;
+        ASSERT_TRUE(syzygy_root_move(position, move));
+        EXPECT_EQ(move, usual) << clock;
+    }
+}
+
 TEST_F(RootProbe, KeepsTheValueAndTheDistance) {
     std::mt19937 random(2024);
     std::vector<std::string> signatures = three_men_signatures();
