@@ -48,11 +48,9 @@ const std::vector<Position>& positions() {
 
 template <typename Work> void over_positions(benchmark::State& state, Work work) {
     const std::vector<Position>& list = positions();
-    for (auto _ : state) {
-        for (const Position& position : list) {
+    for (auto _ : state)
+        for (const Position& position : list)
             benchmark::DoNotOptimize(work(position));
-        }
-    }
     state.SetItemsProcessed(static_cast<std::int64_t>(list.size()) *
                             static_cast<std::int64_t>(state.iterations()));
 }
@@ -73,17 +71,21 @@ void bm_pawns_cached(benchmark::State& state) {
 BENCHMARK(bm_pawns_cached);
 
 void bm_pawns_missed(benchmark::State& state) {
-    over_positions(state, [](const Position& position) {
-        pawn_cache[position.pawn_key % PAWN_CACHE_SIZE].key = ~position.pawn_key;
-        return evaluate_pawns(position);
-    });
+    over_positions(
+        state,
+        [](const Position& position) {
+            pawn_cache[position.pawn_key % PAWN_CACHE_SIZE].key = ~position.pawn_key;
+            return evaluate_pawns(position);
+        });
 }
 BENCHMARK(bm_pawns_missed);
 
 void bm_endgame_tests(benchmark::State& state) {
-    over_positions(state, [](const Position& position) {
-        return endgame_bonus(position) + endgame_scale(position, 30);
-    });
+    over_positions(
+        state,
+        [](const Position& position) {
+            return endgame_bonus(position) + endgame_scale(position, 30);
+        });
 }
 BENCHMARK(bm_endgame_tests);
 

@@ -22,23 +22,20 @@ constexpr int RECORD_SIZE = 16;
 
 std::uint64_t big_endian(const unsigned char* bytes, int size) {
     std::uint64_t value = 0;
-    for (int i = 0; i < size; ++i) {
+    for (int i = 0; i < size; ++i)
         value = (value << 8) | bytes[i];
-    }
     return value;
 }
 
 // The file's size in bytes when it is that of a book: whole records, at least one, and within
 // 32 signed bits. Otherwise 0.
 int book_file_size(std::FILE* file) {
-    if (std::fseek(file, 0, SEEK_END) != 0) {
+    if (std::fseek(file, 0, SEEK_END) != 0)
         return 0;
-    }
     const std::int64_t size = std::ftell(file);
     if (size < RECORD_SIZE || size % RECORD_SIZE != 0 || size > std::numeric_limits<int>::max() ||
-        std::fseek(file, 0, SEEK_SET) != 0) {
+        std::fseek(file, 0, SEEK_SET) != 0)
         return 0;
-    }
     return static_cast<int>(size);
 }
 
@@ -46,9 +43,8 @@ int book_file_size(std::FILE* file) {
 // does not fit into memory, or is shorter by now than it just said.
 unsigned char* read_book_file(const char* path, int& size) {
     std::FILE* const file = open_regular_file(path);
-    if (file == nullptr) {
+    if (file == nullptr)
         return nullptr;
-    }
     unsigned char* buffer = nullptr;
     size = book_file_size(file);
     if (size > 0) {
@@ -73,9 +69,8 @@ bool book_load(const char* path) {
 
     int size = 0;
     unsigned char* const buffer = read_book_file(path, size);
-    if (buffer == nullptr) {
+    if (buffer == nullptr)
         return false;
-    }
     const int count = size / RECORD_SIZE;
     book_entries = new (std::nothrow) BookEntry[static_cast<std::size_t>(count)];
     if (book_entries == nullptr) {

@@ -31,9 +31,8 @@ int first_entry(std::uint64_t key) {
         } else if (book_entries[mid].key > key) {
             hi = mid - 1;
         } else {
-            while (mid > 0 && book_entries[mid - 1].key == key) {
+            while (mid > 0 && book_entries[mid - 1].key == key)
                 --mid;
-            }
             return mid;
         }
     }
@@ -55,9 +54,8 @@ bool choose_move(int first, std::uint64_t key, int& chosen) {
         total += weights[count];
         ++count;
     }
-    if (total == 0) {
+    if (total == 0)
         return false;
-    }
     const int pick = std::rand() % total;
     int running = 0;
     for (int i = 0; i < count; ++i) {
@@ -79,11 +77,10 @@ Move decode_move(Position& position, int book_move) {
     // The book castles by king takes own rook; here the king moves two squares.
     const int mover = position.board[from];
     if (mover != EMPTY_SQUARE && piece_type(mover) == KING && file_of(from) == file_of(E1)) {
-        if (file_of(to) == file_of(H1)) {
+        if (file_of(to) == file_of(H1))
             to = make_square(file_of(G1), rank_of(from));
-        } else if (file_of(to) == file_of(A1)) {
+        else if (file_of(to) == file_of(A1))
             to = make_square(file_of(C1), rank_of(from));
-        }
     }
 
     MoveList legal;
@@ -92,9 +89,8 @@ Move decode_move(Position& position, int book_move) {
         const Move move = legal.moves[i];
         // Without a promotion in the entry the first of the four, the queen, is as good.
         if (move_from(move) == from && move_to(move) == to &&
-            (promotion == 0 || (is_promotion(move) && promoted_type(move) == promotion))) {
+            (promotion == 0 || (is_promotion(move) && promoted_type(move) == promotion)))
             return move;
-        }
     }
     return MOVE_NONE;
 }
@@ -102,15 +98,13 @@ Move decode_move(Position& position, int book_move) {
 } // namespace
 
 Move book_probe(Position& position) {
-    if (!own_book || book_entry_count == 0) {
+    if (!own_book || book_entry_count == 0)
         return MOVE_NONE;
-    }
     const std::uint64_t key = polyglot_key(position);
     const int first = first_entry(key);
     int chosen = 0;
-    if (first < 0 || !choose_move(first, key, chosen)) {
+    if (first < 0 || !choose_move(first, key, chosen))
         return MOVE_NONE;
-    }
     // An entry that is no legal move ends the look-up: another record is not tried.
     return decode_move(position, chosen);
 }

@@ -27,26 +27,20 @@ std::uint64_t polyglot_key(const Position& position) {
     std::uint64_t key = 0;
 
     for (int colour = WHITE; colour <= BLACK; ++colour) {
-        for (int type = PAWN; type <= KING; ++type) {
-            for (Bitboard b = position.pieces[colour][type]; b != 0;) {
+        for (int type = PAWN; type <= KING; ++type)
+            for (Bitboard b = position.pieces[colour][type]; b != 0;)
                 key ^= piece_term(colour, type, pop_lowest(b));
-            }
-        }
     }
 
     constexpr int RIGHTS[4] = {WHITE_SHORT, WHITE_LONG, BLACK_SHORT, BLACK_LONG};
-    for (int i = 0; i < 4; ++i) {
-        if ((position.castling & RIGHTS[i]) != 0) {
+    for (int i = 0; i < 4; ++i)
+        if ((position.castling & RIGHTS[i]) != 0)
             key ^= polyglot_random64[POLYGLOT_CASTLING + i];
-        }
-    }
 
-    if (position.ep_square != NO_SQUARE && en_passant_counts(position)) {
+    if (position.ep_square != NO_SQUARE && en_passant_counts(position))
         key ^= polyglot_random64[POLYGLOT_EN_PASSANT + file_of(position.ep_square)];
-    }
-    if (position.side == WHITE) {
+    if (position.side == WHITE)
         key ^= polyglot_random64[POLYGLOT_WHITE_TO_MOVE];
-    }
     return key;
 }
 

@@ -46,16 +46,14 @@ int distance_to_edge(int square) {
 // The strong side mates a bare king with one heavy piece or with bishop and knight.
 int mating_bonus(const Position& position, int strong) {
     const Bitboard* const own = position.pieces[strong];
-    if (own[PAWN] != 0) {
+    if (own[PAWN] != 0)
         return 0;
-    }
     const int strong_king = king_square(position, strong);
     const int weak_king = king_square(position, strong ^ 1);
     const Bitboard minors = own[KNIGHT] | own[BISHOP];
     const Bitboard heavies = own[ROOK] | own[QUEEN];
-    if (minors == 0 && exactly_one(heavies)) {
+    if (minors == 0 && exactly_one(heavies))
         return 10 * (13 - 2 * distance_to_edge(weak_king) - distance(strong_king, weak_king));
-    }
     if (heavies == 0 && exactly_one(own[BISHOP]) && exactly_one(own[KNIGHT])) {
         const bool mirrored = square_parity(lowest_square(own[BISHOP])) != 0;
         return MATING_CORNER[mirrored ? flip_rank(weak_king) : weak_king] +
@@ -75,18 +73,16 @@ bool rook_and_pawn_against_rook(const Position& position, int strong) {
 // The pawn on the seventh with its king on or beside the promotion square, and the weak
 // king cut off: a win by building a bridge.
 int bridge_bonus(const Position& position, int strong) {
-    if (!rook_and_pawn_against_rook(position, strong)) {
+    if (!rook_and_pawn_against_rook(position, strong))
         return 0;
-    }
     const int pawn = lowest_square(position.pieces[strong][PAWN]);
     const int strong_king = king_square(position, strong);
     const int cut_off = file_distance(king_square(position, strong ^ 1), pawn);
     const bool knight_to_bishop_file = file_of(pawn) >= 1 && file_of(pawn) <= 6;
     if (relative_rank(pawn, strong) == 6 && knight_to_bishop_file &&
         relative_rank(strong_king, strong) == 7 && file_distance(strong_king, pawn) <= 1 &&
-        cut_off >= 2) {
+        cut_off >= 2)
         return 20 * (15 + cut_off);
-    }
     return 0;
 }
 
@@ -110,9 +106,8 @@ bool kpk_is_drawn(const Position& position, int strong) {
         strong_king ^= 7;
         weak_king ^= 7;
     }
-    if (rank_of(pawn) == 0 || rank_of(pawn) == 7) {
+    if (rank_of(pawn) == 0 || rank_of(pawn) == 7)
         return true;
-    }
     const int weak_to_move = position.side == strong ? 0 : 1;
     return kpk_table[kpk_index(strong_king, weak_king, weak_to_move, pawn)] != KPK_WIN;
 }
@@ -127,14 +122,12 @@ bool is_kpk(const Position& position, int strong) {
 bool wrong_bishop(const Position& position, int strong) {
     const Bitboard* const own = position.pieces[strong];
     if (own[BISHOP] == 0 || own[PAWN] == 0 || (own[KNIGHT] | own[ROOK] | own[QUEEN]) != 0 ||
-        !bare_king(position, strong ^ 1)) {
+        !bare_king(position, strong ^ 1))
         return false;
-    }
     const bool on_a_file = (own[PAWN] & ~FILE_A) == 0;
     const bool on_h_file = (own[PAWN] & ~FILE_H) == 0;
-    if (!on_a_file && !on_h_file) {
+    if (!on_a_file && !on_h_file)
         return false;
-    }
     const int corner = make_square(on_a_file ? 0 : 7, strong == WHITE ? 7 : 0);
     return (own[BISHOP] & squares_of_parity(square_parity(corner))) == 0 &&
            distance(king_square(position, strong ^ 1), corner) <= 1;
@@ -148,12 +141,10 @@ int pawnless_scale(const Position& position, int strong) {
         9 * (popcount(own[QUEEN]) - popcount(enemy[QUEEN])) +
         5 * (popcount(own[ROOK]) - popcount(enemy[ROOK])) +
         3 * (popcount(own[KNIGHT] | own[BISHOP]) - popcount(enemy[KNIGHT] | enemy[BISHOP]));
-    if (points <= 3) {
+    if (points <= 3)
         return 16;
-    }
-    if (points <= 5) {
+    if (points <= 5)
         return 64;
-    }
     return points <= 8 ? 128 : FULL_SCALE;
 }
 
@@ -163,13 +154,11 @@ int opposite_bishops_scale(const Position& position) {
     if ((white[KNIGHT] | white[ROOK] | white[QUEEN] | black[KNIGHT] | black[ROOK] | black[QUEEN]) !=
             0 ||
         !exactly_one(white[BISHOP]) || !exactly_one(black[BISHOP]) ||
-        !exactly_one((white[BISHOP] | black[BISHOP]) & EVEN_SQUARES)) {
+        !exactly_one((white[BISHOP] | black[BISHOP]) & EVEN_SQUARES))
         return FULL_SCALE;
-    }
     const int pawns = popcount(white[PAWN] | black[PAWN]);
-    if (pawns <= 2) {
+    if (pawns <= 2)
         return 32;
-    }
     return pawns <= 4 ? 96 : 160;
 }
 
@@ -177,16 +166,14 @@ int opposite_bishops_scale(const Position& position) {
 
 int endgame_bonus(const Position& position) {
     // Every pattern that fits is worth more than nothing.
-    if (const int bonus = bonus_for(position, WHITE); bonus != 0) {
+    if (const int bonus = bonus_for(position, WHITE); bonus != 0)
         return bonus;
-    }
     return -bonus_for(position, BLACK);
 }
 
 int krpkr_scale(const Position& position, int strong) {
-    if (!rook_and_pawn_against_rook(position, strong)) {
+    if (!rook_and_pawn_against_rook(position, strong))
         return FULL_SCALE;
-    }
     const int weak = strong ^ 1;
     const int mirror = strong == WHITE ? 0 : 56; // the pawn moves up the board
     const int pawn = lowest_square(position.pieces[strong][PAWN]) ^ mirror;
@@ -195,9 +182,8 @@ int krpkr_scale(const Position& position, int strong) {
     const int weak_rook = lowest_square(position.pieces[weak][ROOK]) ^ mirror;
     const int tempo = position.side == strong ? 1 : 0;
 
-    if (rank_of(pawn) > 4) {
+    if (rank_of(pawn) > 4)
         return FULL_SCALE;
-    }
     const bool third_rank_defence = distance(weak_king, make_square(file_of(pawn), 7)) <= 1 &&
                                     rank_of(strong_king) <= 4 && rank_of(weak_rook) == 5;
     const bool blockade = weak_king == pawn + 8 && distance(strong_king, pawn) - tempo >= 2 &&
@@ -206,22 +192,17 @@ int krpkr_scale(const Position& position, int strong) {
 }
 
 int endgame_scale(const Position& position, int value) {
-    for (const int side : {WHITE, BLACK}) {
-        if (is_kpk(position, side) && kpk_is_drawn(position, side)) {
+    for (const int side : {WHITE, BLACK})
+        if (is_kpk(position, side) && kpk_is_drawn(position, side))
             return 0;
-        }
-    }
     const int strong = value > 0 ? WHITE : BLACK;
-    if (wrong_bishop(position, strong)) {
+    if (wrong_bishop(position, strong))
         return 0;
-    }
-    if (const int scale = krpkr_scale(position, strong); scale != FULL_SCALE) {
+    if (const int scale = krpkr_scale(position, strong); scale != FULL_SCALE)
         return scale;
-    }
     if (position.pieces[strong][PAWN] == 0) {
-        if (const int scale = pawnless_scale(position, strong); scale != FULL_SCALE) {
+        if (const int scale = pawnless_scale(position, strong); scale != FULL_SCALE)
             return scale;
-        }
     }
     return opposite_bishops_scale(position);
 }

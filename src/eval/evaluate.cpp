@@ -29,9 +29,8 @@ template <int us> int passed_extras(const Position& position, const Survey& surv
     // file, spread backwards over that file, reaches it too.
     Bitboard passed =
         own[PAWN] & ~survey.pawn_span[them] & ~fill_forward<them>(push_squares<them>(enemy[PAWN]));
-    if (passed == 0) {
+    if (passed == 0)
         return 0;
-    }
     const int own_king = lowest_square(own[KING]);
     const int enemy_king = lowest_square(enemy[KING]);
     const bool enemy_is_bare = position.occupied[them] == enemy[KING];
@@ -43,20 +42,17 @@ template <int us> int passed_extras(const Position& position, const Survey& surv
         extras += (8 * distance(enemy_king, pawn) - 5 * distance(own_king, pawn)) * rank / 6;
 
         const Bitboard behind = file_mask(file_of(pawn)) & ranks_in_front<them>(pawn);
-        if ((behind & (own[ROOK] | own[QUEEN])) != 0) {
+        if ((behind & (own[ROOK] | own[QUEEN])) != 0)
             extras += PASSED_HEAVY_BEHIND * rank;
-        }
-        if ((behind & (enemy[ROOK] | enemy[QUEEN])) != 0) {
+        if ((behind & (enemy[ROOK] | enemy[QUEEN])) != 0)
             extras -= PASSED_ENEMY_HEAVY_BEHIND * rank;
-        }
 
         if (enemy_is_bare) {
             const int promotion = make_square(file_of(pawn), us == WHITE ? 7 : 0);
             const int steps = 7 - rank - (rank == 1 ? 1 : 0);
             const int chase = distance(enemy_king, promotion) - (position.side == them ? 1 : 0);
-            if (chase > steps) {
+            if (chase > steps)
                 extras += PASSED_UNSTOPPABLE;
-            }
         }
     }
     return extras;
@@ -66,23 +62,18 @@ template <int us> int passed_extras(const Position& position, const Survey& surv
 bool dead_material(const Position& position) {
     const Bitboard* const white = position.pieces[WHITE];
     const Bitboard* const black = position.pieces[BLACK];
-    if ((white[PAWN] | white[ROOK] | white[QUEEN] | black[PAWN] | black[ROOK] | black[QUEEN]) !=
-        0) {
+    if ((white[PAWN] | white[ROOK] | white[QUEEN] | black[PAWN] | black[ROOK] | black[QUEEN]) != 0)
         return false;
-    }
     const int white_minors = popcount(white[KNIGHT] | white[BISHOP]);
     const int black_minors = popcount(black[KNIGHT] | black[BISHOP]);
-    if (white_minors + black_minors <= 1) {
+    if (white_minors + black_minors <= 1)
         return true;
-    }
-    if (white_minors + black_minors != 2) {
+    if (white_minors + black_minors != 2)
         return false;
-    }
     const Bitboard knights = white[KNIGHT] | black[KNIGHT];
     const Bitboard bishops = white[BISHOP] | black[BISHOP];
-    if (white_minors != black_minors) {
+    if (white_minors != black_minors)
         return bishops == 0; // two knights against a bare king
-    }
     const bool one_colour = (bishops & EVEN_SQUARES) == 0 || (bishops & ~EVEN_SQUARES) == 0;
     return knights == 0 && one_colour;
 }
@@ -119,17 +110,15 @@ int game_phase(const Position& position) {
 
 int evaluate(const Position& position) {
     if (position.pieces[WHITE][KING] == 0 || position.pieces[BLACK][KING] == 0 ||
-        dead_material(position)) {
+        dead_material(position))
         return 0;
-    }
     const Score sum = sum_of_terms(position);
     const int phase = game_phase(position);
     int value = (mg_value(sum) * phase + eg_value(sum) * (MAX_GAME_PHASE - phase)) / MAX_GAME_PHASE;
     value += position.side == WHITE ? TEMPO : -TEMPO;
     value += endgame_bonus(position);
-    if (const int scale = endgame_scale(position, value); scale != FULL_SCALE) {
+    if (const int scale = endgame_scale(position, value); scale != FULL_SCALE)
         value = value * scale / FULL_SCALE;
-    }
     return position.side == WHITE ? value : -value;
 }
 

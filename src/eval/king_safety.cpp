@@ -37,9 +37,8 @@ constexpr int HALF_OPEN_FILE_DANGER = 10; // with a pawn of the attacker
 
 template <int colour> int king_danger(const Position& position, const Survey& survey) {
     constexpr int attacker = colour ^ 1;
-    if (position.pieces[colour][KING] == 0) {
+    if (position.pieces[colour][KING] == 0)
         return 0;
-    }
     const int king = lowest_square(position.pieces[colour][KING]);
 
     int units = survey.king_zone_units[attacker];
@@ -49,18 +48,14 @@ template <int colour> int king_danger(const Position& position, const Survey& su
     const Bitboard bishop_checks = bishop_attacks(king, position.all_pieces) & safe;
     const Bitboard rook_checks = rook_attacks(king, position.all_pieces) & safe;
     const Bitboard knight_checks = knight_attacks[king] & safe;
-    if ((survey.first_queen_reach[attacker] & (bishop_checks | rook_checks)) != 0) {
+    if ((survey.first_queen_reach[attacker] & (bishop_checks | rook_checks)) != 0)
         units += QUEEN_CHECK_UNITS;
-    }
-    if ((survey.rook_reach[attacker] & rook_checks) != 0) {
+    if ((survey.rook_reach[attacker] & rook_checks) != 0)
         units += ROOK_CHECK_UNITS;
-    }
-    if ((survey.bishop_reach[attacker] & bishop_checks) != 0) {
+    if ((survey.bishop_reach[attacker] & bishop_checks) != 0)
         units += MINOR_CHECK_UNITS;
-    }
-    if ((survey.knight_reach[attacker] & knight_checks) != 0) {
+    if ((survey.knight_reach[attacker] & knight_checks) != 0)
         units += MINOR_CHECK_UNITS;
-    }
 
     // One square stands for each of the two or three files.
     const Bitboard own_file = file_mask(file_of(king));

@@ -18,9 +18,8 @@ int entry(int strong_king, int weak_king, int weak_to_move, int pawn) {
 }
 
 int classify_strong_to_move(int strong_king, int weak_king, int pawn) {
-    if ((pawn_attacks[WHITE][pawn] & square_bit(weak_king)) != 0) {
+    if ((pawn_attacks[WHITE][pawn] & square_bit(weak_king)) != 0)
         return KPK_INVALID; // the weak side is in check, out of turn
-    }
     const Bitboard kings = square_bit(strong_king) | square_bit(weak_king);
     const int stop = pawn + 8;
     const bool stop_free = (kings & square_bit(stop)) == 0;
@@ -28,24 +27,20 @@ int classify_strong_to_move(int strong_king, int weak_king, int pawn) {
     // A promotion that the weak king can take counts as no move at all.
     if (rank_of(pawn) == 6 && stop_free &&
         ((king_attacks[weak_king] & square_bit(stop)) == 0 ||
-         (king_attacks[strong_king] & square_bit(stop)) != 0)) {
+         (king_attacks[strong_king] & square_bit(stop)) != 0))
         return KPK_WIN;
-    }
 
     int results = 0;
     for (Bitboard moves = king_attacks[strong_king] & ~king_attacks[weak_king] & ~square_bit(pawn);
-         moves != 0;) {
+         moves != 0;)
         results |= entry(pop_lowest(moves), weak_king, 1, pawn);
-    }
     if (rank_of(pawn) < 6 && stop_free) {
         results |= entry(strong_king, weak_king, 1, stop);
-        if (rank_of(pawn) == 1 && (kings & square_bit(stop + 8)) == 0) {
+        if (rank_of(pawn) == 1 && (kings & square_bit(stop + 8)) == 0)
             results |= entry(strong_king, weak_king, 1, stop + 8);
-        }
     }
-    if ((results & KPK_WIN) != 0) {
+    if ((results & KPK_WIN) != 0)
         return KPK_WIN;
-    }
     return (results & KPK_UNKNOWN) != 0 ? KPK_UNKNOWN : KPK_DRAW; // stalemate among the draws
 }
 
@@ -55,17 +50,14 @@ int classify_weak_to_move(int strong_king, int weak_king, int pawn) {
              king_attacks[weak_king] & ~king_attacks[strong_king] & ~pawn_attacks[WHITE][pawn];
          moves != 0;) {
         const int target = pop_lowest(moves);
-        if (target == pawn) {
+        if (target == pawn)
             return KPK_DRAW;
-        }
         results |= entry(strong_king, target, 0, pawn);
     }
-    if ((results & KPK_DRAW) != 0) {
+    if ((results & KPK_DRAW) != 0)
         return KPK_DRAW;
-    }
-    if (results != 0) {
+    if (results != 0)
         return (results & KPK_UNKNOWN) != 0 ? KPK_UNKNOWN : KPK_WIN;
-    }
     const bool checkmate = (pawn_attacks[WHITE][pawn] & square_bit(weak_king)) != 0;
     return checkmate ? KPK_WIN : KPK_DRAW;
 }
@@ -99,9 +91,8 @@ bool sweep() {
 int kpk_classify(int strong_king, int weak_king, int weak_to_move, int pawn) {
     if (strong_king == weak_king || strong_king == pawn || weak_king == pawn ||
         (king_attacks[strong_king] & square_bit(weak_king)) != 0 || rank_of(pawn) == 0 ||
-        rank_of(pawn) == 7) {
+        rank_of(pawn) == 7)
         return KPK_INVALID;
-    }
     return weak_to_move != 0 ? classify_weak_to_move(strong_king, weak_king, pawn)
                              : classify_strong_to_move(strong_king, weak_king, pawn);
 }

@@ -33,27 +33,22 @@ template <int colour> Score rate_pawns(const Bitboard own, const Bitboard enemy)
         const Bitboard rank_and_behind =
             rank_mask(rank_of(square)) | push_squares<colour ^ 1>(rank_mask(rank_of(square)));
 
-        if (more_than_one(own & file)) {
+        if (more_than_one(own & file))
             score += DOUBLED;
-        }
-        if ((own & adjacent) == 0) {
+        if ((own & adjacent) == 0)
             score += ISOLATED;
-        }
-        if ((own & adjacent & rank_and_behind) != 0) {
+        if ((own & adjacent & rank_and_behind) != 0)
             score += CONNECTED;
-        }
         const Bitboard supporters = own & adjacent & behind;
         const Bitboard sentries = enemy & adjacent & front;
         if ((enemy & file & front) == 0) {
-            if (sentries == 0) {
+            if (sentries == 0)
                 score += PASSED[rank];
-            } else if (popcount(supporters) >= popcount(sentries)) {
+            else if (popcount(supporters) >= popcount(sentries))
                 score += CANDIDATE[rank];
-            }
         }
-        if (supporters == 0 && (enemy_attacks & stop) != 0) {
+        if (supporters == 0 && (enemy_attacks & stop) != 0)
             score += BACKWARD;
-        }
     }
     return score;
 }

@@ -62,9 +62,8 @@ template <int us> Score rooks(const Position& position, const Survey& survey) {
     if ((own_rooks & seventh) != 0) {
         const Bitboard kings = position.pieces[them][KING];
         const Bitboard king = kings & (~kings + 1); // the one on the lowest square
-        if ((king & eighth) != 0 || (position.pieces[them][PAWN] & seventh) != 0) {
+        if ((king & eighth) != 0 || (position.pieces[them][PAWN] & seventh) != 0)
             score += ROOK_ON_SEVENTH * popcount(own_rooks & seventh);
-        }
     }
     return score;
 }
@@ -72,12 +71,10 @@ template <int us> Score rooks(const Position& position, const Survey& survey) {
 template <int us> Score threats(const Position& position, const Survey& survey) {
     const Bitboard* const enemy = position.pieces[us ^ 1];
     Score score = survey.minor_threats[us];
-    if ((survey.pawn_reach[us] & (enemy[KNIGHT] | enemy[BISHOP])) != 0) {
+    if ((survey.pawn_reach[us] & (enemy[KNIGHT] | enemy[BISHOP])) != 0)
         score += PAWN_ATTACKS_MINOR;
-    }
-    if ((survey.pawn_reach[us] & enemy[ROOK]) != 0) {
+    if ((survey.pawn_reach[us] & enemy[ROOK]) != 0)
         score += PAWN_ATTACKS_ROOK;
-    }
     return score;
 }
 

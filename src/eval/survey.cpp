@@ -89,9 +89,8 @@ template <int us> void survey_pieces(const Position& position, Survey& survey) {
     for (Bitboard rest = own[QUEEN]; rest != 0;) {
         const bool first = rest == own[QUEEN];
         const Bitboard reach = queen_attacks(pop_lowest(rest), occupancy);
-        if (first) {
+        if (first)
             survey.first_queen_reach[us] = reach;
-        }
         mobility += QUEEN_MOBILITY[popcount(reach & area)];
         units += zone_units(reach, QUEEN_ZONE_UNITS);
     }

@@ -9,17 +9,14 @@ namespace brindlemoth {
 std::FILE* open_regular_file(const char* path) {
     // Without O_NONBLOCK the open of a pipe would wait for a writer.
     const int descriptor = open(path, O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
-    if (descriptor < 0) {
+    if (descriptor < 0)
         return nullptr;
-    }
     struct stat status {};
     std::FILE* file = nullptr;
-    if (fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode)) {
+    if (fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode))
         file = fdopen(descriptor, "rb");
-    }
-    if (file == nullptr) {
+    if (file == nullptr)
         close(descriptor);
-    }
     return file;
 }
 

@@ -7,9 +7,8 @@ namespace brindlemoth {
 
 std::FILE* open_regular_file(const char* path) {
     std::FILE* const file = std::fopen(path, "rb");
-    if (file == nullptr) {
+    if (file == nullptr)
         return nullptr;
-    }
     const auto handle = reinterpret_cast<HANDLE>(_get_osfhandle(_fileno(file)));
     if (GetFileType(handle) != FILE_TYPE_DISK) {
         std::fclose(file);

@@ -6,9 +6,8 @@ namespace brindlemoth {
 
 bool input_waiting() {
     const HANDLE input = GetStdHandle(STD_INPUT_HANDLE);
-    if (input == INVALID_HANDLE_VALUE) {
+    if (input == INVALID_HANDLE_VALUE)
         return false;
-    }
     DWORD mode = 0;
     if (GetConsoleMode(input, &mode)) {
         DWORD events = 0;
@@ -23,9 +22,8 @@ int read_input(char* buffer, int size) {
     const HANDLE input = GetStdHandle(STD_INPUT_HANDLE);
     DWORD count = 0;
     if (input == INVALID_HANDLE_VALUE ||
-        !ReadFile(input, buffer, static_cast<DWORD>(size), &count, nullptr)) {
+        !ReadFile(input, buffer, static_cast<DWORD>(size), &count, nullptr))
         return 0;
-    }
     return static_cast<int>(count);
 }
 

@@ -41,9 +41,8 @@ void set_style(const char* value) {
 // No value, or the announced default, leaves the tables in force that there are.
 void set_syzygy_path(const char* value) {
     const char* const path = skip_blanks(value);
-    if (*path == '\0' || begins_with(path, "<empty>")) {
+    if (*path == '\0' || begins_with(path, "<empty>"))
         return;
-    }
     syzygy_init(path);
     syzygy_probe_limit = static_cast<std::int32_t>(syzygy_max_men);
 }
@@ -64,9 +63,8 @@ constexpr Option OPTIONS[] = {
 void cmd_setoption(const char* line) {
     const char* const name_word = std::strstr(line, "name");
     const char* const value_word = std::strstr(line, "value");
-    if (name_word == nullptr || value_word == nullptr) {
+    if (name_word == nullptr || value_word == nullptr)
         return;
-    }
     const char* const name = skip_blanks(name_word + std::strlen("name"));
     const char* const value = value_word + std::strlen("value");
     for (const Option& option : OPTIONS) {

@@ -8,9 +8,8 @@
 namespace brindlemoth {
 
 inline const char* skip_blanks(const char* text) {
-    while (*text == ' ') {
+    while (*text == ' ')
         ++text;
-    }
     return text;
 }
 

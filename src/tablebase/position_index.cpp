@@ -122,14 +122,14 @@ void mirror_all(int squares[MAX_TABLE_MEN], int men, int mask) {
 
 template <typename Before> void exchange_sort(int* first, const int* last, Before before) {
     for (; first != last; ++first) {
-        for (int* other = first + 1; other != last; ++other) {
+        for (int* other = first + 1; other != last; ++other)
             if (before(*other, *first))
                 std::swap(*first, *other);
-        }
     }
 }
 void sort_rising(int* first, const int* last) {
-    exchange_sort(first, last, [](int a, int b) { return a < b; });
+    exchange_sort(
+        first, last, [](int a, int b) { return a < b; });
 }
 
 // How many of the first `count` squares lie below the given one.
@@ -162,10 +162,9 @@ void fold_into_triangle(int squares[MAX_TABLE_MEN], int men, int leading_men) {
         const int side = at(off_diagonal, squares[i]);
         if (side == 0)
             continue;
-        if (side > 0) {
+        if (side > 0)
             for (int j = 0; j < men; ++j)
                 squares[j] = at(diagonal_flip, squares[j]);
-        }
         return;
     }
 }
@@ -236,10 +235,9 @@ int syzygy_collect_squares(const ProbeBoard& board, const SideEncoding& encoding
 }
 
 int syzygy_pick_lead_pawn(int squares[MAX_TABLE_MEN], int lead_pawns) {
-    for (int i = 1; i < lead_pawns; ++i) {
+    for (int i = 1; i < lead_pawns; ++i)
         if (at(pawn_slot, squares[0]) > at(pawn_slot, squares[i]))
             std::swap(squares[0], squares[i]);
-    }
     return fold(file_of(squares[0]));
 }
 

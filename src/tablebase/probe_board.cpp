@@ -162,20 +162,18 @@ Key board_material_key(const ProbeBoard& board, bool mirror) {
 void board_material_name(const ProbeBoard& board, char* text, bool mirror) {
     for (int side = 0; side < 2; ++side) {
         const int white = (side == 0) != mirror ? 1 : 0;
-        for (int type = PROBE_KING; type >= PROBE_PAWN; --type) {
+        for (int type = PROBE_KING; type >= PROBE_PAWN; --type)
             for (int n = popcount(board_men(board, white, type)); n > 0; --n)
                 *text++ = " PNBRQK"[type];
-        }
         *text++ = side == 0 ? 'v' : '\0';
     }
 }
 
 int board_moved_type(const ProbeBoard& board, ProbeMove move) {
     const Bitboard from = square_bit(probe_move_from(move));
-    for (int type = PROBE_PAWN; type <= PROBE_KING; ++type) {
+    for (int type = PROBE_PAWN; type <= PROBE_KING; ++type)
         if ((board_men(board, board.white_to_move, type) & from) != 0)
             return type;
-    }
     return PROBE_NONE;
 }
 

@@ -215,12 +215,11 @@ bool syzygy_file_usable(const char* name, const char* extension) {
 void count_signature_men(const char* name, int counts[16]) {
     std::fill(counts, counts + 16, 0);
     int second_side = 0;
-    for (; *name != '\0'; ++name) {
+    for (; *name != '\0'; ++name)
         if (*name == 'v')
             second_side = 8;
         else if (const char* const code = std::strchr("PNBRQK", *name))
             ++counts[code - "PNBRQK" + 1 + second_side];
-    }
 }
 
 void syzygy_register(const char* name) {

@@ -94,10 +94,9 @@ std::uint16_t syzygy_root(const ProbeBoard& board) {
         return ROOT_STALEMATE;
     // Any drawing move will do; the material makes the choice a steady one.
     Key skip = board_material_key(board, board.white_to_move == 0) % draws;
-    for (int i = 0;; ++i) {
+    for (int i = 0;; ++i)
         if (list.scores[i] == 0 && skip-- == 0)
             return list.moves[i];
-    }
 }
 
 bool syzygy_root_move(Position& position, Move& move) {

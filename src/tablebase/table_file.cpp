@@ -84,10 +84,9 @@ bool order_fits_signature(const SideEncoding& encoding, const TableSetup& setup)
         const int count = left[code];
         if (count == 0)
             return false;
-        for (const int end = i + count; i < end; ++i) {
+        for (const int end = i + count; i < end; ++i)
             if (encoding.piece_order[i] != code)
                 return false;
-        }
         left[code] = 0;
     }
     return true;
@@ -317,10 +316,9 @@ SetupResult read_stream_header(TableSetup& setup, StreamSetup& stream) {
     decoder->symbol_count = symbols;
     decoder->view_end = file.view + file.size;
 
-    for (std::uint32_t symbol = 0; symbol < symbols; ++symbol) {
+    for (std::uint32_t symbol = 0; symbol < symbols; ++symbol)
         if (!set_symbol_length(*decoder, symbol, 0))
             return SetupResult::CORRUPTED;
-    }
     return SetupResult::DONE;
 }
 

@@ -48,13 +48,12 @@ static void add_men(CommandLine& line, const std::string& text) {
 
 static void add_signature(CommandLine& line, const std::string& text) {
     const std::optional<Signature> signature = parse_signature(text);
-    if (!signature) {
+    if (!signature)
         line.problem = "\"" + text + "\" is no signature: expected something like KRPvKR";
-    } else if (men_of(*signature) > MAX_SOLVED_MEN) {
+    else if (men_of(*signature) > MAX_SOLVED_MEN)
         line.problem = text + " has more than " + std::to_string(MAX_SOLVED_MEN) + " men";
-    } else {
+    else
         line.wanted.push_back(*signature);
-    }
 }
 
 CommandLine read_command_line(const std::vector<std::string>& arguments) {
@@ -64,9 +63,8 @@ CommandLine read_command_line(const std::vector<std::string>& arguments) {
     bool out = false;
     for (std::size_t i = 0; i < arguments.size() && line.problem.empty(); ++i) {
         const std::string& word = arguments[i];
-        if (word == "--help" || word == "-h") {
+        if (word == "--help" || word == "-h")
             return {};
-        }
         if (word.empty() || word[0] != '-') {
             add_signature(line, word);
             continue;
@@ -83,9 +81,8 @@ CommandLine read_command_line(const std::vector<std::string>& arguments) {
         } else if (word == "--threads") {
             const std::optional<int> threads = read_number(value);
             line.threads = threads.value_or(0);
-            if (line.threads < 1 || line.threads > MAX_THREADS) {
+            if (line.threads < 1 || line.threads > MAX_THREADS)
                 line.problem = "--threads takes a number from 1 to 256, not \"" + value + "\"";
-            }
         } else {
             (word == "--out" ? out : verify) = true;
             line.directory = value;

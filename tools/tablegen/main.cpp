@@ -13,9 +13,8 @@ int complain(const std::string& problem) {
 }
 
 static int run(const CommandLine& line) {
-    if (!line.problem.empty()) {
+    if (!line.problem.empty())
         return complain(line.problem);
-    }
     switch (line.task) {
     case Task::MAKE:
         return make_tables(line);

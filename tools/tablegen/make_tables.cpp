@@ -48,9 +48,8 @@ static std::vector<Job> plan(const CommandLine& line) {
     }
     // From the last job back: who is solved needs what it converts into.
     for (std::size_t i = jobs.size(); i-- > 0;) {
-        if (!jobs[i].solve) {
+        if (!jobs[i].solve)
             continue;
-        }
         for (const Signature& needed : conversions(jobs[i].signature)) {
             const auto job = std::find_if(jobs.begin(), jobs.end(), [&](const Job& other) {
                 return other.signature == needed;
@@ -81,9 +80,8 @@ static std::string write_file(const std::string& directory, const TableFile& fil
 static std::string try_directory(const std::string& directory) {
     const std::string path = (std::filesystem::path(directory) / "tablegen.tmp").string();
     std::FILE* file = std::fopen(path.c_str(), "wb");
-    if (file == nullptr) {
+    if (file == nullptr)
         return "cannot write to " + directory + ": " + std::strerror(errno);
-    }
     std::fclose(file);
     std::remove(path.c_str());
     return "";
@@ -92,26 +90,22 @@ static std::string try_directory(const std::string& directory) {
 int make_tables(const CommandLine& line) {
     std::error_code error;
     std::filesystem::create_directories(line.directory, error);
-    if (error) {
+    if (error)
         return complain("cannot make directory " + line.directory + ": " + error.message());
-    }
-    if (const std::string failure = try_directory(line.directory); !failure.empty()) {
+    if (const std::string failure = try_directory(line.directory); !failure.empty())
         return complain(failure);
-    }
     const std::vector<Job> jobs = plan(line);
     double total = 0;
-    for (const Job& job : jobs) {
+    for (const Job& job : jobs)
         total += work_of(job);
-    }
     ProgressLine progress = start_progress(total);
     TableSet tables;
     for (std::size_t i = 0; i < jobs.size(); ++i) {
         const Job& job = jobs[i];
         const std::string name = name_of(job.signature);
         if (!job.solve) {
-            if (men_of(job.signature) > 2) {
+            if (men_of(job.signature) > 2)
                 finish_table(progress, name + ": there and whole");
-            }
             continue;
         }
         const auto start = std::chrono::steady_clock::now();
@@ -129,12 +123,12 @@ int make_tables(const CommandLine& line) {
                               [&](double done) { show_progress(progress, 0.5 + 0.25 * done); }),
                 wdl_bytes);
             if (failure.empty()) {
-                failure = write_file(line.directory,
-                                     make_dtz_file(table, line.threads,
-                                                   [&](double done) {
-                                                       show_progress(progress, 0.75 + 0.25 * done);
-                                                   }),
-                                     dtz_bytes);
+                failure = write_file(
+                    line.directory,
+                    make_dtz_file(
+                        table, line.threads,
+                        [&](double done) { show_progress(progress, 0.75 + 0.25 * done); }),
+                    dtz_bytes);
             }
             if (!failure.empty()) {
                 clear_progress(progress);
@@ -147,11 +141,9 @@ int make_tables(const CommandLine& line) {
             finish_table(progress, text);
         }
         drop_distances(table);
-        for (std::size_t earlier = 0; earlier <= i; ++earlier) {
-            if (jobs[earlier].last_user <= i) {
+        for (std::size_t earlier = 0; earlier <= i; ++earlier)
+            if (jobs[earlier].last_user <= i)
                 tables.erase(name_of(jobs[earlier].signature));
-            }
-        }
     }
     return 0;
 }

@@ -42,9 +42,8 @@ static std::string clock_text(double seconds) {
 
 void show_progress(ProgressLine& line, double done) {
     const Clock::time_point now = Clock::now();
-    if (!line.terminal || now - line.shown < BETWEEN_UPDATES) {
+    if (!line.terminal || now - line.shown < BETWEEN_UPDATES)
         return;
-    }
     line.shown = now;
     const double share = (line.before + line.current * done) / line.total;
     const double elapsed = std::chrono::duration<double>(now - line.start).count();

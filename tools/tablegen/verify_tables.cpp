@@ -16,9 +16,8 @@ static std::vector<Signature> signatures_there(const std::string& directory) {
         for (const Signature& signature : all_signatures(men)) {
             std::error_code ignored;
             if (std::filesystem::exists(table_path(directory, signature, false), ignored) ||
-                std::filesystem::exists(table_path(directory, signature, true), ignored)) {
+                std::filesystem::exists(table_path(directory, signature, true), ignored))
                 there.push_back(signature);
-            }
         }
     }
     return there;
@@ -26,18 +25,15 @@ static std::vector<Signature> signatures_there(const std::string& directory) {
 
 int verify_tables(const CommandLine& line) {
     std::error_code error;
-    if (!std::filesystem::is_directory(line.directory, error)) {
+    if (!std::filesystem::is_directory(line.directory, error))
         return complain("no directory " + line.directory);
-    }
     const std::vector<Signature> there = signatures_there(line.directory);
-    if (there.empty()) {
+    if (there.empty())
         return complain("no tables of up to 5 men in " + line.directory);
-    }
     const std::vector<Signature> needed = closure(there);
     double total = 0;
-    for (const Signature& signature : needed) {
+    for (const Signature& signature : needed)
         total += static_cast<double>(cells_of(make_layout(signature)));
-    }
     ProgressLine progress = start_progress(total);
     TableSet tables;
     std::uint64_t positions = 0;
@@ -51,9 +47,8 @@ int verify_tables(const CommandLine& line) {
         for (const bool dtz : {false, true}) {
             const std::string path = table_path(line.directory, signature, dtz);
             std::error_code ignored;
-            if (!std::filesystem::exists(path, ignored)) {
+            if (!std::filesystem::exists(path, ignored))
                 continue;
-            }
             ++files;
             TableReader reader;
             const std::string fault = open_table(path, signature, dtz, reader);

@@ -13,17 +13,15 @@ void for_en_passant(const Table& table, const Placement& placement, Side side,
     const Layout& layout = table.layout;
     const int back = side == WHITE ? 8 : -8; // from the pushed pawn towards where it came from
     Squares occupied = 0;
-    for (std::size_t slot = 0; slot < layout.men; ++slot) {
+    for (std::size_t slot = 0; slot < layout.men; ++slot)
         occupied |= bit(placement[slot]);
-    }
     for (std::size_t pushed = 0; pushed < layout.pawns; ++pushed) {
         const int square = placement[pushed];
         const bool may_have_pushed =
             layout.side[pushed] != side && square / 8 == (side == WHITE ? 4 : 3) &&
             (occupied & (bit(square + back) | bit(square + 2 * back))) == 0;
-        if (!may_have_pushed) {
+        if (!may_have_pushed)
             continue;
-        }
         bool ready = false;
         for (std::size_t slot = 0; slot < layout.pawns; ++slot) {
             ready |= layout.side[slot] == side &&
@@ -31,9 +29,8 @@ void for_en_passant(const Table& table, const Placement& placement, Side side,
         }
         Placement before = placement;
         before[pushed] = static_cast<std::uint8_t>(square + 2 * back);
-        if (ready && !king_attacked(layout, before, side)) {
+        if (ready && !king_attacked(layout, before, side))
             visit(pushed);
-        }
     }
 }
 
@@ -50,9 +47,8 @@ TableCounts count_positions(const Table& table, int threads) {
             const Placement placement = placement_of(layout, cell);
             for (const Side side : {WHITE, BLACK}) {
                 const int distance = table.distance[side][cell];
-                if (distance == ILLEGAL_DISTANCE) {
+                if (distance == ILLEGAL_DISTANCE)
                     continue;
-                }
                 ++part.legal;
                 part.not_drawn += distance != 0 ? 1 : 0;
                 part.mated += distance == -1 && !has_legal_move(table, placement, side) ? 1 : 0;
@@ -73,17 +69,13 @@ TableCounts count_positions(const Table& table, int threads) {
     // Every cell stands for its reflections; like men were counted in every order.
     std::uint64_t orders = 1;
     for (const auto& side : layout.signature.count) {
-        for (std::uint64_t alike : side) {
-            for (; alike > 1; --alike) {
+        for (std::uint64_t alike : side)
+            for (; alike > 1; --alike)
                 orders *= alike;
-            }
-        }
     }
     const auto images = static_cast<std::uint64_t>(images_of(layout));
-    for (std::uint64_t* number :
-         {&total.legal, &total.en_passant, &total.not_drawn, &total.mated}) {
+    for (std::uint64_t* number : {&total.legal, &total.en_passant, &total.not_drawn, &total.mated})
         *number = *number * images / orders;
-    }
     return total;
 }
 

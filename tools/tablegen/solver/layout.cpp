@@ -24,9 +24,8 @@ Layout make_layout(const Signature& signature) {
         add(BLACK, kind);
     }
     layout.chunks = layout.pawns == 0 ? 1 : FOLDED_PAWN_SQUARES;
-    for (std::size_t slot = 1; slot < layout.pawns; ++slot) {
+    for (std::size_t slot = 1; slot < layout.pawns; ++slot)
         layout.chunks *= PAWN_SQUARES;
-    }
     int bits = 0;
     for (std::size_t slot = layout.men; slot-- > layout.pawns;) {
         layout.shift[slot] = bits;
@@ -49,18 +48,16 @@ Placement placement_of(const Layout& layout, std::size_t cell) {
         placement[slot] = static_cast<std::uint8_t>(8 + chunk % PAWN_SQUARES);
         chunk /= PAWN_SQUARES;
     }
-    if (layout.pawns != 0) {
+    if (layout.pawns != 0)
         placement[0] = static_cast<std::uint8_t>(8 + chunk / 4 * 8 + chunk % 4);
-    }
     return placement;
 }
 
 std::size_t cell_of(const Layout& layout, const Placement& placement) {
     const unsigned first = placement[0];
     unsigned mirror = (first & 4) != 0 ? 7 : 0;
-    if (layout.pawns == 0 && (first & 32) != 0) {
+    if (layout.pawns == 0 && (first & 32) != 0)
         mirror ^= 56;
-    }
     const unsigned folded = first ^ mirror;
     std::size_t chunk = 0;
     std::size_t within = 0;
@@ -68,13 +65,11 @@ std::size_t cell_of(const Layout& layout, const Placement& placement) {
         within = static_cast<std::size_t>((folded & 3) | (folded & 24) >> 1) << layout.shift[0];
     } else {
         chunk = (folded / 8 - 1) * 4 + (folded & 3);
-        for (std::size_t slot = 1; slot < layout.pawns; ++slot) {
+        for (std::size_t slot = 1; slot < layout.pawns; ++slot)
             chunk = chunk * PAWN_SQUARES + ((placement[slot] ^ mirror) - 8);
-        }
     }
-    for (std::size_t slot = layout.pawns == 0 ? 1 : layout.pawns; slot < layout.men; ++slot) {
+    for (std::size_t slot = layout.pawns == 0 ? 1 : layout.pawns; slot < layout.men; ++slot)
         within |= static_cast<std::size_t>(placement[slot] ^ mirror) << layout.shift[slot];
-    }
     return chunk * layout.chunk_cells + within;
 }
 

@@ -13,18 +13,15 @@ namespace brindlemoth::tablegen {
 template <typename Work> void parallel_for(int threads, std::size_t count, const Work& work) {
     std::atomic<std::size_t> next{0};
     auto run = [&] {
-        for (std::size_t i = next++; i < count; i = next++) {
+        for (std::size_t i = next++; i < count; i = next++)
             work(i);
-        }
     };
     std::vector<std::thread> helpers;
-    for (int i = 1; i < threads && static_cast<std::size_t>(i) < count; ++i) {
+    for (int i = 1; i < threads && static_cast<std::size_t>(i) < count; ++i)
         helpers.emplace_back(run);
-    }
     run();
-    for (std::thread& helper : helpers) {
+    for (std::thread& helper : helpers)
         helper.join();
-    }
 }
 
 } // namespace brindlemoth::tablegen

@@ -10,11 +10,9 @@ static constexpr std::string_view LETTERS = " PNBRQK";
 
 int men_of(const Signature& signature) {
     int men = 0;
-    for (const auto& side : signature.count) {
-        for (const int count : side) {
+    for (const auto& side : signature.count)
+        for (const int count : side)
             men += count;
-        }
-    }
     return men;
 }
 
@@ -47,16 +45,14 @@ Signature canonical(const Signature& signature, bool* exchanged) {
     auto strength = [&](Side side) {
         const auto& count = signature.count[side];
         int men = 0;
-        for (const int number : count) {
+        for (const int number : count)
             men += number;
-        }
         return std::array<int, 6>{men,           count[QUEEN],  count[ROOK],
                                   count[BISHOP], count[KNIGHT], count[PAWN]};
     };
     const bool exchange = strength(WHITE) < strength(BLACK);
-    if (exchanged != nullptr) {
+    if (exchanged != nullptr)
         *exchanged = exchange;
-    }
     return exchange ? exchange_sides(signature) : signature;
 }
 
@@ -70,16 +66,14 @@ std::optional<Signature> parse_signature(std::string_view text) {
         }
         const auto kind = LETTERS.find(letter);
         if (kind == std::string_view::npos || kind == NO_KIND ||
-            signature.count[side][kind] == MAX_FILE_MEN) {
+            signature.count[side][kind] == MAX_FILE_MEN)
             return std::nullopt;
-        }
         ++signature.count[side][kind];
     }
     const int men = men_of(signature);
     if (signature.count[WHITE][KING] != 1 || signature.count[BLACK][KING] != 1 || men < 3 ||
-        men > MAX_FILE_MEN) {
+        men > MAX_FILE_MEN)
         return std::nullopt;
-    }
     return canonical(signature);
 }
 
@@ -90,9 +84,8 @@ std::vector<Signature> all_signatures(int men) {
     signature.count[WHITE][KING] = signature.count[BLACK][KING] = 1;
     const std::function<void(int, int)> deal = [&](int place, int left) {
         if (left == 0) {
-            if (canonical(signature) == signature) {
+            if (canonical(signature) == signature)
                 result.push_back(signature);
-            }
             return;
         }
         for (int next = place; next < 10; ++next) {
@@ -114,9 +107,8 @@ std::vector<Signature> conversions(const Signature& signature) {
     std::vector<Signature> result;
     auto add = [&](const Signature& after) {
         const Signature form = canonical(after);
-        if (std::find(result.begin(), result.end(), form) == result.end()) {
+        if (std::find(result.begin(), result.end(), form) == result.end())
             result.push_back(form);
-        }
     };
     for (const Side mover : {WHITE, BLACK}) {
         const Side other = mover == WHITE ? BLACK : WHITE;
@@ -124,9 +116,8 @@ std::vector<Signature> conversions(const Signature& signature) {
         for (std::size_t victim = NO_KIND; victim < KING; ++victim) {
             Signature after = signature;
             if (victim != NO_KIND) {
-                if (after.count[other][victim] == 0) {
+                if (after.count[other][victim] == 0)
                     continue;
-                }
                 --after.count[other][victim];
                 add(after);
             }
@@ -146,17 +137,14 @@ std::vector<Signature> conversions(const Signature& signature) {
 std::vector<Signature> closure(const std::vector<Signature>& wanted) {
     std::vector<Signature> result;
     const std::function<void(const Signature&)> add = [&](const Signature& signature) {
-        if (std::find(result.begin(), result.end(), signature) != result.end()) {
+        if (std::find(result.begin(), result.end(), signature) != result.end())
             return;
-        }
-        for (const Signature& next : conversions(signature)) {
+        for (const Signature& next : conversions(signature))
             add(next);
-        }
         result.push_back(signature);
     };
-    for (const Signature& signature : wanted) {
+    for (const Signature& signature : wanted)
         add(signature);
-    }
     return result;
 }
 

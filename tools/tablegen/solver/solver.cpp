@@ -75,9 +75,8 @@ template <typename Visit>
 static void for_quiet_moves(const Layout& layout, const Placement& placement, std::size_t within,
                             Side side, Squares occupied, const Visit& visit) {
     for (std::size_t slot = layout.pawns; slot < layout.men; ++slot) {
-        if (layout.side[slot] != side) {
+        if (layout.side[slot] != side)
             continue;
-        }
         const Kind kind = layout.kind[slot];
         const std::size_t from = placement[slot];
         const std::size_t others = within - (from << layout.shift[slot]);
@@ -85,9 +84,8 @@ static void for_quiet_moves(const Layout& layout, const Placement& placement, st
             const Ray& ray = geometry.rays[kind][from][static_cast<std::size_t>(i)];
             for (std::size_t k = 0; k < ray.length; ++k) {
                 const std::size_t to = ray.square[k];
-                if ((occupied & bit(static_cast<int>(to))) != 0) {
+                if ((occupied & bit(static_cast<int>(to))) != 0)
                     break;
-                }
                 if (slot == 0) {
                     Placement after = placement;
                     after[0] = static_cast<std::uint8_t>(to);
@@ -124,10 +122,9 @@ static void mark_illegal(Chunk& chunk) {
                 impossible[side] |=
                     attacks(side, layout.kind[slot], placement[slot], placement[king], occupied);
             }
-            for (const Side side : {WHITE, BLACK}) {
+            for (const Side side : {WHITE, BLACK})
                 chunk.cell(side, within) =
                     static_cast<std::int16_t>(impossible[side] ? ILLEGAL_DISTANCE : int{UNDECIDED});
-            }
         }
     });
 }
@@ -139,9 +136,8 @@ static int starting_code(Chunk& chunk, std::size_t within, Side side) {
     const Placement placement = placement_of(layout, chunk.first_cell + within);
     const ZeroingMoves zeroing = zeroing_moves(chunk.table, placement, side);
     const int best = std::max(zeroing.best_capture, zeroing.best_pawn_move);
-    if (best == 2) {
+    if (best == 2)
         return 1;
-    }
     bool overlap;
     const Squares occupied = occupied_by(layout, placement, &overlap);
     int quiet = 0;
@@ -158,12 +154,10 @@ static int starting_code(Chunk& chunk, std::size_t within, Side side) {
     default:
         break;
     }
-    if (quiet > 0) {
+    if (quiet > 0)
         return UNDECIDED + ZEROING_LOSES + quiet;
-    }
-    if (best == -2) {
+    if (best == -2)
         return -2; // every move loses, and at once
-    }
     return king_attacked(layout, placement, side) ? -1 : UNDECIDED + ZEROING_DRAWS;
 }
 
@@ -181,46 +175,45 @@ struct Tally {
 } // namespace
 
 static void note(std::atomic<bool>& seen) {
-    if (!seen.load(std::memory_order_relaxed)) {
+    if (!seen.load(std::memory_order_relaxed))
         seen.store(true, std::memory_order_relaxed);
-    }
 }
 
 // Step 2: gives every legal position its starting code.
 static void start_codes(Chunk& chunk, Tally& tally) {
-    for_stretches(chunk, [&](std::size_t first, std::size_t last) {
-        for (std::size_t within = first; within < last; ++within) {
-            for (const Side side : {WHITE, BLACK}) {
-                std::int16_t& cell = chunk.cell(side, within);
-                if (load(cell) == ILLEGAL_DISTANCE) {
-                    continue;
-                }
-                const int code = starting_code(chunk, within, side);
-                store(cell, code);
-                const int zeroing = code & ZEROING_MASK;
-                if (code == 1) {
-                    note(tally.wins[1]);
-                } else if (code < 0) {
-                    note(tally.losses[static_cast<std::size_t>(-code - 1)]);
-                } else if (zeroing == ZEROING_IS_BLESSED || zeroing == ZEROING_IS_CURSED) {
-                    note(chunk.any_waiting);
+    for_stretches(
+        chunk,
+        [&](std::size_t first, std::size_t last) {
+            for (std::size_t within = first; within < last; ++within) {
+                for (const Side side : {WHITE, BLACK}) {
+                    std::int16_t& cell = chunk.cell(side, within);
+                    if (load(cell) == ILLEGAL_DISTANCE)
+                        continue;
+                    const int code = starting_code(chunk, within, side);
+                    store(cell, code);
+                    const int zeroing = code & ZEROING_MASK;
+                    if (code == 1)
+                        note(tally.wins[1]);
+                    else if (code < 0)
+                        note(tally.losses[static_cast<std::size_t>(-code - 1)]);
+                    else if (zeroing == ZEROING_IS_BLESSED || zeroing == ZEROING_IS_CURSED)
+                        note(chunk.any_waiting);
                 }
             }
-        }
-    });
+        });
 }
 
 // Calls visit(side, cell within the chunk, placement) for each cell that holds the code.
 template <typename Visit> static void for_code(Chunk& chunk, int code, const Visit& visit) {
-    for_stretches(chunk, [&](std::size_t first, std::size_t last) {
-        for (const Side side : {WHITE, BLACK}) {
-            for (std::size_t within = first; within < last; ++within) {
-                if (load(chunk.cell(side, within)) == code) {
-                    visit(side, within);
-                }
+    for_stretches(
+        chunk,
+        [&](std::size_t first, std::size_t last) {
+            for (const Side side : {WHITE, BLACK}) {
+                for (std::size_t within = first; within < last; ++within)
+                    if (load(chunk.cell(side, within)) == code)
+                        visit(side, within);
             }
-        }
-    });
+        });
 }
 
 // Calls visit(cell) for each undecided cell of the other side from which a quiet move leads here.
@@ -233,66 +226,73 @@ static void for_predecessors(Chunk& chunk, Side side, std::size_t within, const 
     const Squares occupied = occupied_by(layout, placement, &overlap);
     for_quiet_moves(layout, placement, within, mover, occupied, [&](std::size_t before) {
         std::int16_t& cell = chunk.cell(mover, before);
-        if (load(cell) >= UNDECIDED) {
+        if (load(cell) >= UNDECIDED)
             visit(cell);
-        }
     });
 }
 
 // Spoilt wins and losses whose captures or pawn moves decide become due at ply 101.
 static void release_waiting(Chunk& chunk, Tally& tally) {
-    for_stretches(chunk, [&](std::size_t first, std::size_t last) {
-        for (const Side side : {WHITE, BLACK}) {
-            for (std::size_t within = first; within < last; ++within) {
-                std::int16_t& cell = chunk.cell(side, within);
-                const int code = load(cell);
-                if (code < UNDECIDED) {
-                    continue;
-                }
-                if ((code & ZEROING_MASK) == ZEROING_IS_CURSED) {
-                    store(cell, CURSED);
-                    note(tally.wins[CURSED]);
-                } else if (code == UNDECIDED + ZEROING_IS_BLESSED) {
-                    store(cell, -(CURSED + 1));
-                    note(tally.losses[CURSED]);
+    for_stretches(
+        chunk,
+        [&](std::size_t first, std::size_t last) {
+            for (const Side side : {WHITE, BLACK}) {
+                for (std::size_t within = first; within < last; ++within) {
+                    std::int16_t& cell = chunk.cell(side, within);
+                    const int code = load(cell);
+                    if (code < UNDECIDED)
+                        continue;
+                    if ((code & ZEROING_MASK) == ZEROING_IS_CURSED) {
+                        store(cell, CURSED);
+                        note(tally.wins[CURSED]);
+                    } else if (code == UNDECIDED + ZEROING_IS_BLESSED) {
+                        store(cell, -(CURSED + 1));
+                        note(tally.losses[CURSED]);
+                    }
                 }
             }
-        }
-    });
+        });
 }
 
 // Step 3, for n rising: who can move to a loss in n - 1 wins in n; who can only move to wins,
 // the longest of them in n, loses in n + 1.
 static void spread(Chunk& chunk, Tally& tally) {
     for (std::size_t n = 1; n <= MAX_DISTANCE; ++n) {
-        if (n == CURSED && chunk.any_waiting) {
+        if (n == CURSED && chunk.any_waiting)
             release_waiting(chunk, tally);
-        }
         if (tally.losses[n - 1]) {
-            for_code(chunk, -static_cast<int>(n), [&](Side side, std::size_t within) {
-                for_predecessors(chunk, side, within, [&](std::int16_t& cell) {
-                    store(cell, static_cast<int>(n));
-                    note(tally.wins[n]);
+            for_code(
+                chunk, -static_cast<int>(n),
+                [&](Side side, std::size_t within) {
+                    for_predecessors(
+                        chunk, side, within,
+                        [&](std::int16_t& cell) {
+                            store(cell, static_cast<int>(n));
+                            note(tally.wins[n]);
+                        });
                 });
-            });
         }
         if (tally.wins[n]) {
-            for_code(chunk, static_cast<int>(n), [&](Side side, std::size_t within) {
-                for_predecessors(chunk, side, within, [&](std::int16_t& cell) {
-                    const int left = Cell(cell).fetch_sub(1, std::memory_order_relaxed) - 1;
-                    const bool loses = left == UNDECIDED + ZEROING_LOSES ||
-                                       (left == UNDECIDED + ZEROING_IS_BLESSED && n + 1 >= CURSED);
-                    if (loses) {
-                        store(cell, -static_cast<int>(n + 2));
-                        note(tally.losses[n + 1]);
-                    }
+            for_code(
+                chunk, static_cast<int>(n),
+                [&](Side side, std::size_t within) {
+                    for_predecessors(
+                        chunk, side, within,
+                        [&](std::int16_t& cell) {
+                            const int left = Cell(cell).fetch_sub(1, std::memory_order_relaxed) - 1;
+                            const bool loses =
+                                left == UNDECIDED + ZEROING_LOSES ||
+                                (left == UNDECIDED + ZEROING_IS_BLESSED && n + 1 >= CURSED);
+                            if (loses) {
+                                store(cell, -static_cast<int>(n + 2));
+                                note(tally.losses[n + 1]);
+                            }
+                        });
                 });
-            });
         }
         if (!tally.losses[n - 1] && !tally.wins[n] && !tally.losses[n]) {
-            if (n >= CURSED || !chunk.any_waiting) {
+            if (n >= CURSED || !chunk.any_waiting)
                 break;
-            }
             n = CURSED - 1;
         }
     }
@@ -300,18 +300,19 @@ static void spread(Chunk& chunk, Tally& tally) {
 
 // Step 4: turns codes into distances.
 static void finish(Chunk& chunk) {
-    for_stretches(chunk, [&](std::size_t first, std::size_t last) {
-        for (const Side side : {WHITE, BLACK}) {
-            for (std::size_t within = first; within < last; ++within) {
-                std::int16_t& cell = chunk.cell(side, within);
-                if (cell >= UNDECIDED) {
-                    cell = 0;
-                } else if (cell < -1 && cell != ILLEGAL_DISTANCE) {
-                    cell = static_cast<std::int16_t>(cell + 1);
+    for_stretches(
+        chunk,
+        [&](std::size_t first, std::size_t last) {
+            for (const Side side : {WHITE, BLACK}) {
+                for (std::size_t within = first; within < last; ++within) {
+                    std::int16_t& cell = chunk.cell(side, within);
+                    if (cell >= UNDECIDED)
+                        cell = 0;
+                    else if (cell < -1 && cell != ILLEGAL_DISTANCE)
+                        cell = static_cast<std::int16_t>(cell + 1);
                 }
             }
-        }
-    });
+        });
 }
 
 static void solve_chunk(Table& table, std::size_t number, int threads) {
@@ -342,9 +343,8 @@ static std::vector<std::vector<std::size_t>> chunk_groups(const Layout& layout) 
 Table& solve(const Signature& signature, TableSet& solved, int threads, const Progress& progress) {
     std::unique_ptr<Table> made = make_table(signature, solved);
     Table& table = *made;
-    for (const Side side : {WHITE, BLACK}) {
+    for (const Side side : {WHITE, BLACK})
         table.distance[side].resize(cells_of(table.layout));
-    }
     std::size_t done = 0;
     std::mutex reporting;
     for (const std::vector<std::size_t>& group : chunk_groups(table.layout)) {
@@ -354,9 +354,8 @@ Table& solve(const Signature& signature, TableSet& solved, int threads, const Pr
             solve_chunk(table, group[i], lone ? threads : 1);
             const std::lock_guard<std::mutex> lock(reporting);
             ++done;
-            if (progress) {
+            if (progress)
                 progress(static_cast<double>(done) / static_cast<double>(table.layout.chunks));
-            }
         });
     }
     solved[name_of(signature)] = std::move(made);
@@ -364,11 +363,9 @@ Table& solve(const Signature& signature, TableSet& solved, int threads, const Pr
 }
 
 Table& solve_closure(const Signature& signature, TableSet& solved, int threads) {
-    for (const Signature& needed : closure({signature})) {
-        if (solved.find(name_of(needed)) == solved.end()) {
+    for (const Signature& needed : closure({signature}))
+        if (solved.find(name_of(needed)) == solved.end())
             solve(needed, solved, threads);
-        }
-    }
     return *solved.at(name_of(signature));
 }
 

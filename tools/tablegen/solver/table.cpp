@@ -16,16 +16,14 @@ static Side opponent(Side side) {
 
 static Squares occupied_squares(const Layout& layout, const Placement& placement) {
     Squares occupied = 0;
-    for (std::size_t slot = 0; slot < layout.men; ++slot) {
+    for (std::size_t slot = 0; slot < layout.men; ++slot)
         occupied |= bit(placement[slot]);
-    }
     return occupied;
 }
 
 int wdl_at(const Table& table, Side side, std::size_t cell) {
-    if (!table.wdl[side].empty()) {
+    if (!table.wdl[side].empty())
         return table.wdl[side][cell];
-    }
     const int distance = table.distance[side][cell];
     return distance == ILLEGAL_DISTANCE ? ILLEGAL_WDL : wdl_of_distance(distance);
 }
@@ -42,9 +40,8 @@ static int value_after(const Conversion& conversion, const Placement& placement,
     const Table& table = *conversion.table;
     Placement after{};
     const unsigned flip = conversion.exchanged ? 56 : 0;
-    for (std::size_t slot = 0; slot < table.layout.men; ++slot) {
+    for (std::size_t slot = 0; slot < table.layout.men; ++slot)
         after[slot] = static_cast<std::uint8_t>(placement[conversion.slot[slot]] ^ flip);
-    }
     const Side to_move = conversion.exchanged ? mover : opponent(mover);
     const int wdl = wdl_at(table, to_move, cell_of(table.layout, after));
     return wdl == ILLEGAL_WDL ? NO_VALUE : -wdl;
@@ -58,9 +55,8 @@ static bool on_last_rank(int square) {
 static int best_promotion(const Table& table, const Placement& after, Side mover,
                           std::size_t captured, std::size_t slot) {
     int best = NO_VALUE;
-    for (const Kind kind : {QUEEN, ROOK, BISHOP, KNIGHT}) {
+    for (const Kind kind : {QUEEN, ROOK, BISHOP, KNIGHT})
         best = std::max(best, value_after(conversion(table, captured, slot, kind), after, mover));
-    }
     return best;
 }
 
@@ -69,15 +65,13 @@ static int best_capture_among(const Table& table, const Placement& placement, Si
     const Layout& layout = table.layout;
     int best = NO_VALUE;
     for (std::size_t victim = 0; victim < layout.men; ++victim) {
-        if (layout.side[victim] == side || layout.kind[victim] == KING) {
+        if (layout.side[victim] == side || layout.kind[victim] == KING)
             continue;
-        }
         const int target = placement[victim];
         for (std::size_t slot = 0; slot < layout.men; ++slot) {
             if (layout.side[slot] != side ||
-                !attacks(side, layout.kind[slot], placement[slot], target, occupied)) {
+                !attacks(side, layout.kind[slot], placement[slot], target, occupied))
                 continue;
-            }
             Placement after = placement;
             after[slot] = static_cast<std::uint8_t>(target);
             const int value =
@@ -95,9 +89,8 @@ static int value_of_step(const Table& table, const Placement& after, Side mover,
                          bool two_ranks) {
     const Side to_move = opponent(mover);
     const std::size_t cell = cell_of(table.layout, after);
-    if (table.distance[to_move][cell] == ILLEGAL_DISTANCE) {
+    if (table.distance[to_move][cell] == ILLEGAL_DISTANCE)
         return NO_VALUE;
-    }
     return two_ranks ? -wdl_of_distance(distance_with_en_passant(table, after, to_move, pushed))
                      : -wdl_of_distance(table.distance[to_move][cell]);
 }
@@ -109,9 +102,8 @@ static int best_pawn_move(const Table& table, const Placement& placement, Side s
     int best = NO_VALUE;
     for (std::size_t slot = 0; slot < layout.pawns; ++slot) {
         const int from = placement[slot];
-        if (layout.side[slot] != side || (occupied & bit(from + forward)) != 0) {
+        if (layout.side[slot] != side || (occupied & bit(from + forward)) != 0)
             continue;
-        }
         Placement after = placement;
         after[slot] = static_cast<std::uint8_t>(from + forward);
         if (on_last_rank(from + forward)) {
@@ -141,12 +133,10 @@ int best_capture(const Table& table, const Placement& placement, Side side) {
 bool king_attacked(const Layout& layout, const Placement& placement, Side side) {
     const Squares occupied = occupied_squares(layout, placement);
     const int king = placement[layout.king_slot[side]];
-    for (std::size_t slot = 0; slot < layout.men; ++slot) {
+    for (std::size_t slot = 0; slot < layout.men; ++slot)
         if (layout.side[slot] != side &&
-            attacks(layout.side[slot], layout.kind[slot], placement[slot], king, occupied)) {
+            attacks(layout.side[slot], layout.kind[slot], placement[slot], king, occupied))
             return true;
-        }
-    }
     return false;
 }
 
@@ -155,20 +145,17 @@ static bool has_quiet_move(const Table& table, const Placement& placement, Side 
     const Squares occupied = occupied_squares(layout, placement);
     for (std::size_t slot = layout.pawns; slot < layout.men; ++slot) {
         const Kind kind = layout.kind[slot];
-        if (layout.side[slot] != side) {
+        if (layout.side[slot] != side)
             continue;
-        }
         for (std::size_t to = 0; to < 64; ++to) {
             if ((occupied & bit(static_cast<int>(to))) != 0 ||
-                !attacks(side, kind, placement[slot], static_cast<int>(to), occupied)) {
+                !attacks(side, kind, placement[slot], static_cast<int>(to), occupied))
                 continue;
-            }
             Placement after = placement;
             after[slot] = static_cast<std::uint8_t>(to);
             const std::size_t cell = cell_of(layout, after);
-            if (table.distance[opponent(side)][cell] != ILLEGAL_DISTANCE) {
+            if (table.distance[opponent(side)][cell] != ILLEGAL_DISTANCE)
                 return true;
-            }
         }
     }
     return false;
@@ -202,9 +189,8 @@ int distance_with_en_passant(const Table& table, const Placement& placement, Sid
                              std::size_t pushed) {
     const int without = table.distance[side][cell_of(table.layout, placement)];
     const int capture = best_en_passant(table, placement, side, pushed);
-    if (capture == NO_VALUE) {
+    if (capture == NO_VALUE)
         return without;
-    }
     const int wdl = wdl_of_distance(without);
     const int zeroing = distance_of_zeroing(capture);
     if (capture == wdl) {
@@ -222,15 +208,12 @@ int distance_with_en_passant(const Table& table, const Placement& placement, Sid
 static Conversion make_conversion(const Layout& before, const TableSet& solved,
                                   std::size_t captured, std::size_t promoting, Kind promoted) {
     Layout left = before;
-    if (promoting < before.men) {
+    if (promoting < before.men)
         left.kind[promoting] = promoted;
-    }
     Signature signature;
-    for (std::size_t slot = 0; slot < left.men; ++slot) {
-        if (slot != captured) {
+    for (std::size_t slot = 0; slot < left.men; ++slot)
+        if (slot != captured)
             ++signature.count[left.side[slot]][left.kind[slot]];
-        }
-    }
     Conversion made;
     const auto found = solved.find(name_of(canonical(signature, &made.exchanged)));
     assert(found != solved.end());
@@ -241,9 +224,8 @@ static Conversion make_conversion(const Layout& before, const TableSet& solved,
         const Side side = made.exchanged ? opponent(after.side[to]) : after.side[to];
         std::size_t from = 0;
         while (used[from] || from == captured || left.kind[from] != after.kind[to] ||
-               left.side[from] != side) {
+               left.side[from] != side)
             ++from;
-        }
         used[from] = true;
         made.slot[to] = static_cast<std::uint8_t>(from);
     }
@@ -258,17 +240,15 @@ std::unique_ptr<Table> make_table(const Signature& signature, const TableSet& so
     const std::size_t slots = none + 1;
     table->conversions.resize(slots * slots * KINDS);
     for (std::size_t captured = 0; captured <= none; ++captured) {
-        if (captured < none && layout.kind[captured] == KING) {
+        if (captured < none && layout.kind[captured] == KING)
             continue;
-        }
         for (std::size_t promoting = 0; promoting <= none; ++promoting) {
             const bool capture_only = promoting == none;
             const bool own_pawn =
                 promoting < layout.pawns &&
                 (captured == none || layout.side[captured] != layout.side[promoting]);
-            if (capture_only ? captured == none : !own_pawn) {
+            if (capture_only ? captured == none : !own_pawn)
                 continue;
-            }
             for (std::size_t kind = NO_KIND; kind <= QUEEN; ++kind) {
                 if (capture_only ? kind == NO_KIND : kind >= KNIGHT) {
                     table->conversions[(captured * slots + promoting) * KINDS + kind] =

@@ -47,9 +47,8 @@ struct Table {
 using TableSet = std::map<std::string, std::unique_ptr<Table>>;
 
 constexpr int wdl_of_distance(int distance) {
-    if (distance == 0) {
+    if (distance == 0)
         return 0;
-    }
     return distance > 0 ? (distance > 100 ? 1 : 2) : (distance < -100 ? -1 : -2);
 }
 

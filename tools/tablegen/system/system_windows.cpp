@@ -11,9 +11,8 @@ bool sync_to_disk(std::FILE* file) {
 }
 
 bool replace_file(const char* from, const char* to) {
-    if (MoveFileExA(from, to, MOVEFILE_REPLACE_EXISTING) != 0) {
+    if (MoveFileExA(from, to, MOVEFILE_REPLACE_EXISTING) != 0)
         return true;
-    }
     errno = EACCES;
     return false;
 }

@@ -10,13 +10,11 @@ namespace brindlemoth::tablegen {
 using MenSquares = std::array<std::size_t, 8>;
 
 static std::uint64_t binomial(std::uint64_t n, std::uint64_t k) {
-    if (n < k) {
+    if (n < k)
         return 0;
-    }
     std::uint64_t result = 1;
-    for (std::uint64_t i = 0; i < k; ++i) {
+    for (std::uint64_t i = 0; i < k; ++i)
         result = result * (n - i) / (i + 1);
-    }
     return result;
 }
 
@@ -69,12 +67,10 @@ static std::uint64_t two_kings_index(std::size_t first, std::size_t second) {
     for (int sweep = 0; sweep < 3; ++sweep) {
         for (const std::size_t a : cells) {
             for (std::size_t b = 0; b < 64; ++b) {
-                if (sweep_of(a, b) != sweep || touching(a, b)) {
+                if (sweep_of(a, b) != sweep || touching(a, b))
                     continue;
-                }
-                if (a == first && b == second) {
+                if (a == first && b == second)
                     return number;
-                }
                 ++number;
             }
         }
@@ -85,9 +81,8 @@ static std::uint64_t two_kings_index(std::size_t first, std::size_t second) {
 static std::uint64_t two_kings_number(std::size_t first, std::size_t second) {
     static const std::vector<std::uint64_t> numbers = [] {
         std::vector<std::uint64_t> made(64 * 64);
-        for (std::size_t i = 0; i < made.size(); ++i) {
+        for (std::size_t i = 0; i < made.size(); ++i)
             made[i] = two_kings_index(i / 64, i % 64);
-        }
         return made;
     }();
     return numbers[first * 64 + second];
@@ -96,42 +91,34 @@ static std::uint64_t two_kings_number(std::size_t first, std::size_t second) {
 static std::uint64_t three_men_index(std::size_t p0, std::size_t p1, std::size_t p2) {
     const std::size_t s1 = p1 > p0 ? 1 : 0;
     const std::size_t s2 = (p2 > p0 ? 1U : 0U) + (p2 > p1 ? 1U : 0U);
-    if (off_diagonal(p0)) {
+    if (off_diagonal(p0))
         return (triangle_cell(p0) * 63 + p1 - s1) * 62 + p2 - s2;
-    }
     const std::size_t d0 = p0 / 8;
-    if (off_diagonal(p1)) {
+    if (off_diagonal(p1))
         return (378 + d0 * 28 + lower_index(p1)) * 62 + p2 - s2;
-    }
     const std::size_t d1 = p1 / 8;
-    if (off_diagonal(p2)) {
+    if (off_diagonal(p2))
         return (1085 + d0 * 7 + d1 - s1) * 28 + lower_index(p2);
-    }
     return (5194 + d0 * 7 + d1 - s1) * 6 + p2 / 8 - s2;
 }
 
 // Sorts a stretch of the men; there are never more than a handful.
 template <typename Before>
 static void sort_squares(MenSquares& square, std::size_t first, std::size_t count, Before before) {
-    for (std::size_t i = first + 1; i < first + count; ++i) {
-        for (std::size_t k = i; k > first && before(square[k], square[k - 1]); --k) {
+    for (std::size_t i = first + 1; i < first + count; ++i)
+        for (std::size_t k = i; k > first && before(square[k], square[k - 1]); --k)
             std::swap(square[k], square[k - 1]);
-        }
-    }
 }
 
 // The first group of a pawnless stream. Turns the whole board so that it fits.
 static std::uint64_t index_leading_men(MenSquares& square, std::size_t men, std::size_t leading) {
-    if ((square[0] & 32) != 0) {
+    if ((square[0] & 32) != 0)
         std::for_each(square.begin(), square.end(), [](std::size_t& s) { s ^= 56; });
-    }
     std::size_t first = 0;
-    while (first < men && !off_diagonal(square[first])) {
+    while (first < men && !off_diagonal(square[first]))
         ++first;
-    }
-    if (first < leading && above_diagonal(square[first])) {
+    if (first < leading && above_diagonal(square[first]))
         std::for_each(square.begin(), square.end(), [](std::size_t& s) { s = diagonal_flip(s); });
-    }
     return leading == 2 ? two_kings_number(square[0], square[1])
                         : three_men_index(square[0], square[1], square[2]);
 }
@@ -141,12 +128,10 @@ static std::uint64_t index_leading_pawns(MenSquares& square, std::size_t pawns) 
                  [](std::size_t a, std::size_t b) { return pawn_order(a) > pawn_order(b); });
     const std::size_t file = square[0] % 8;
     std::uint64_t index = 0;
-    for (std::size_t rank = 1; rank < square[0] / 8; ++rank) {
+    for (std::size_t rank = 1; rank < square[0] / 8; ++rank)
         index += binomial(pawn_order(8 * rank + file), pawns - 1);
-    }
-    for (std::size_t i = 1; i < pawns; ++i) {
+    for (std::size_t i = 1; i < pawns; ++i)
         index += binomial(pawn_order(square[i]), pawns - i);
-    }
     return index;
 }
 
@@ -176,37 +161,30 @@ std::optional<StreamIndex> find_position(const TableReader& reader, const Layout
             const std::uint8_t code = stream.piece[place];
             const bool black = (code >= 8) != flip;
             const std::size_t begin = place;
-            for (std::size_t slot = 0; slot < layout.men; ++slot) {
-                if (layout.kind[slot] == code % 8 && (layout.side[slot] == BLACK) == black) {
+            for (std::size_t slot = 0; slot < layout.men; ++slot)
+                if (layout.kind[slot] == code % 8 && (layout.side[slot] == BLACK) == black)
                     square[place++] = placement[slot];
-                }
-            }
             sort_squares(square, begin, place - begin, std::less<>{});
-            for (std::size_t man = begin; man < place; ++man) {
+            for (std::size_t man = begin; man < place; ++man)
                 square[man] ^= mask;
-            }
         }
     };
     std::size_t file = 0;
     const std::size_t leading = reader.streams[0].groups[0].size;
     if (reader.pawns) {
         collect(reader.streams[0], 0, leading);
-        for (std::size_t i = 1; i < leading; ++i) {
-            if (pawn_slot(square[0]) > pawn_slot(square[i])) {
+        for (std::size_t i = 1; i < leading; ++i)
+            if (pawn_slot(square[0]) > pawn_slot(square[i]))
                 std::swap(square[0], square[i]);
-            }
-        }
         file = std::min(square[0] % 8, 7 - square[0] % 8);
     }
     const ReaderStream& stream =
         reader.streams[file * reader.sides + (reader.sides == 2 ? stored_side : 0)];
-    if (reader.dtz && !symmetric && (stream.flags & 1) != stored_side) {
+    if (reader.dtz && !symmetric && (stream.flags & 1) != stored_side)
         return std::nullopt;
-    }
     collect(stream, reader.pawns ? leading : 0, layout.men);
-    if ((square[0] & 4) != 0) {
+    if ((square[0] & 4) != 0)
         std::for_each(square.begin(), square.end(), [](std::size_t& s) { s ^= 7; });
-    }
     std::uint64_t index = 0;
     for (std::size_t i = 0; i < stream.groups.size(); ++i) {
         const ReaderGroup& group = stream.groups[i];

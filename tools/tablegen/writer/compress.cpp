@@ -15,9 +15,8 @@ constexpr std::uint64_t BLOCKS_PER_ENTRY = 8;
 constexpr int MAX_INDEX_BITS = 20;
 
 std::size_t stream_bytes(const CompressedStream& stream) {
-    if (stream.constant) {
+    if (stream.constant)
         return 2;
-    }
     const std::size_t symbols = stream.symbols.size();
     return 12 + 2 * stream.first_symbol.size() + 3 * symbols + symbols % 2 +
            6 * stream.index_table.size() + 2 * stream.block_lengths.size() + stream.blocks.size();
@@ -31,11 +30,9 @@ static std::vector<int> code_lengths(std::vector<std::uint64_t> counts, int limi
         using Node = std::pair<std::uint64_t, std::size_t>; // count, node number
         std::priority_queue<Node, std::vector<Node>, std::greater<>> open;
         std::vector<std::size_t> parent(2 * counts.size(), 0);
-        for (std::size_t symbol = 0; symbol < counts.size(); ++symbol) {
-            if (counts[symbol] != 0) {
+        for (std::size_t symbol = 0; symbol < counts.size(); ++symbol)
+            if (counts[symbol] != 0)
                 open.push({counts[symbol], symbol});
-            }
-        }
         if (open.size() == 1) {
             lengths[open.top().second] = 1;
             return lengths;
@@ -56,12 +53,10 @@ static std::vector<int> code_lengths(std::vector<std::uint64_t> counts, int limi
             depth[i] = used ? depth[parent[i]] + 1 : 0;
         }
         std::copy_n(depth.begin(), counts.size(), lengths.begin());
-        if (*std::max_element(lengths.begin(), lengths.end()) <= limit) {
+        if (*std::max_element(lengths.begin(), lengths.end()) <= limit)
             return lengths;
-        }
-        for (std::uint64_t& count : counts) {
+        for (std::uint64_t& count : counts)
             count = count == 0 ? 0 : count / 4 + 1;
-        }
     }
 }
 
@@ -82,18 +77,16 @@ struct Coded {
 static Coded assign_codes(Substitution substitution, int limit, CompressedStream& stream) {
     const std::size_t count = substitution.symbols.size();
     std::vector<std::uint64_t> counts(count);
-    for (const std::uint16_t symbol : substitution.sequence) {
+    for (const std::uint16_t symbol : substitution.sequence)
         ++counts[symbol];
-    }
     const std::vector<int> lengths = code_lengths(counts, limit);
     std::vector<std::size_t> by_length(count);
     std::iota(by_length.begin(), by_length.end(), std::size_t{0});
     std::stable_sort(by_length.begin(), by_length.end(),
                      [&](std::size_t a, std::size_t b) { return lengths[a] > lengths[b]; });
     std::vector<std::uint16_t> renamed(count);
-    for (std::size_t i = 0; i < count; ++i) {
+    for (std::size_t i = 0; i < count; ++i)
         renamed[by_length[i]] = static_cast<std::uint16_t>(i);
-    }
 
     Coded coded;
     coded.code.resize(count);
@@ -109,9 +102,8 @@ static Coded assign_codes(Substitution substitution, int limit, CompressedStream
         coded.values[renamed[symbol]] =
             leaf ? 1 : coded.values[renamed[old.left]] + coded.values[renamed[old.right]];
     }
-    for (std::uint16_t& symbol : substitution.sequence) {
+    for (std::uint16_t& symbol : substitution.sequence)
         symbol = renamed[symbol];
-    }
     coded.sequence = std::move(substitution.sequence);
 
     // The longest codes count from 0; each shorter length goes on at half of where that stopped.
@@ -126,9 +118,8 @@ static Coded assign_codes(Substitution substitution, int limit, CompressedStream
     for (int length = stream.max_code_length; length >= stream.min_code_length; --length) {
         stream.first_symbol[static_cast<std::size_t>(length - stream.min_code_length)] =
             static_cast<std::uint16_t>(symbol);
-        for (; symbol < used && coded.length[symbol] == length; ++symbol) {
+        for (; symbol < used && coded.length[symbol] == length; ++symbol)
             coded.code[symbol] = next++;
-        }
         assert(used == 1 || next % 2 == 0);
         next /= 2;
     }
@@ -199,9 +190,8 @@ static void fill_index_table(std::uint64_t positions, int index_bits, Compressed
     if (index_bits == 0) {
         const std::uint64_t wanted = positions * BLOCKS_PER_ENTRY / blocks;
         index_bits = 1;
-        while (index_bits < MAX_INDEX_BITS && (std::uint64_t{1} << index_bits) < wanted) {
+        while (index_bits < MAX_INDEX_BITS && (std::uint64_t{1} << index_bits) < wanted)
             ++index_bits;
-        }
     }
     stream.index_bits = index_bits;
     const std::uint64_t stretch = std::uint64_t{1} << index_bits;
@@ -218,9 +208,8 @@ static void fill_index_table(std::uint64_t positions, int index_bits, Compressed
                 ++stream.extra_blocks;
             }
             const std::uint64_t length = stream.block_lengths[block] + std::uint64_t{1};
-            if (middle < start + length) {
+            if (middle < start + length)
                 break;
-            }
             start += length;
             ++block;
         }

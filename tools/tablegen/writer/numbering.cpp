@@ -11,9 +11,8 @@ constexpr int PAWN_SQUARES = 48;
 
 static constexpr std::uint64_t choose(std::uint64_t n, std::uint64_t k) {
     std::uint64_t result = n >= k ? 1 : 0;
-    for (std::uint64_t i = 1; i <= k && result != 0; ++i) {
+    for (std::uint64_t i = 1; i <= k && result != 0; ++i)
         result = result * (n - k + i) / i;
-    }
     return result;
 }
 
@@ -71,9 +70,8 @@ static std::vector<std::array<std::uint8_t, 3>> list_three_men() {
                         }
                     }
                     if (first_off == row && below && first != second && first != third &&
-                        second != third) {
+                        second != third)
                         list.push_back(men);
-                    }
                 }
             }
         }
@@ -93,9 +91,8 @@ static std::vector<std::array<std::uint8_t, 2>> list_two_kings() {
                 const bool fits = !on_diagonal(first)   ? row == 0
                                   : on_diagonal(second) ? row == 2
                                                         : row == 1 && below_diagonal(second);
-                if (fits && !touching) {
+                if (fits && !touching)
                     list.push_back({first, second});
-                }
             }
         }
     }
@@ -105,15 +102,12 @@ static std::vector<std::array<std::uint8_t, 2>> list_two_kings() {
 static const NumberingTables& tables() {
     static const NumberingTables made = [] {
         NumberingTables t;
-        for (std::size_t n = 0; n < t.binomial.size(); ++n) {
-            for (std::size_t k = 0; k < t.binomial[n].size(); ++k) {
+        for (std::size_t n = 0; n < t.binomial.size(); ++n)
+            for (std::size_t k = 0; k < t.binomial[n].size(); ++k)
                 t.binomial[n][k] = choose(n, k);
-            }
-        }
-        for (int square = 8; square < 56; ++square) {
+        for (int square = 8; square < 56; ++square)
             t.pawn_square[static_cast<std::size_t>(pawn_rank_order(square))] =
                 static_cast<std::uint8_t>(square);
-        }
         t.three_men = list_three_men();
         t.two_kings = list_two_kings();
         return t;
@@ -123,9 +117,8 @@ static const NumberingTables& tables() {
 
 bool kings_lead(const Signature& signature) {
     int single = 0;
-    for (const auto& side : signature.count) {
+    for (const auto& side : signature.count)
         single += static_cast<int>(std::count(side.begin(), side.end(), 1));
-    }
     return single == 2;
 }
 
@@ -153,11 +146,9 @@ std::vector<StreamOrder> possible_orders(const Signature& signature) {
     std::vector<std::vector<std::uint8_t>> starts;
     std::vector<std::uint8_t> singles;
     for (const Side side : {WHITE, BLACK}) {
-        for (std::size_t kind = PAWN; kind <= KING; ++kind) {
-            if (signature.count[side][kind] == 1) {
+        for (std::size_t kind = PAWN; kind <= KING; ++kind)
+            if (signature.count[side][kind] == 1)
                 singles.push_back(piece_code(side, kind));
-            }
-        }
     }
     const bool pawns = pawns_of(signature) != 0;
     const std::uint8_t white_king = piece_code(WHITE, KING);
@@ -175,11 +166,9 @@ std::vector<StreamOrder> possible_orders(const Signature& signature) {
     } else {
         for (const std::uint8_t a : singles) {
             for (const std::uint8_t b : singles) {
-                for (const std::uint8_t c : singles) {
-                    if (a != b && a != c && b != c) {
+                for (const std::uint8_t c : singles)
+                    if (a != b && a != c && b != c)
                         starts.push_back({a, b, c});
-                    }
-                }
             }
         }
     }
@@ -190,25 +179,22 @@ std::vector<StreamOrder> possible_orders(const Signature& signature) {
             for (std::size_t kind = PAWN; kind <= KING; ++kind) {
                 const std::uint8_t piece = piece_code(side, kind);
                 if (signature.count[side][kind] != 0 &&
-                    std::find(start.begin(), start.end(), piece) == start.end()) {
+                    std::find(start.begin(), start.end(), piece) == start.end())
                     rest.push_back(piece);
-                }
             }
         }
         do {
             StreamOrder base;
             auto next = std::copy(start.begin(), start.end(), base.piece.begin());
-            for (const std::uint8_t piece : rest) {
+            for (const std::uint8_t piece : rest)
                 next = std::fill_n(next, signature.count[side_of(piece)][kind_of(piece)], piece);
-            }
             base.order2 = two_pawn_groups ? 1 : 15;
             const int groups = static_cast<int>(count_groups(signature, base));
             for (base.order = 0; base.order < groups; ++base.order) {
                 for (int second = 0; second < (two_pawn_groups ? groups : 1); ++second) {
                     base.order2 = two_pawn_groups ? second : 15;
-                    if (base.order2 != base.order) {
+                    if (base.order2 != base.order)
                         result.push_back(base);
-                    }
                 }
             }
         } while (std::next_permutation(rest.begin(), rest.end()));
@@ -244,9 +230,8 @@ Numbering make_numbering(const Signature& signature, int file_position, const St
         const std::size_t others = signature.count[lead == WHITE ? BLACK : WHITE][PAWN];
         add(GroupKind::LEADING_PAWNS, leading, leading_pawn_placements(leading, file_position));
         two_pawn_groups = others != 0;
-        if (two_pawn_groups) {
+        if (two_pawn_groups)
             add(GroupKind::OTHER_PAWNS, others, choose(PAWN_SQUARES - leading, others));
-        }
     } else if (kings_lead(signature)) {
         add(GroupKind::TWO_KINGS, 2, tables().two_kings.size());
     } else {
@@ -284,12 +269,10 @@ Numbering make_numbering(const Signature& signature, int file_position, const St
 static std::uint8_t free_square(std::uint64_t number, const FileSquares& squares,
                                 std::size_t earlier) {
     std::uint64_t taken = 0;
-    for (std::size_t i = 0; i < earlier; ++i) {
+    for (std::size_t i = 0; i < earlier; ++i)
         taken |= std::uint64_t{1} << squares[i];
-    }
-    for (; taken != 0; taken &= taken - 1) {
+    for (; taken != 0; taken &= taken - 1)
         number += static_cast<std::uint64_t>(std::countr_zero(taken)) <= number ? 1 : 0;
-    }
     return static_cast<std::uint8_t>(number);
 }
 
@@ -298,9 +281,8 @@ template <typename Take>
 static void for_combination(std::uint64_t place, std::size_t size, const Take& take) {
     for (std::size_t k = size; k >= 1; --k) {
         std::uint64_t number = k - 1;
-        while (number + 1 < SQUARES && tables().binomial[number + 1][k] <= place) {
+        while (number + 1 < SQUARES && tables().binomial[number + 1][k] <= place)
             ++number;
-        }
         place -= tables().binomial[number][k];
         take(k - 1, number);
     }
@@ -323,9 +305,8 @@ FileSquares squares_at(const Numbering& numbering, std::uint64_t index) {
             for (;; lead += 8) {
                 const auto order = static_cast<std::size_t>(pawn_rank_order(lead));
                 const std::uint64_t with_it = tables().binomial[order][group.size - 1];
-                if (place < with_it) {
+                if (place < with_it)
                     break;
-                }
                 place -= with_it;
             }
             squares[0] = static_cast<std::uint8_t>(lead);

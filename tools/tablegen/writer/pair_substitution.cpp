@@ -62,10 +62,13 @@ static std::vector<Pair> count_pairs(const std::vector<std::uint16_t>& sequence,
         pair.count = table.entries[pair.place];
         table.entries[pair.place] = 0;
     }
-    std::erase_if(pairs, [&](const Pair& pair) {
-        return table.values[pair.place / table.stride] + table.values[pair.place % table.stride] >
-               MAX_SYMBOL_VALUES;
-    });
+    std::erase_if(
+        pairs,
+        [&](const Pair& pair) {
+            return table.values[pair.place / table.stride] +
+                       table.values[pair.place % table.stride] >
+                   MAX_SYMBOL_VALUES;
+        });
     std::sort(pairs.begin(), pairs.end(), [](const Pair& a, const Pair& b) {
         return a.count != b.count ? a.count > b.count : a.place < b.place;
     });
@@ -110,9 +113,8 @@ Substitution substitute_pairs(std::vector<std::uint16_t> values,
     while (made.symbols.size() < max_symbols) {
         table.reserve(made.symbols.size());
         const std::vector<Pair> pairs = count_pairs(made.sequence, table);
-        if (pairs.empty() || pairs[0].count < settings.min_pair_count) {
+        if (pairs.empty() || pairs[0].count < settings.min_pair_count)
             break;
-        }
         const auto least = std::max<std::uint32_t>(
             settings.min_pair_count, static_cast<std::uint32_t>(pairs[0].count * ROUND_FRACTION));
         // Pairs of one round must not compete for a symbol between them.
@@ -122,12 +124,10 @@ Substitution substitute_pairs(std::vector<std::uint16_t> values,
         for (const Pair& pair : pairs) {
             const auto left = static_cast<std::uint16_t>(pair.place / table.stride);
             const auto right = static_cast<std::uint16_t>(pair.place % table.stride);
-            if (pair.count < least || made.symbols.size() == max_symbols) {
+            if (pair.count < least || made.symbols.size() == max_symbols)
                 break;
-            }
-            if (is_right[left] || is_left[right] || (left == right && is_left[left])) {
+            if (is_right[left] || is_left[right] || (left == right && is_left[left]))
                 continue;
-            }
             is_left[left] = true;
             is_right[right] = true;
             table.entries[pair.place] = ACCEPTED | static_cast<std::uint32_t>(made.symbols.size());
@@ -137,9 +137,8 @@ Substitution substitute_pairs(std::vector<std::uint16_t> values,
                 static_cast<std::uint16_t>(table.values[left] + table.values[right]));
         }
         replace_pairs(made.sequence, table);
-        for (const std::uint32_t place : accepted) {
+        for (const std::uint32_t place : accepted)
             table.entries[place] = 0;
-        }
     }
     return made;
 }

@@ -20,9 +20,8 @@ struct Bytes {
     std::vector<std::uint8_t> out;
 
     void number(std::uint64_t value, int width) {
-        for (int i = 0; i < width; ++i) {
+        for (int i = 0; i < width; ++i)
             out.push_back(static_cast<std::uint8_t>(value >> 8 * i));
-        }
     }
     void align(std::size_t multiple) {
         out.resize((out.size() + multiple - 1) / multiple * multiple, 0);
@@ -41,12 +40,10 @@ static void put_piece_header(Bytes& bytes, const TableFile& file, const FilePosi
     const bool two_pawn_groups =
         signature.count[WHITE][PAWN] != 0 && signature.count[BLACK][PAWN] != 0;
     nibbles(first.order, second.order);
-    if (two_pawn_groups) {
+    if (two_pawn_groups)
         nibbles(first.order2, second.order2);
-    }
-    for (std::size_t man = 0; man < static_cast<std::size_t>(men_of(signature)); ++man) {
+    for (std::size_t man = 0; man < static_cast<std::size_t>(men_of(signature)); ++man)
         nibbles(first.piece[man], second.piece[man]);
-    }
 }
 
 static void put_stream_header(Bytes& bytes, const CompressedStream& stream, std::uint8_t flags) {
@@ -62,36 +59,31 @@ static void put_stream_header(Bytes& bytes, const CompressedStream& stream, std:
     bytes.number(stream.blocks.size() >> stream.block_size_log2, 4);
     bytes.number(static_cast<std::uint64_t>(stream.max_code_length), 1);
     bytes.number(static_cast<std::uint64_t>(stream.min_code_length), 1);
-    for (const std::uint16_t first : stream.first_symbol) {
+    for (const std::uint16_t first : stream.first_symbol)
         bytes.number(first, 2);
-    }
     bytes.number(stream.symbols.size(), 2);
-    for (const Symbol& symbol : stream.symbols) {
+    for (const Symbol& symbol : stream.symbols)
         bytes.number(static_cast<std::uint64_t>(symbol.left | symbol.right << 12), 3);
-    }
     bytes.align(2);
 }
 
 // The maps of one file position; `start` is where all maps of the file begin.
 static void put_maps(Bytes& bytes, const FilePosition& position) {
     const int width = (position.flags & DTZ_WIDE_MAPS) != 0 ? 2 : 1;
-    if (width == 2) {
+    if (width == 2)
         bytes.align(2);
-    }
     for (const std::vector<std::uint16_t>& map : position.maps) {
         bytes.number(map.size(), width);
-        for (const std::uint16_t value : map) {
+        for (const std::uint16_t value : map)
             bytes.number(value, width);
-        }
     }
 }
 
 std::uint64_t checksum(const std::uint8_t* bytes, std::size_t size) {
     // The 64-bit FNV-1a hash.
     std::uint64_t hash = 0xCBF29CE484222325;
-    for (std::size_t i = 0; i < size; ++i) {
+    for (std::size_t i = 0; i < size; ++i)
         hash = (hash ^ bytes[i]) * 0x100000001B3;
-    }
     return hash;
 }
 
@@ -104,29 +96,22 @@ std::vector<std::uint8_t> lay_out(const TableFile& file) {
     // Bit 1 tells pawn tables apart; no reader needs it.
     const bool pawns = pawns_of(file.signature) != 0;
     bytes.number((split ? 1U : 0U) | (pawns ? 2U : 0U), 1);
-    for (const FilePosition& position : file.positions) {
+    for (const FilePosition& position : file.positions)
         put_piece_header(bytes, file, position);
-    }
     bytes.align(2);
-    for (const FilePosition& position : file.positions) {
-        for (const FileStream& stream : position.streams) {
+    for (const FilePosition& position : file.positions)
+        for (const FileStream& stream : position.streams)
             put_stream_header(bytes, stream.data, wdl ? 0 : position.flags);
-        }
-    }
     if (!wdl) {
-        for (const FilePosition& position : file.positions) {
-            if ((position.flags & DTZ_MAPPED) != 0) {
+        for (const FilePosition& position : file.positions)
+            if ((position.flags & DTZ_MAPPED) != 0)
                 put_maps(bytes, position);
-            }
-        }
         bytes.align(2);
     }
     auto for_streams = [&](const auto& visit) {
-        for (const FilePosition& position : file.positions) {
-            for (const FileStream& stream : position.streams) {
+        for (const FilePosition& position : file.positions)
+            for (const FileStream& stream : position.streams)
                 visit(stream.data);
-            }
-        }
     };
     for_streams([&](const CompressedStream& stream) {
         for (const CompressedStream::IndexEntry& entry : stream.index_table) {
@@ -163,18 +148,14 @@ std::string write_whole_file(const std::string& path, const std::vector<std::uin
     }
     const bool written =
         std::fwrite(bytes.data(), 1, bytes.size(), file) == bytes.size() && sync_to_disk(file);
-    if (!written) {
+    if (!written)
         fail(temporary);
-    }
-    if (std::fclose(file) != 0 && failure.empty()) {
+    if (std::fclose(file) != 0 && failure.empty())
         fail(temporary);
-    }
-    if (failure.empty() && !replace_file(temporary.c_str(), path.c_str())) {
+    if (failure.empty() && !replace_file(temporary.c_str(), path.c_str()))
         fail(path);
-    }
-    if (!failure.empty()) {
+    if (!failure.empty())
         std::remove(temporary.c_str());
-    }
     return failure;
 }
 

@@ -27,27 +27,23 @@ constexpr std::uint16_t UNUSED = 0xFFFF;
 
 WdlChoice wdl_choice(const Table& table, const Placement& placement, Side side) {
     const int distance = table.distance[side][cell_of(table.layout, placement)];
-    if (distance == ILLEGAL_DISTANCE) {
+    if (distance == ILLEGAL_DISTANCE)
         return ANY_WDL;
-    }
     const int wdl = wdl_of_distance(distance);
     const int capture = best_capture(table, placement, side);
-    if (capture == 2) {
+    if (capture == 2)
         return ANY_WDL;
-    }
     const int own = 1 << (wdl + 2);
     return static_cast<WdlChoice>(capture == wdl ? 2 * own - 1 : own);
 }
 
 bool dtz_matters(const Table& table, const Placement& placement, Side side) {
     const int distance = table.distance[side][cell_of(table.layout, placement)];
-    if (distance == ILLEGAL_DISTANCE || distance == 0) {
+    if (distance == ILLEGAL_DISTANCE || distance == 0)
         return false;
-    }
     const int wdl = wdl_of_distance(distance);
-    if (wdl < 0) {
+    if (wdl < 0)
         return true;
-    }
     const ZeroingMoves zeroing = zeroing_moves(table, placement, side);
     return zeroing.best_capture != wdl && zeroing.best_pawn_move != wdl;
 }
@@ -69,9 +65,8 @@ struct Source {
             const std::uint8_t piece = order.piece[man];
             std::size_t next = 0;
             while (used[next] || solved.layout.kind[next] != kind_of(piece) ||
-                   solved.layout.side[next] != side_of(piece)) {
+                   solved.layout.side[next] != side_of(piece))
                 ++next;
-            }
             used[next] = true;
             slot[man] = static_cast<std::uint8_t>(next);
         }
@@ -79,9 +74,8 @@ struct Source {
     Placement placement(std::uint64_t index) const {
         const FileSquares squares = squares_at(numbering, index);
         Placement result{};
-        for (std::size_t man = 0; man < numbering.men; ++man) {
+        for (std::size_t man = 0; man < numbering.men; ++man)
             result[slot[man]] = squares[man];
-        }
         return result;
     }
 };
@@ -133,9 +127,8 @@ static std::size_t map_of(int distance) {
 // What is stored for a position before any map: the map's number and moves to the zeroing move.
 static std::uint16_t dtz_value(const Source& source, std::uint64_t index) {
     const Placement placement = source.placement(index);
-    if (!dtz_matters(source.table, placement, source.side)) {
+    if (!dtz_matters(source.table, placement, source.side))
         return UNUSED;
-    }
     const int distance =
         source.table.distance[source.side][cell_of(source.table.layout, placement)];
     const int moves = plies_beyond_first(distance) / 2;
@@ -156,29 +149,32 @@ static std::size_t sample_runs(const Source& source, std::size_t wanted, const C
 }
 
 static std::size_t sample_wdl_runs(const Source& source, std::size_t samples) {
-    return sample_runs(source, samples, [&](std::uint64_t first, std::uint64_t last) {
-        WdlRuns runs;
-        for (std::uint64_t index = first; index < last; ++index) {
-            runs.meet(wdl_choice(source.table, source.placement(index), source.side));
-        }
-        runs.close();
-        return runs.runs;
-    });
+    return sample_runs(
+        source, samples,
+        [&](std::uint64_t first, std::uint64_t last) {
+            WdlRuns runs;
+            for (std::uint64_t index = first; index < last; ++index)
+                runs.meet(wdl_choice(source.table, source.placement(index), source.side));
+            runs.close();
+            return runs.runs;
+        });
 }
 
 static std::size_t sample_dtz_runs(const Source& source, std::size_t samples) {
-    return sample_runs(source, samples, [&](std::uint64_t first, std::uint64_t last) {
-        std::size_t runs = 1;
-        std::uint16_t current = UNUSED;
-        for (std::uint64_t index = first; index < last; ++index) {
-            const std::uint16_t value = dtz_value(source, index);
-            if (value != UNUSED && value != current) {
-                runs += current != UNUSED ? 1 : 0;
-                current = value;
+    return sample_runs(
+        source, samples,
+        [&](std::uint64_t first, std::uint64_t last) {
+            std::size_t runs = 1;
+            std::uint16_t current = UNUSED;
+            for (std::uint64_t index = first; index < last; ++index) {
+                const std::uint16_t value = dtz_value(source, index);
+                if (value != UNUSED && value != current) {
+                    runs += current != UNUSED ? 1 : 0;
+                    current = value;
+                }
             }
-        }
-        return runs;
-    });
+            return runs;
+        });
 }
 
 // The order with the fewest runs.
@@ -208,9 +204,8 @@ static FileStream make_wdl_stream(const Table& table, Side side, int file_positi
     values.reserve(source.numbering.positions);
     WdlRuns runs;
     runs.values = &values;
-    for (std::uint64_t index = 0; index < source.numbering.positions; ++index) {
+    for (std::uint64_t index = 0; index < source.numbering.positions; ++index)
         runs.meet(wdl_choice(table, source.placement(index), side));
-    }
     runs.close();
     CompressionSettings settings;
     settings.max_block_size_log2 = WDL_BLOCK_SIZE_LOG2;
@@ -236,9 +231,8 @@ static void make_maps(std::vector<std::uint16_t>& values, FilePosition& position
     std::array<std::vector<std::uint16_t>, 4> number;
     for (std::size_t map = 0; map < 4; ++map) {
         std::vector<std::pair<std::size_t, std::uint16_t>> by_count;
-        for (const auto& [value, count] : counts[map]) {
+        for (const auto& [value, count] : counts[map])
             by_count.emplace_back(count, value);
-        }
         std::stable_sort(by_count.begin(), by_count.end(),
                          [](const auto& a, const auto& b) { return a.first > b.first; });
         number[map].resize(std::size_t{greatest} + 1);
@@ -276,9 +270,8 @@ static FilePosition make_dtz_position(const Table& table, Side side, int file_po
     stream.order = choose_order(table, side, file_position, sample_dtz_runs);
     const Source source(table, side, file_position, stream.order);
     std::vector<std::uint16_t> values(source.numbering.positions);
-    for (std::uint64_t index = 0; index < source.numbering.positions; ++index) {
+    for (std::uint64_t index = 0; index < source.numbering.positions; ++index)
         values[index] = dtz_value(source, index);
-    }
     position.flags = side == BLACK ? DTZ_BLACK_TO_MOVE : 0;
     make_maps(values, position);
     CompressionSettings settings;
@@ -309,9 +302,8 @@ static void for_streams(const Table& table, int threads, const Progress& progres
         make(i % sides == 0 ? WHITE : BLACK, static_cast<int>(i / sides));
         const std::lock_guard<std::mutex> lock(reporting);
         ++done;
-        if (progress) {
+        if (progress)
             progress(static_cast<double>(done) / static_cast<double>(sides * files));
-        }
     });
 }
 
@@ -320,9 +312,8 @@ TableFile make_wdl_file(const Table& table, int threads, const Progress& progres
     file.kind = FileKind::WDL;
     file.signature = table.layout.signature;
     file.positions.resize(static_cast<std::size_t>(file_positions(file.signature)));
-    for (FilePosition& position : file.positions) {
+    for (FilePosition& position : file.positions)
         position.streams.resize(is_symmetric(file.signature) ? 1 : 2);
-    }
     for_streams(table, threads, progress, [&](Side side, int file_position) {
         file.positions[static_cast<std::size_t>(file_position)].streams[side] =
             make_wdl_stream(table, side, file_position);
@@ -343,11 +334,9 @@ TableFile make_dtz_file(const Table& table, int threads, const Progress& progres
     });
     // A reader finds the other side by a search of one ply: the smaller file will do.
     std::array<std::size_t, 2> bytes{};
-    for (const Side side : {WHITE, BLACK}) {
-        for (const FilePosition& position : made[side]) {
+    for (const Side side : {WHITE, BLACK})
+        for (const FilePosition& position : made[side])
             bytes[side] += position.streams.empty() ? 0 : stream_bytes(position.streams[0].data);
-        }
-    }
     const bool symmetric = is_symmetric(file.signature);
     file.positions = std::move(made[!symmetric && bytes[BLACK] < bytes[WHITE] ? BLACK : WHITE]);
     return file;
