@@ -71,21 +71,17 @@ void bm_pawns_cached(benchmark::State& state) {
 BENCHMARK(bm_pawns_cached);
 
 void bm_pawns_missed(benchmark::State& state) {
-    over_positions(
-        state,
-        [](const Position& position) {
-            pawn_cache[position.pawn_key % PAWN_CACHE_SIZE].key = ~position.pawn_key;
-            return evaluate_pawns(position);
-        });
+    over_positions(state, [](const Position& position) {
+        pawn_cache[position.pawn_key % PAWN_CACHE_SIZE].key = ~position.pawn_key;
+        return evaluate_pawns(position);
+    });
 }
 BENCHMARK(bm_pawns_missed);
 
 void bm_endgame_tests(benchmark::State& state) {
-    over_positions(
-        state,
-        [](const Position& position) {
-            return endgame_bonus(position) + endgame_scale(position, 30);
-        });
+    over_positions(state, [](const Position& position) {
+        return endgame_bonus(position) + endgame_scale(position, 30);
+    });
 }
 BENCHMARK(bm_endgame_tests);
 

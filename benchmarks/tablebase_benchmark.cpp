@@ -87,9 +87,9 @@ BENCHMARK(warm_wdl);
 
 // The table alone, without the capture search.
 void warm_table_read(benchmark::State& state) {
-    probe_all(
-        state, [](const ProbeBoard& board,
-                  int& success) { return syzygy_probe_table(board, 0, success, KIND_WDL); });
+    probe_all(state, [](const ProbeBoard& board, int& success) {
+        return syzygy_probe_table(board, 0, success, KIND_WDL);
+    });
 }
 BENCHMARK(warm_table_read);
 

@@ -128,8 +128,7 @@ template <typename Before> void exchange_sort(int* first, const int* last, Befor
     }
 }
 void sort_rising(int* first, const int* last) {
-    exchange_sort(
-        first, last, [](int a, int b) { return a < b; });
+    exchange_sort(first, last, [](int a, int b) { return a < b; });
 }
 
 // How many of the first `count` squares lie below the given one.

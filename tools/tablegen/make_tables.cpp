@@ -123,12 +123,12 @@ int make_tables(const CommandLine& line) {
                               [&](double done) { show_progress(progress, 0.5 + 0.25 * done); }),
                 wdl_bytes);
             if (failure.empty()) {
-                failure = write_file(
-                    line.directory,
-                    make_dtz_file(
-                        table, line.threads,
-                        [&](double done) { show_progress(progress, 0.75 + 0.25 * done); }),
-                    dtz_bytes);
+                failure = write_file(line.directory,
+                                     make_dtz_file(table, line.threads,
+                                                   [&](double done) {
+                                                       show_progress(progress, 0.75 + 0.25 * done);
+                                                   }),
+                                     dtz_bytes);
             }
             if (!failure.empty()) {
                 clear_progress(progress);

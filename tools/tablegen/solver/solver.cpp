@@ -181,39 +181,35 @@ static void note(std::atomic<bool>& seen) {
 
 // Step 2: gives every legal position its starting code.
 static void start_codes(Chunk& chunk, Tally& tally) {
-    for_stretches(
-        chunk,
-        [&](std::size_t first, std::size_t last) {
-            for (std::size_t within = first; within < last; ++within) {
-                for (const Side side : {WHITE, BLACK}) {
-                    std::int16_t& cell = chunk.cell(side, within);
-                    if (load(cell) == ILLEGAL_DISTANCE)
-                        continue;
-                    const int code = starting_code(chunk, within, side);
-                    store(cell, code);
-                    const int zeroing = code & ZEROING_MASK;
-                    if (code == 1)
-                        note(tally.wins[1]);
-                    else if (code < 0)
-                        note(tally.losses[static_cast<std::size_t>(-code - 1)]);
-                    else if (zeroing == ZEROING_IS_BLESSED || zeroing == ZEROING_IS_CURSED)
-                        note(chunk.any_waiting);
-                }
+    for_stretches(chunk, [&](std::size_t first, std::size_t last) {
+        for (std::size_t within = first; within < last; ++within) {
+            for (const Side side : {WHITE, BLACK}) {
+                std::int16_t& cell = chunk.cell(side, within);
+                if (load(cell) == ILLEGAL_DISTANCE)
+                    continue;
+                const int code = starting_code(chunk, within, side);
+                store(cell, code);
+                const int zeroing = code & ZEROING_MASK;
+                if (code == 1)
+                    note(tally.wins[1]);
+                else if (code < 0)
+                    note(tally.losses[static_cast<std::size_t>(-code - 1)]);
+                else if (zeroing == ZEROING_IS_BLESSED || zeroing == ZEROING_IS_CURSED)
+                    note(chunk.any_waiting);
             }
-        });
+        }
+    });
 }
 
 // Calls visit(side, cell within the chunk, placement) for each cell that holds the code.
 template <typename Visit> static void for_code(Chunk& chunk, int code, const Visit& visit) {
-    for_stretches(
-        chunk,
-        [&](std::size_t first, std::size_t last) {
-            for (const Side side : {WHITE, BLACK}) {
-                for (std::size_t within = first; within < last; ++within)
-                    if (load(chunk.cell(side, within)) == code)
-                        visit(side, within);
-            }
-        });
+    for_stretches(chunk, [&](std::size_t first, std::size_t last) {
+        for (const Side side : {WHITE, BLACK}) {
+            for (std::size_t within = first; within < last; ++within)
+                if (load(chunk.cell(side, within)) == code)
+                    visit(side, within);
+        }
+    });
 }
 
 // Calls visit(cell) for each undecided cell of the other side from which a quiet move leads here.
@@ -233,25 +229,23 @@ static void for_predecessors(Chunk& chunk, Side side, std::size_t within, const 
 
 // Spoilt wins and losses whose captures or pawn moves decide become due at ply 101.
 static void release_waiting(Chunk& chunk, Tally& tally) {
-    for_stretches(
-        chunk,
-        [&](std::size_t first, std::size_t last) {
-            for (const Side side : {WHITE, BLACK}) {
-                for (std::size_t within = first; within < last; ++within) {
-                    std::int16_t& cell = chunk.cell(side, within);
-                    const int code = load(cell);
-                    if (code < UNDECIDED)
-                        continue;
-                    if ((code & ZEROING_MASK) == ZEROING_IS_CURSED) {
-                        store(cell, CURSED);
-                        note(tally.wins[CURSED]);
-                    } else if (code == UNDECIDED + ZEROING_IS_BLESSED) {
-                        store(cell, -(CURSED + 1));
-                        note(tally.losses[CURSED]);
-                    }
+    for_stretches(chunk, [&](std::size_t first, std::size_t last) {
+        for (const Side side : {WHITE, BLACK}) {
+            for (std::size_t within = first; within < last; ++within) {
+                std::int16_t& cell = chunk.cell(side, within);
+                const int code = load(cell);
+                if (code < UNDECIDED)
+                    continue;
+                if ((code & ZEROING_MASK) == ZEROING_IS_CURSED) {
+                    store(cell, CURSED);
+                    note(tally.wins[CURSED]);
+                } else if (code == UNDECIDED + ZEROING_IS_BLESSED) {
+                    store(cell, -(CURSED + 1));
+                    note(tally.losses[CURSED]);
                 }
             }
-        });
+        }
+    });
 }
 
 // Step 3, for n rising: who can move to a loss in n - 1 wins in n; who can only move to wins,
@@ -261,34 +255,25 @@ static void spread(Chunk& chunk, Tally& tally) {
         if (n == CURSED && chunk.any_waiting)
             release_waiting(chunk, tally);
         if (tally.losses[n - 1]) {
-            for_code(
-                chunk, -static_cast<int>(n),
-                [&](Side side, std::size_t within) {
-                    for_predecessors(
-                        chunk, side, within,
-                        [&](std::int16_t& cell) {
-                            store(cell, static_cast<int>(n));
-                            note(tally.wins[n]);
-                        });
+            for_code(chunk, -static_cast<int>(n), [&](Side side, std::size_t within) {
+                for_predecessors(chunk, side, within, [&](std::int16_t& cell) {
+                    store(cell, static_cast<int>(n));
+                    note(tally.wins[n]);
                 });
+            });
         }
         if (tally.wins[n]) {
-            for_code(
-                chunk, static_cast<int>(n),
-                [&](Side side, std::size_t within) {
-                    for_predecessors(
-                        chunk, side, within,
-                        [&](std::int16_t& cell) {
-                            const int left = Cell(cell).fetch_sub(1, std::memory_order_relaxed) - 1;
-                            const bool loses =
-                                left == UNDECIDED + ZEROING_LOSES ||
-                                (left == UNDECIDED + ZEROING_IS_BLESSED && n + 1 >= CURSED);
-                            if (loses) {
-                                store(cell, -static_cast<int>(n + 2));
-                                note(tally.losses[n + 1]);
-                            }
-                        });
+            for_code(chunk, static_cast<int>(n), [&](Side side, std::size_t within) {
+                for_predecessors(chunk, side, within, [&](std::int16_t& cell) {
+                    const int left = Cell(cell).fetch_sub(1, std::memory_order_relaxed) - 1;
+                    const bool loses = left == UNDECIDED + ZEROING_LOSES ||
+                                       (left == UNDECIDED + ZEROING_IS_BLESSED && n + 1 >= CURSED);
+                    if (loses) {
+                        store(cell, -static_cast<int>(n + 2));
+                        note(tally.losses[n + 1]);
+                    }
                 });
+            });
         }
         if (!tally.losses[n - 1] && !tally.wins[n] && !tally.losses[n]) {
             if (n >= CURSED || !chunk.any_waiting)
@@ -300,19 +285,17 @@ static void spread(Chunk& chunk, Tally& tally) {
 
 // Step 4: turns codes into distances.
 static void finish(Chunk& chunk) {
-    for_stretches(
-        chunk,
-        [&](std::size_t first, std::size_t last) {
-            for (const Side side : {WHITE, BLACK}) {
-                for (std::size_t within = first; within < last; ++within) {
-                    std::int16_t& cell = chunk.cell(side, within);
-                    if (cell >= UNDECIDED)
-                        cell = 0;
-                    else if (cell < -1 && cell != ILLEGAL_DISTANCE)
-                        cell = static_cast<std::int16_t>(cell + 1);
-                }
+    for_stretches(chunk, [&](std::size_t first, std::size_t last) {
+        for (const Side side : {WHITE, BLACK}) {
+            for (std::size_t within = first; within < last; ++within) {
+                std::int16_t& cell = chunk.cell(side, within);
+                if (cell >= UNDECIDED)
+                    cell = 0;
+                else if (cell < -1 && cell != ILLEGAL_DISTANCE)
+                    cell = static_cast<std::int16_t>(cell + 1);
             }
-        });
+        }
+    });
 }
 
 static void solve_chunk(Table& table, std::size_t number, int threads) {

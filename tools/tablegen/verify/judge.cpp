@@ -50,55 +50,51 @@ static Verdict judge_all(const Table& table, int threads, const IsRight& is_righ
 }
 
 Verdict judge_wdl(const Table& table, const TableReader& reader, int threads) {
-    return judge_all(
-        table, threads,
-        [&](const Placement& placement, Side side, int distance) {
-            const auto place = find_position(reader, table.layout, placement, side);
-            if (!place || place->index >= place->stream->positions)
-                return false;
-            const std::optional<int> stored = value_at(reader, *place->stream, place->index);
-            if (!stored || *stored > 4)
-                return false;
-            // A reader takes the better of the stored value and the best capture; it does not look
-            // at the stored value when a capture wins.
-            const int wdl = wdl_of_distance(distance);
-            const int capture = best_capture(table, placement, side);
-            return capture == 2 || std::max(*stored - 2, capture) == wdl;
-        });
+    return judge_all(table, threads, [&](const Placement& placement, Side side, int distance) {
+        const auto place = find_position(reader, table.layout, placement, side);
+        if (!place || place->index >= place->stream->positions)
+            return false;
+        const std::optional<int> stored = value_at(reader, *place->stream, place->index);
+        if (!stored || *stored > 4)
+            return false;
+        // A reader takes the better of the stored value and the best capture; it does not look
+        // at the stored value when a capture wins.
+        const int wdl = wdl_of_distance(distance);
+        const int capture = best_capture(table, placement, side);
+        return capture == 2 || std::max(*stored - 2, capture) == wdl;
+    });
 }
 
 Verdict judge_dtz(const Table& table, const TableReader& reader, int threads) {
-    return judge_all(
-        table, threads,
-        [&](const Placement& placement, Side side, int distance) {
-            const auto place = find_position(reader, table.layout, placement, side);
-            const int wdl = wdl_of_distance(distance);
-            if (!place || wdl == 0)
-                return true; // not stored, not looked up
-            if (wdl > 0) {
-                const ZeroingMoves zeroing = zeroing_moves(table, placement, side);
-                if (zeroing.best_capture == wdl || zeroing.best_pawn_move == wdl)
-                    return true;
-            }
-            if (place->index >= place->stream->positions)
-                return false;
-            std::optional<int> value = value_at(reader, *place->stream, place->index);
-            if (value && (place->stream->flags & 2) != 0) {
-                // By WDL value: loss, spoilt loss, (draw), spoilt win, win.
-                constexpr std::size_t map_of_wdl[5] = {1, 3, 0, 2, 0};
-                const auto& map = place->stream->maps[map_of_wdl[wdl + 2]];
-                const auto entry = static_cast<std::size_t>(*value);
-                value = entry < map.size() ? std::optional<int>(map[entry]) : std::nullopt;
-            }
-            if (!value)
-                return false;
-            const int flags = place->stream->flags;
-            const bool plies = (wdl == 2 && (flags & 4) != 0) || (wdl == -2 && (flags & 8) != 0);
-            const int base = wdl == 2 || wdl == -2 ? 1 : 101;
-            const int size = distance < 0 ? -distance : distance;
-            const int read = base + (plies ? *value : 2 * *value);
-            return read == size || (!plies && read + 1 == size);
-        });
+    return judge_all(table, threads, [&](const Placement& placement, Side side, int distance) {
+        const auto place = find_position(reader, table.layout, placement, side);
+        const int wdl = wdl_of_distance(distance);
+        if (!place || wdl == 0)
+            return true; // not stored, not looked up
+        if (wdl > 0) {
+            const ZeroingMoves zeroing = zeroing_moves(table, placement, side);
+            if (zeroing.best_capture == wdl || zeroing.best_pawn_move == wdl)
+                return true;
+        }
+        if (place->index >= place->stream->positions)
+            return false;
+        std::optional<int> value = value_at(reader, *place->stream, place->index);
+        if (value && (place->stream->flags & 2) != 0) {
+            // By WDL value: loss, spoilt loss, (draw), spoilt win, win.
+            constexpr std::size_t map_of_wdl[5] = {1, 3, 0, 2, 0};
+            const auto& map = place->stream->maps[map_of_wdl[wdl + 2]];
+            const auto entry = static_cast<std::size_t>(*value);
+            value = entry < map.size() ? std::optional<int>(map[entry]) : std::nullopt;
+        }
+        if (!value)
+            return false;
+        const int flags = place->stream->flags;
+        const bool plies = (wdl == 2 && (flags & 4) != 0) || (wdl == -2 && (flags & 8) != 0);
+        const int base = wdl == 2 || wdl == -2 ? 1 : 101;
+        const int size = distance < 0 ? -distance : distance;
+        const int read = base + (plies ? *value : 2 * *value);
+        return read == size || (!plies && read + 1 == size);
+    });
 }
 
 } // namespace brindlemoth::tablegen

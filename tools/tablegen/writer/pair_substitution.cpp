@@ -62,13 +62,10 @@ static std::vector<Pair> count_pairs(const std::vector<std::uint16_t>& sequence,
         pair.count = table.entries[pair.place];
         table.entries[pair.place] = 0;
     }
-    std::erase_if(
-        pairs,
-        [&](const Pair& pair) {
-            return table.values[pair.place / table.stride] +
-                       table.values[pair.place % table.stride] >
-                   MAX_SYMBOL_VALUES;
-        });
+    std::erase_if(pairs, [&](const Pair& pair) {
+        return table.values[pair.place / table.stride] + table.values[pair.place % table.stride] >
+               MAX_SYMBOL_VALUES;
+    });
     std::sort(pairs.begin(), pairs.end(), [](const Pair& a, const Pair& b) {
         return a.count != b.count ? a.count > b.count : a.place < b.place;
     });

@@ -149,32 +149,28 @@ static std::size_t sample_runs(const Source& source, std::size_t wanted, const C
 }
 
 static std::size_t sample_wdl_runs(const Source& source, std::size_t samples) {
-    return sample_runs(
-        source, samples,
-        [&](std::uint64_t first, std::uint64_t last) {
-            WdlRuns runs;
-            for (std::uint64_t index = first; index < last; ++index)
-                runs.meet(wdl_choice(source.table, source.placement(index), source.side));
-            runs.close();
-            return runs.runs;
-        });
+    return sample_runs(source, samples, [&](std::uint64_t first, std::uint64_t last) {
+        WdlRuns runs;
+        for (std::uint64_t index = first; index < last; ++index)
+            runs.meet(wdl_choice(source.table, source.placement(index), source.side));
+        runs.close();
+        return runs.runs;
+    });
 }
 
 static std::size_t sample_dtz_runs(const Source& source, std::size_t samples) {
-    return sample_runs(
-        source, samples,
-        [&](std::uint64_t first, std::uint64_t last) {
-            std::size_t runs = 1;
-            std::uint16_t current = UNUSED;
-            for (std::uint64_t index = first; index < last; ++index) {
-                const std::uint16_t value = dtz_value(source, index);
-                if (value != UNUSED && value != current) {
-                    runs += current != UNUSED ? 1 : 0;
-                    current = value;
-                }
+    return sample_runs(source, samples, [&](std::uint64_t first, std::uint64_t last) {
+        std::size_t runs = 1;
+        std::uint16_t current = UNUSED;
+        for (std::uint64_t index = first; index < last; ++index) {
+            const std::uint16_t value = dtz_value(source, index);
+            if (value != UNUSED && value != current) {
+                runs += current != UNUSED ? 1 : 0;
+                current = value;
             }
-            return runs;
-        });
+        }
+        return runs;
+    });
 }
 
 // The order with the fewest runs.
