@@ -64,6 +64,47 @@ Answer dtz(const ProbeBoard& board) {
 constexpr Answer NO_ANSWER = {0, PROBE_FAILED};
 const std::string queen_header = {'\0', '\x66', '\x55', '\xEE'}; // both sides: K, Q, k
 
+// KQvK for one side with codes of one bit, each a leaf: symbol 0 the value 4, symbol 1 the value 3.
+struct OneBitStream {
+    int symbols;          // 1 or 2; the code has room for two
+    int index_bits;       // one index entry for all positions
+    std::uint32_t block;  // of that entry
+    std::uint32_t offset; // likewise
+    std::uint32_t blocks; // how many, of 2 to the power block_size_log2 bytes
+    int block_size_log2;
+    std::uint32_t last_value; // values of each block less 1
+};
+
+std::string one_bit_table(const OneBitStream& stream) {
+    std::string file("\x71\xE8\x23\x5D\0", 5);
+    file += queen_header + '\0';
+    const auto number = [&file](std::uint32_t value, int bytes) {
+        for (; bytes > 0; --bytes, value >>= 8)
+            file += static_cast<char>(value & 0xFF);
+    };
+    number(0, 1);
+    number(static_cast<std::uint32_t>(stream.block_size_log2), 1);
+    number(static_cast<std::uint32_t>(stream.index_bits), 1);
+    number(0, 1);
+    number(stream.blocks, 4);
+    number(0x0101, 2); // the longest and the shortest code
+    number(0, 2);
+    number(static_cast<std::uint32_t>(stream.symbols), 2);
+    for (int i = 0; i < stream.symbols; ++i) {
+        number(static_cast<std::uint32_t>(4 - i), 1);
+        number(0xFFF0, 2);
+    }
+    number(0, stream.symbols % 2);
+    number(stream.block, 4);
+    number(stream.offset, 2);
+    for (std::uint32_t i = 0; i < stream.blocks; ++i)
+        number(stream.last_value, 2);
+    file.resize((file.size() + 63) / 64 * 64);
+    file.resize(file.size() + (std::size_t{stream.blocks} << stream.block_size_log2));
+    file.resize((file.size() + 63) / 64 * 64 + 16);
+    return file;
+}
+
 struct Mapping : testing::Test {
     void SetUp() override { remove_memory_files(); }
     void TearDown() override {
@@ -137,6 +178,35 @@ TEST_F(Mapping, BadHeadersAreCorrupted) {
         EXPECT_EQ(wdl(queen_board(false, true)), NO_ANSWER);
         EXPECT_EQ(testing::internal::GetCapturedStderr(), "Corrupted table.\n");
     }
+}
+
+TEST_F(Mapping, ACodeWithoutASymbolIsCorrupted) {
+    OneBitStream stream{2, 15, 0, 16384, 1, 12, 31331};
+    use("KQvK.rtbw", one_bit_table(stream));
+    EXPECT_EQ(wdl(queen_board(true, true)), (Answer{WDL_WIN, PROBE_GOOD}));
+    stream.symbols = 1;
+    use("KQvK.rtbw", one_bit_table(stream));
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(wdl(queen_board(true, true)), NO_ANSWER);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "Corrupted table.\n");
+}
+
+// An index entry far from the values that it stands for: the walk gives up in time.
+TEST_F(Mapping, AWalkOverTooManyBlocksHasNoAnswer) {
+    OneBitStream stream{2, 18, 199999, 0, 200000, 3, 3};
+    use("KQvK.rtbw", one_bit_table(stream));
+    EXPECT_EQ(wdl(queen_board(true, true)), (Answer{WDL_WIN, PROBE_GOOD}));
+    stream.last_value = 0; // four times as far
+    use("KQvK.rtbw", one_bit_table(stream));
+    EXPECT_EQ(wdl(queen_board(true, true)), NO_ANSWER);
+}
+
+TEST_F(Mapping, AFileEmptiedSinceItWasFoundIsCorrupted) {
+    use("KQvK.rtbw", constant_table(true, queen_header, 4, 0));
+    put_memory_file("KQvK.rtbw", "");
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(wdl(queen_board(true, true)), NO_ANSWER);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "Corrupted table.\n");
 }
 
 TEST_F(Mapping, ABadValueHasNoAnswer) {
