@@ -1,8 +1,10 @@
 #include "tablebase/memory_files.h"
 
 #include "platform/file_mapping.h"
+#include "tablebase/table_support.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <map>
 #include <memory>
 #include <vector>
@@ -20,7 +22,9 @@ struct MemoryFile {
 
 std::map<std::string, MemoryFile> files;
 std::vector<const MemoryFile*> handles; // null when closed
-MemoryFileCounts counts{};
+int open_files = 0;
+int views = 0;
+int mappings = 0;
 FailingOperation failing = FailingOperation::NONE;
 
 } // namespace
@@ -39,8 +43,35 @@ std::uint8_t* memory_file_bytes(const std::string& name) {
     return files.at(name).bytes.get();
 }
 
-MemoryFileCounts memory_file_counts() {
-    return counts;
+int memory_file_uses() {
+    return std::abs(open_files) + std::abs(views) + std::abs(mappings);
+}
+
+void put_genuine_tables() {
+    remove_memory_files();
+    for (const auto* names : {&three_men_signatures(), &four_men_signatures()}) {
+        for (const std::string& name : *names) {
+            for (const char* extension : {".rtbw", ".rtbz"})
+                put_memory_file(name + extension,
+                                read_file(syzygy_directory() + "/" + name + extension));
+        }
+    }
+}
+
+std::string constant_table(bool split, const std::string& piece_header, std::uint8_t value,
+                           std::uint8_t second_value, int file_positions) {
+    std::string file("\x71\xE8\x23\x5D");
+    file += split ? '\1' : '\0';
+    for (int t = 0; t < file_positions; ++t)
+        file += piece_header;
+    file.resize(file.size() + file.size() % 2);
+    for (int t = 0; t < file_positions; ++t) {
+        file += {'\x80', static_cast<char>(value)};
+        if (split)
+            file += {'\x80', static_cast<char>(second_value)};
+    }
+    file.resize(80);
+    return file;
 }
 
 void make_fail(FailingOperation operation) {
@@ -55,7 +86,7 @@ FileHandle open_file(const char* name) {
     const auto file = files.find(path.substr(directory.size()));
     if (file == files.end())
         return INVALID_FILE;
-    ++counts.open_files;
+    ++open_files;
     const auto free_handle = std::find(handles.begin(), handles.end(), nullptr);
     if (free_handle != handles.end()) {
         *free_handle = &file->second;
@@ -72,7 +103,7 @@ bool file_size(FileHandle file, std::uint64_t& size) {
 
 bool close_file(FileHandle file) {
     handles[static_cast<std::size_t>(file)] = nullptr;
-    --counts.open_files;
+    --open_files;
     return true;
 }
 
@@ -83,9 +114,8 @@ MapResult map_file(FileHandle file, MappingHandle& mapping, const std::uint8_t*&
     if (failing == FailingOperation::VIEW)
         return MapResult::NO_VIEW;
     const MemoryFile& content = *handles[static_cast<std::size_t>(file)];
-    ++counts.mappings;
-    ++counts.views;
-    ++counts.maps_made;
+    ++mappings;
+    ++views;
     mapping = content.size;
     view = content.bytes.get();
     size = content.size;
@@ -93,12 +123,12 @@ MapResult map_file(FileHandle file, MappingHandle& mapping, const std::uint8_t*&
 }
 
 bool unmap_view(const std::uint8_t*, MappingHandle) {
-    --counts.views;
+    --views;
     return failing != FailingOperation::UNMAP;
 }
 
 bool close_mapping(MappingHandle) {
-    --counts.mappings;
+    --mappings;
     return failing != FailingOperation::CLOSE_MAPPING;
 }
 

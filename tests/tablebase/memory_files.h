@@ -17,13 +17,16 @@ void remove_memory_files();
 // The bytes of a file, to be changed in place.
 std::uint8_t* memory_file_bytes(const std::string& name);
 
-struct MemoryFileCounts {
-    int open_files;
-    int views;
-    int mappings;
-    int maps_made; // since the program started
-};
-MemoryFileCounts memory_file_counts();
+// Open files, views and mappings together.
+int memory_file_uses();
+
+// Makes the genuine tables the only files.
+void put_genuine_tables();
+
+// A table file whose one or two streams for each file position are constant; all file positions
+// have the same piece header.
+std::string constant_table(bool split, const std::string& piece_header, std::uint8_t value,
+                           std::uint8_t second_value, int file_positions = 1);
 
 // Which operation fails from now on.
 enum class FailingOperation { NONE, SIZE, MAPPING, VIEW, UNMAP, CLOSE_MAPPING };

@@ -2,8 +2,10 @@
 
 #include "board/attacks.h"
 #include "board/bitboard.h"
+#include "movegen/legality.h"
 #include "support/support.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -39,10 +41,6 @@ void write_file(const std::string& path, const std::string& content) {
     file.write(content.data(), static_cast<std::streamsize>(content.size()));
 }
 
-void write_blank_file(const std::string& path, std::size_t size) {
-    write_file(path, std::string(size, '\0'));
-}
-
 std::vector<Man> signature_men(const std::string& signature) {
     std::vector<Man> men;
     int white = 1;
@@ -61,40 +59,62 @@ ProbeBoard empty_board(bool white_to_move) {
     return board;
 }
 
-static Bitboard& men_of_type(ProbeBoard& board, int type) {
-    switch (type) {
-    case PROBE_PAWN:
-        return board.pawns;
-    case PROBE_KNIGHT:
-        return board.knights;
-    case PROBE_BISHOP:
-        return board.bishops;
-    case PROBE_ROOK:
-        return board.rooks;
-    case PROBE_QUEEN:
-        return board.queens;
-    default:
-        return board.kings;
+void put_man(ProbeBoard& board, Man man, int square) {
+    constexpr Bitboard ProbeBoard::*men[] = {nullptr,
+                                             &ProbeBoard::pawns,
+                                             &ProbeBoard::knights,
+                                             &ProbeBoard::bishops,
+                                             &ProbeBoard::rooks,
+                                             &ProbeBoard::queens,
+                                             &ProbeBoard::kings};
+    (man.white == 1 ? board.white : board.black) |= square_bit(square);
+    board.*men[man.type] |= square_bit(square);
+}
+
+template <typename Visit> static void for_all_men(const ProbeBoard& board, Visit visit) {
+    for (const int white : {1, 0}) {
+        for (int type = PROBE_KING; type >= PROBE_PAWN; --type) {
+            for (Bitboard men = board_men(board, white, type); men != 0;)
+                visit(Man{white, type}, pop_lowest(men));
+        }
     }
 }
 
-void put_man(ProbeBoard& board, Man man, int square) {
-    (man.white == 1 ? board.white : board.black) |= square_bit(square);
-    men_of_type(board, man.type) |= square_bit(square);
+std::uint64_t packed(const ProbeBoard& board) {
+    std::uint64_t number = board.white_to_move;
+    for_all_men(board, [&number](Man, int square) {
+        number = number * 64 + static_cast<std::uint64_t>(square);
+    });
+    return number;
+}
+
+ProbeBoard image(const ProbeBoard& board, unsigned how) {
+    if (board.pawns != 0)
+        how &= 9;
+    const auto reflect = [how](int square) {
+        square ^= ((how & 1) != 0 ? 7 : 0) ^ ((how & 2) != 0 ? 56 : 0);
+        if ((how & 4) != 0)
+            square = make_square(rank_of(square), file_of(square));
+        return (how & 8) != 0 ? flip_rank(square) : square;
+    };
+    const int exchanged = (how & 8) != 0 ? 1 : 0;
+    ProbeBoard result = empty_board(board.white_to_move != exchanged);
+    for_all_men(board, [&](Man man, int square) {
+        put_man(result, {man.white ^ exchanged, man.type}, reflect(square));
+    });
+    result.halfmove = board.halfmove;
+    if (board.ep_square != 0)
+        result.ep_square = static_cast<std::uint8_t>(reflect(board.ep_square));
+    return result;
 }
 
 ProbeBoard colours_exchanged(const ProbeBoard& board) {
-    ProbeBoard other = empty_board(board.white_to_move == 0);
-    for (const int white : {0, 1}) {
-        for (int type = PROBE_PAWN; type <= PROBE_KING; ++type) {
-            for (Bitboard men = board_men(board, white, type); men != 0;)
-                put_man(other, {1 - white, type}, flip_rank(pop_lowest(men)));
-        }
-    }
-    other.halfmove = board.halfmove;
-    if (board.ep_square != 0)
-        other.ep_square = static_cast<std::uint8_t>(flip_rank(board.ep_square));
-    return other;
+    return image(board, 8);
+}
+
+bool stands_for_its_images(const ProbeBoard& board) {
+    const int king = lowest_square(board_men(board, 1, PROBE_KING));
+    return file_of(king) < 4 && (board.pawns != 0 || rank_of(king) <= file_of(king));
 }
 
 // The board with each en-passant square that the last move can have left.
@@ -128,8 +148,7 @@ static void place_men(const std::vector<Man>& men, std::size_t next, int last_sq
             if (!board_is_sane(ready))
                 continue;
             visit(ready);
-            if (ready.pawns != 0)
-                visit_en_passant(ready, visit);
+            visit_en_passant(ready, visit);
         }
         return;
     }
@@ -171,54 +190,50 @@ ProbeBoard random_board(const std::string& signature, std::mt19937& random) {
     }
 }
 
-std::string board_fen(const ProbeBoard& board) {
-    std::string fen;
-    for (int rank = 7; rank >= 0; --rank) {
-        for (int file = 0; file < 8; ++file) {
-            char letter = '1';
-            for (int type = PROBE_PAWN; type <= PROBE_KING; ++type) {
-                const Bitboard square = square_bit(make_square(file, rank));
-                if ((board_men(board, 1, type) & square) != 0)
-                    letter = " PNBRQK"[type];
-                if ((board_men(board, 0, type) & square) != 0)
-                    letter = " pnbrqk"[type];
-            }
-            fen += letter;
-        }
-        if (rank > 0)
-            fen += '/';
-    }
+std::string board_text(const ProbeBoard& board) {
+    std::string fen = "11111111/11111111/11111111/11111111/11111111/11111111/11111111/11111111";
+    for_all_men(board, [&fen](Man man, int square) {
+        fen[static_cast<std::size_t>((7 - rank_of(square)) * 9 + file_of(square))] =
+            (man.white == 1 ? " PNBRQK" : " pnbrqk")[man.type];
+    });
+    const int ep = board.ep_square;
     fen += board.white_to_move == 1 ? " w - " : " b - ";
-    if (board.ep_square == 0) {
-        fen += '-';
-    } else {
-        fen += static_cast<char>('a' + file_of(board.ep_square));
-        fen += static_cast<char>('1' + rank_of(board.ep_square));
-    }
+    if (ep == 0)
+        return fen + "- " + std::to_string(board.halfmove) + " 1";
+    fen += static_cast<char>('a' + file_of(ep));
+    fen += static_cast<char>('1' + rank_of(ep));
     return fen + " " + std::to_string(board.halfmove) + " 1";
 }
 
 Position position_of(const ProbeBoard& board) {
-    return position_from(board_fen(board));
+    return position_from(board_text(board));
 }
 
-std::string board_text(const ProbeBoard& board) {
-    std::string text;
-    for (const int white : {1, 0}) {
-        for (int type = PROBE_KING; type >= PROBE_PAWN; --type) {
-            for (Bitboard men = board_men(board, white, type); men != 0;) {
-                const int square = pop_lowest(men);
-                text += white == 1 ? " PNBRQK"[type] : " pnbrqk"[type];
-                text += static_cast<char>('a' + file_of(square));
-                text += static_cast<char>('1' + rank_of(square));
-                text += ' ';
-            }
-        }
-    }
-    text += board.white_to_move == 1 ? "white to move" : "black to move";
-    if (board.ep_square != 0)
-        text += " ep " + std::to_string(board.ep_square);
-    return text;
+ProbeBoard board_of(const Position& position) {
+    ProbeBoard board;
+    board_from_position(position, board);
+    return board;
+}
+
+ProbeBoard board_from(const std::string& fen) {
+    return board_of(position_from(fen));
+}
+
+std::vector<Move> moves_in_root_order(const Position& position) {
+    Position copy = position;
+    MoveList legal;
+    generate_legal(copy, legal);
+    std::vector<Move> moves(legal.moves, legal.moves + legal.count);
+    const auto place = [&position](Move move) {
+        constexpr int promotions[] = {1, 3, 2, 0}; // knight, bishop, rook, queen
+        const int type = piece_type(position.board[move_from(move)]);
+        const bool en_passant = move_flag(move) == FLAG_EN_PASSANT;
+        const int promotion = is_promotion(move) ? promotions[promoted_type(move) - KNIGHT] : 0;
+        return ((KING - type) * 64 + move_from(move)) * 512 +
+               (en_passant ? 0 : move_to(move) * 4 + promotion + 1);
+    };
+    std::sort(moves.begin(), moves.end(), [&place](Move a, Move b) { return place(a) < place(b); });
+    return moves;
 }
 
 } // namespace brindlemoth

@@ -26,8 +26,6 @@ const std::vector<std::string>& four_men_signatures();
 
 std::string read_file(const std::string& path);
 void write_file(const std::string& path, const std::string& content);
-// A file of that many zero bytes.
-void write_blank_file(const std::string& path, std::size_t size);
 
 // One kind of men of a signature.
 struct Man {
@@ -42,8 +40,18 @@ std::vector<Man> signature_men(const std::string& signature);
 ProbeBoard empty_board(bool white_to_move);
 void put_man(ProbeBoard& board, Man man, int square);
 
-// The same position with the colours exchanged and the board turned upside down.
+// The same position for the other side, or reflected: the number's bits say how. Bit 0 is left and
+// right, bits 1 and 2 are for boards without pawns, bit 3 exchanges the colours.
+ProbeBoard image(const ProbeBoard& board, unsigned how);
 ProbeBoard colours_exchanged(const ProbeBoard& board);
+
+// One of every set of reflections: the board with the white king in the triangle a1-d1-d4, or with
+// pawns on files a to d.
+bool stands_for_its_images(const ProbeBoard& board);
+
+// The squares of the men and the side to move as a number; different for different boards of a
+// signature.
+std::uint64_t packed(const ProbeBoard& board);
 
 // Calls visit() for every sane position of the signature, White having its first side, with either
 // side to move. A position in which a pawn can be captured en passant comes once more with it.
@@ -54,11 +62,13 @@ void for_all_boards(const std::string& signature,
 // side's men. Now and then a pawn can be captured en passant.
 ProbeBoard random_board(const std::string& signature, std::mt19937& random);
 
-// The same as a FEN, and as a position of the engine.
-std::string board_fen(const ProbeBoard& board);
-Position position_of(const ProbeBoard& board);
-
-// The board as text for messages.
+// The board as a FEN, as a position of the engine, and back.
 std::string board_text(const ProbeBoard& board);
+Position position_of(const ProbeBoard& board);
+ProbeBoard board_of(const Position& position);
+ProbeBoard board_from(const std::string& fen);
+
+// The legal moves in the order in which the root goes through them: by man, from king to pawn.
+std::vector<Move> moves_in_root_order(const Position& position);
 
 } // namespace brindlemoth
