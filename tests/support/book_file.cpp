@@ -27,9 +27,8 @@ int book_move(Move move) {
 }
 
 static void append_big_endian(std::string& bytes, std::uint64_t value, int size) {
-    for (int shift = 8 * (size - 1); shift >= 0; shift -= 8) {
+    for (int shift = 8 * (size - 1); shift >= 0; shift -= 8)
         bytes.push_back(static_cast<char>((value >> shift) & 0xFF));
-    }
 }
 
 std::string book_bytes(const std::vector<BookRecord>& records) {
@@ -44,9 +43,8 @@ std::string book_bytes(const std::vector<BookRecord>& records) {
 }
 
 TemporaryDirectory::TemporaryDirectory() : path(testing::TempDir() + "/brindlemoth_XXXXXX") {
-    if (mkdtemp(path.data()) == nullptr) {
+    if (mkdtemp(path.data()) == nullptr)
         ADD_FAILURE() << "no temporary directory: " << path;
-    }
 }
 
 TemporaryDirectory::~TemporaryDirectory() {

@@ -18,17 +18,15 @@ namespace brindlemoth {
 using Clock = std::chrono::steady_clock;
 
 static void close_descriptor(int& descriptor) {
-    if (descriptor >= 0) {
+    if (descriptor >= 0)
         close(descriptor);
-    }
     descriptor = -1;
 }
 
 static void fail_as_hung(EngineProcess& engine, const char* what) {
     ADD_FAILURE() << "the engine hangs: " << what;
-    if (engine.process > 0) {
+    if (engine.process > 0)
         kill(engine.process, SIGKILL);
-    }
     close_descriptor(engine.input);
     close_descriptor(engine.output);
 }
@@ -51,9 +49,8 @@ EngineProcess::EngineProcess(const std::vector<std::string>& arguments,
     unlink(error_path.c_str());
 
     std::vector<char*> words = {const_cast<char*>(BRINDLEMOTH_ENGINE)};
-    for (const std::string& argument : arguments) {
+    for (const std::string& argument : arguments)
         words.push_back(const_cast<char*>(argument.c_str()));
-    }
     words.push_back(nullptr);
 
     process = fork();
@@ -70,9 +67,8 @@ EngineProcess::EngineProcess(const std::vector<std::string>& arguments,
     close_descriptor(output_ends[1]);
     input = input_ends[1];
     output = output_ends[0];
-    if (input >= 0) {
+    if (input >= 0)
         fcntl(input, F_SETFL, O_NONBLOCK);
-    }
 }
 
 EngineProcess::~EngineProcess() {
@@ -96,17 +92,15 @@ static bool wait_for_engine(EngineProcess& engine, bool to_write, Clock::time_po
     };
     const int ready =
         poll(ends.data(), ends.size(), static_cast<int>(std::max<std::int64_t>(left.count(), 0)));
-    if (ready == 0) {
+    if (ready == 0)
         return false;
-    }
     if (ready > 0 && ends[0].revents != 0) {
         std::array<char, 65536> buffer;
         const ssize_t count = read(engine.output, buffer.data(), buffer.size());
-        if (count > 0) {
+        if (count > 0)
             engine.pending.append(buffer.data(), static_cast<std::size_t>(count));
-        } else if (count == 0) {
+        else if (count == 0)
             close_descriptor(engine.output);
-        }
     }
     return true;
 }
@@ -116,13 +110,12 @@ void EngineProcess::send_text(const std::string& text) {
     std::size_t written = 0;
     while (written < text.size() && input >= 0) {
         const ssize_t count = write(input, text.data() + written, text.size() - written);
-        if (count > 0) {
+        if (count > 0)
             written += static_cast<std::size_t>(count);
-        } else if (errno == EPIPE) {
+        else if (errno == EPIPE)
             close_input();
-        } else if (!wait_for_engine(*this, true, deadline)) {
+        else if (!wait_for_engine(*this, true, deadline))
             fail_as_hung(*this, "it does not read its input");
-        }
     }
 }
 
@@ -134,14 +127,12 @@ std::optional<std::string> EngineProcess::read_line() {
     const auto deadline = Clock::now() + HANG_GUARD;
     std::size_t end = pending.find('\n');
     while (end == std::string::npos && output >= 0) {
-        if (!wait_for_engine(*this, false, deadline)) {
+        if (!wait_for_engine(*this, false, deadline))
             fail_as_hung(*this, "no line of output comes");
-        }
         end = pending.find('\n');
     }
-    if (end == std::string::npos && pending.empty()) {
+    if (end == std::string::npos && pending.empty())
         return std::nullopt;
-    }
     std::string line = pending.substr(0, end);
     pending.erase(0, end == std::string::npos ? end : end + 1);
     return line;
@@ -151,9 +142,8 @@ std::vector<std::string> EngineProcess::read_until(const std::string& prefix) {
     std::vector<std::string> lines;
     while (std::optional<std::string> line = read_line()) {
         lines.push_back(*line);
-        if (line->compare(0, prefix.size(), prefix) == 0) {
+        if (line->compare(0, prefix.size(), prefix) == 0)
             return lines;
-        }
     }
     ADD_FAILURE() << "the output ended without a line that begins with " << prefix;
     return lines;
@@ -161,9 +151,16 @@ std::vector<std::string> EngineProcess::read_until(const std::string& prefix) {
 
 std::vector<std::string> EngineProcess::read_to_end() {
     std::vector<std::string> lines;
-    while (std::optional<std::string> line = read_line()) {
+    while (std::optional<std::string> line = read_line())
         lines.push_back(*line);
-    }
+    return lines;
+}
+
+std::vector<std::string> EngineProcess::finish() {
+    close_input();
+    std::vector<std::string> lines = read_to_end();
+    EXPECT_EQ(wait_for_exit(), 0);
+    EXPECT_EQ(errors(), "");
     return lines;
 }
 
@@ -175,13 +172,11 @@ int EngineProcess::wait_for_exit() {
             process = -1;
             status = WIFSIGNALED(raw) ? -WTERMSIG(raw) : WEXITSTATUS(raw);
         } else if (output >= 0) {
-            if (!wait_for_engine(*this, false, deadline)) {
+            if (!wait_for_engine(*this, false, deadline))
                 fail_as_hung(*this, "it does not end");
-            }
         } else {
-            if (Clock::now() > deadline) {
+            if (Clock::now() > deadline)
                 fail_as_hung(*this, "it does not end");
-            }
             std::this_thread::sleep_for(std::chrono::milliseconds(1));
         }
     }
@@ -193,10 +188,15 @@ std::string EngineProcess::errors() const {
     std::array<char, 4096> buffer;
     ssize_t count = 0;
     while ((count = pread(error_file, buffer.data(), buffer.size(),
-                          static_cast<off_t>(text.size()))) > 0) {
+                          static_cast<off_t>(text.size()))) > 0)
         text.append(buffer.data(), static_cast<std::size_t>(count));
-    }
     return text;
+}
+
+int count_beginning(const std::vector<std::string>& lines, const std::string& prefix) {
+    return static_cast<int>(std::count_if(lines.begin(), lines.end(), [&](const std::string& line) {
+        return line.starts_with(prefix);
+    }));
 }
 
 } // namespace brindlemoth

@@ -47,6 +47,9 @@ struct EngineProcess {
     // Reads to the end of the output.
     std::vector<std::string> read_to_end();
 
+    // Closes the input and reads to the end of the output. The process must end well.
+    std::vector<std::string> finish();
+
     // Waits for the end of the process. Its exit status, or the negative number of the signal
     // that ended it.
     int wait_for_exit();
@@ -60,5 +63,8 @@ struct EngineProcess {
     int status = 0;      // as wait_for_exit() returns it, once process is -1
     std::string pending; // output read, not yet taken by read_line()
 };
+
+// How many of the lines begin so.
+int count_beginning(const std::vector<std::string>& lines, const std::string& prefix);
 
 } // namespace brindlemoth

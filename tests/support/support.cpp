@@ -3,6 +3,8 @@
 #include "board/make_move.h"
 #include "movegen/legality.h"
 
+#include <cstddef>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <random>
@@ -64,6 +66,21 @@ void for_random_positions(int count, std::uint64_t seed,
             make_move(position, legal.moves[random() % static_cast<unsigned>(legal.count)]);
         }
     }
+}
+
+Move legal_move(Position& position, const std::string& text) {
+    MoveList legal;
+    generate_legal(position, legal);
+    for (int i = 0; i < legal.count; ++i)
+        if (text == move_to_text(legal.moves[i]))
+            return legal.moves[i];
+    return MOVE_NONE;
+}
+
+bool same_position(const Position& a, const Position& b) {
+    return std::memcmp(&a, &b, offsetof(Position, undo)) == 0 &&
+           std::memcmp(a.undo, b.undo,
+                       static_cast<std::size_t>(a.undo_count) * sizeof(UndoRecord)) == 0;
 }
 
 } // namespace brindlemoth

@@ -27,4 +27,10 @@ const std::vector<std::string>& sample_fens();
 void for_random_positions(int count, std::uint64_t seed,
                           const std::function<void(Position&)>& visit);
 
+// The legal move of that text, or MOVE_NONE.
+Move legal_move(Position& position, const std::string& text);
+
+// Whether all of the two records is equal but the undo entries that are not in use.
+bool same_position(const Position& a, const Position& b);
+
 } // namespace brindlemoth
