@@ -45,16 +45,14 @@ void for_random_placements(int count, std::uint64_t seed, int max_pieces,
         board.fill(EMPTY_SQUARE);
         const auto put = [&](int piece) {
             int square = below(64);
-            while (board[static_cast<std::size_t>(square)] != EMPTY_SQUARE) {
+            while (board[static_cast<std::size_t>(square)] != EMPTY_SQUARE)
                 square = below(64);
-            }
             board[static_cast<std::size_t>(square)] = piece;
         };
         put(make_piece(WHITE, KING));
         put(make_piece(BLACK, KING));
-        for (int n = below(max_pieces + 1); n > 0; --n) {
+        for (int n = below(max_pieces + 1); n > 0; --n)
             put(make_piece(below(2), below(2) == 0 ? PAWN : below(KING)));
-        }
         Position position = position_from(fen_of(board, below(2)));
         visit(position);
     }

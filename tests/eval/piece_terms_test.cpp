@@ -2,6 +2,7 @@
 #include "board/bitboard.h"
 #include "eval/piece_terms.h"
 #include "eval_support.h"
+#include "movegen/legality.h"
 #include "support/support.h"
 
 #include <gtest/gtest.h>
@@ -11,81 +12,6 @@ namespace brindlemoth {
 namespace {
 
 using Term = Score (*)(const Position&, int);
-
-struct Case {
-    const char* what;
-    const char* board;
-    Score expected; // for White; Black gets the same in the mirrored position
-};
-
-void check(Term term, const Case& c) {
-    SCOPED_TRACE(c.what);
-    const Position position = position_from(std::string(c.board) + " w - - 0 1");
-    EXPECT_EQ(term(position, WHITE), c.expected);
-    EXPECT_EQ(term(mirrored(position), BLACK), c.expected);
-}
-
-TEST(PieceTerms, Mobility) {
-    const Case cases[] = {
-        {"no pieces", "4k3/8/8/8/8/8/8/4K3", Score{}},
-        {"own pawns leave the knight nothing", "8/8/8/8/8/1P6/2P5/N7", S(-62, -79)},
-        {"enemy pawn attacks leave it nothing", "8/8/8/8/2p5/3p4/8/N7", S(-62, -79)},
-        {"the own king's square does not count", "8/8/8/8/8/1K6/8/N7", S(-53, -57)},
-        {"an own piece in the way counts", "8/8/8/8/8/8/1N6/B7", S(-20, -25) + S(3, 7)},
-        {"an enemy piece in the way counts", "8/8/8/8/8/8/1n6/B7", S(-20, -25)},
-        {"open bishop", "8/8/8/8/3B4/8/8/8", S(96, 98)},
-        {"open rook", "8/8/8/8/8/8/8/R7", S(67, 175)},
-        {"the queen is one piece", "8/8/8/8/8/8/8/Q7", S(7, 28)},
-    };
-    for (const Case& c : cases) {
-        check(evaluate_mobility, c);
-    }
-}
-
-// One piece on d4 with own pawns set so that it reaches `count` squares.
-Position reaching(int type, int count) {
-    constexpr int orthogonal[4][2] = {{1, 0}, {-1, 0}, {0, 1}, {0, -1}};
-    constexpr int diagonal[4][2] = {{1, 1}, {1, -1}, {-1, 1}, {-1, -1}};
-    constexpr int jumps[8][2] = {{1, 2},  {2, 1},  {-1, 2},  {-2, 1},
-                                 {1, -2}, {2, -1}, {-1, -2}, {-2, -1}};
-    std::string rows[8];
-    for (std::string& row : rows) {
-        row = "11111111";
-    }
-    const auto square_at = [&](int file, int rank) -> char* {
-        return file < 0 || file > 7 || rank < 0 || rank > 7
-                   ? nullptr
-                   : &rows[rank][static_cast<std::size_t>(file)];
-    };
-    *square_at(3, 3) = "PNBRQK"[type];
-    const auto ray = [&](const int(&step)[2], int length) {
-        for (int n = 1; n <= length; ++n) {
-            char* const square = square_at(3 + n * step[0], 3 + n * step[1]);
-            if (square == nullptr) {
-                return;
-            }
-            if (count == 0) {
-                *square = 'P';
-                return;
-            }
-            --count;
-        }
-    };
-    for (const auto& step : jumps) {
-        ray(step, type == KNIGHT ? 1 : 0);
-    }
-    for (const auto& step : orthogonal) {
-        ray(step, type == ROOK || type == QUEEN ? 7 : 0);
-    }
-    for (const auto& step : diagonal) {
-        ray(step, type == BISHOP || type == QUEEN ? 7 : 0);
-    }
-    std::string fen;
-    for (int rank = 7; rank >= 0; --rank) {
-        fen += rows[rank] + (rank > 0 ? "/" : " w - - 0 1");
-    }
-    return position_from(fen);
-}
 
 // The totals of the four tables, plain and weighted by place, betray any wrong or moved entry.
 TEST(PieceTerms, MobilityTablesAddUp) {
@@ -100,74 +26,62 @@ TEST(PieceTerms, MobilityTablesAddUp) {
         {QUEEN, 27, S(51, 625), S(2270, 10799)},
     };
     for (const auto& c : cases) {
-        Score total{};
-        Score weighted{};
-        for (int count = 0; count <= c.most; ++count) {
-            const Score value = evaluate_mobility(reaching(c.type, count), WHITE);
+        Position position = position_from(std::string("8/8/8/8/3") + "PNBRQK"[c.type] + "4/8/8/8");
+        Bitboard reached = attacks_from(c.type, D4, WHITE, 0);
+        Score total{}, weighted{};
+        // Squares that own pawns are said to hold do not count.
+        for (int count = c.most; count >= 0; --count) {
+            const Score value = evaluate_mobility(position, WHITE);
             total += value;
             weighted += value * (count + 1);
+            if (reached != 0)
+                position.pieces[WHITE][PAWN] |= square_bit(pop_lowest(reached));
         }
         EXPECT_EQ(total, c.total) << "piece type " << c.type;
         EXPECT_EQ(weighted, c.weighted) << "piece type " << c.type;
     }
 }
 
-TEST(PieceTerms, Outposts) {
-    const Case cases[] = {
-        {"defended, a-file", "8/8/N7/1P6/8/8/8/8", S(20, 12)},
-        {"defended, b-file", "8/8/1N6/P7/8/8/8/8", S(30, 18)},
-        {"undefended, h-file", "8/8/8/7N/8/8/8/8", S(10, 5)},
-        {"seventh rank", "8/1N6/P7/8/8/8/8/8", Score{}},
-        {"third rank", "8/8/8/8/8/2N5/1P6/8", Score{}},
-        {"attacked by a pawn", "8/1p6/2N5/8/8/8/8/8", Score{}},
-        {"a pawn behind cannot attack it", "8/8/1pN5/8/8/8/8/8", S(15, 8)},
-        {"a far pawn can come near", "8/1p6/8/8/2N5/8/8/8", Score{}},
-        {"bishop on the edge", "8/8/8/7B/8/8/8/8", S(6, 3)},
-        {"bishop on the edge, defended", "8/8/8/7B/6P1/8/8/8", S(14, 8)},
-        {"bishop inside, defended", "8/8/8/3B4/4P3/8/8/8", S(20, 12)},
-        {"bishop inside", "8/8/8/3B4/8/8/8/8", S(10, 5)},
-        {"blocked pawn out of the bishop's reach", "8/8/8/4p3/4P3/8/8/2B5", S(-4, -6)},
-        {"blocked pawn within it", "8/8/8/4p3/4P3/8/8/1B6", Score{}},
-        {"bishops of both colours count it once", "8/8/8/4p3/4P3/8/8/1BB5", S(-4, -6)},
-        {"two bishops of a colour count it twice", "8/8/8/4p3/4P3/8/8/B1B5", S(-8, -12)},
-    };
-    for (const Case& c : cases) {
-        check(evaluate_outposts, c);
-    }
-}
+TEST(PieceTerms, Values) {
+    const struct {
+        Term term;
+        const char *what, *board;
+        Score expected; // for White
+    } cases[] = {
+        {evaluate_mobility, "enemy pawn attacks", "8/8/8/8/2p5/3p4/8/N7", S(-62, -79)},
+        {evaluate_mobility, "the own king's square", "8/8/8/8/8/1K6/8/N7", S(-53, -57)},
+        {evaluate_mobility, "a piece in the way", "8/8/8/8/8/8/1N6/B7", S(-20, -25) + S(3, 7)},
+        {evaluate_mobility, "an enemy in the way", "8/8/8/8/8/8/1n6/B7", S(-20, -25)},
+        {evaluate_mobility, "the queen is one piece", "8/8/8/8/8/8/8/Q7", S(7, 28)},
 
-TEST(PieceTerms, Rooks) {
-    const Case cases[] = {
-        {"open file", "8/8/8/8/3R4/8/8/8", S(47, 26)},
-        {"half-open file", "8/3p4/8/8/3R4/8/8/8", S(20, 13)},
-        {"own pawn, even behind", "8/8/8/8/3R4/8/3P4/8", Score{}},
-        {"seventh rank, king on the eighth", "6k1/R7/8/8/8/8/8/8", S(74, 59)},
-        {"seventh rank, king beside it", "8/R5k1/8/8/8/8/8/8", S(47, 26)},
-        {"seventh rank with a pawn on it", "8/R5kp/8/8/8/8/8/8", S(74, 59)},
-        {"eighth rank", "R5k1/7p/8/8/8/8/8/8", S(47, 26)},
-        {"no king at all", "8/R7/8/8/8/8/8/8", S(47, 26)},
+        {evaluate_outposts, "defended, a-file", "8/8/N7/1P6/8/8/8/8", S(20, 12)},
+        {evaluate_outposts, "defended, b-file", "8/8/1N6/P7/8/8/8/8", S(30, 18)},
+        {evaluate_outposts, "undefended, h-file", "8/8/8/7N/8/8/8/8", S(10, 5)},
+        {evaluate_outposts, "seventh rank", "8/1N6/P7/8/8/8/8/8", Score{}},
+        {evaluate_outposts, "third rank", "8/8/8/8/8/2N5/1P6/8", Score{}},
+        {evaluate_outposts, "a pawn behind cannot attack", "8/8/1pN5/8/8/8/8/8", S(15, 8)},
+        {evaluate_outposts, "a far pawn can come near", "8/1p6/8/8/2N5/8/8/8", Score{}},
+        {evaluate_outposts, "bishop on the edge", "8/8/8/7B/8/8/8/8", S(6, 3)},
+        {evaluate_outposts, "bishop, edge, defended", "8/8/8/7B/6P1/8/8/8", S(14, 8)},
+        {evaluate_outposts, "bishop inside, defended", "8/8/8/3B4/4P3/8/8/8", S(20, 12)},
+        {evaluate_outposts, "bishop inside", "8/8/8/3B4/8/8/8/8", S(10, 5)},
+        {evaluate_outposts, "blocked pawn in reach", "8/8/8/4p3/4P3/8/8/1B6", Score{}},
+        {evaluate_outposts, "out of reach of one", "8/8/8/4p3/4P3/8/8/1BB5", S(-4, -6)},
+        {evaluate_outposts, "out of reach of two", "8/8/8/4p3/4P3/8/8/B1B5", S(-8, -12)},
+
+        {evaluate_rooks, "open file", "8/8/8/8/3R4/8/8/8", S(47, 26)},
+        {evaluate_rooks, "half-open file", "8/3p4/8/8/3R4/8/8/8", S(20, 13)},
+        {evaluate_rooks, "own pawn behind", "8/8/8/8/3R4/8/3P4/8", Score{}},
+        {evaluate_rooks, "seventh, king behind", "6k1/R7/8/8/8/8/8/8", S(74, 59)},
+        {evaluate_rooks, "seventh, king beside it", "8/R5k1/8/8/8/8/8/8", S(47, 26)},
+        {evaluate_rooks, "seventh with a pawn", "8/R5kp/8/8/8/8/8/8", S(74, 59)},
+        {evaluate_rooks, "no king at all", "8/R7/8/8/8/8/8/8", S(47, 26)},
     };
-    for (const Case& c : cases) {
-        check(evaluate_rooks, c);
-    }
+    for (const auto& c : cases)
+        EXPECT_EQ(c.term(position_from(std::string(c.board) + " w - - 0 1"), WHITE), c.expected)
+            << c.what << ' ' << c.board;
     // Of two kings the one on the lowest square is the king.
     EXPECT_EQ(evaluate_rooks(position_from("6k1/R7/8/8/8/8/8/6k1 w - - 0 1"), WHITE), S(47, 26));
-}
-
-TEST(PieceTerms, Threats) {
-    const Case cases[] = {
-        {"nothing", "4k3/8/8/8/8/8/8/4K3", Score{}},
-        {"knight forks rook and queen", "8/8/1r3q2/3N4/8/8/8/8", S(95, 45)},
-        {"each minor piece counts", "8/8/5r2/3N4/8/8/8/B7", S(90, 40)},
-        {"two pawns on two knights", "8/8/8/1n3n2/P3P3/8/8/8", S(55, 30)},
-        {"pawn on rook", "8/8/8/1r6/P7/8/8/8", S(60, 15)},
-        {"pawn on queen", "8/8/8/1q6/P7/8/8/8", Score{}},
-        {"no wrap around the edge", "8/8/7n/r7/7P/8/8/8", Score{}},
-        {"a bishop sees no further than the first piece", "7r/8/8/8/8/2P5/8/B7", Score{}},
-    };
-    for (const Case& c : cases) {
-        check(evaluate_threats, c);
-    }
 }
 
 // Minor threats piece by piece, with sets looked up one after the other.
@@ -176,11 +90,10 @@ Score minor_threats(const Position& position, int colour) {
     for (int square = 0; square < SQUARE_COUNT; ++square) {
         const int piece = position.board[square];
         Bitboard reach = 0;
-        if (piece == make_piece(colour, KNIGHT)) {
+        if (piece == make_piece(colour, KNIGHT))
             reach = knight_attacks[square];
-        } else if (piece == make_piece(colour, BISHOP)) {
+        else if (piece == make_piece(colour, BISHOP))
             reach = bishop_attacks_slow(square, position.all_pieces);
-        }
         score += (reach & position.pieces[colour ^ 1][ROOK]) != 0 ? S(45, 20) : Score{};
         score += (reach & position.pieces[colour ^ 1][QUEEN]) != 0 ? S(50, 25) : Score{};
     }
@@ -194,9 +107,8 @@ TEST(PieceTerms, ThreatsOfRandomPlacements) {
             for (int square = 0; square < SQUARE_COUNT; ++square) {
                 const int piece = position.board[square];
                 if (piece != EMPTY_SQUARE && piece_colour(piece) != colour &&
-                    (pawn_attacks[colour ^ 1][square] & position.pieces[colour][PAWN]) != 0) {
+                    (pawn_attacks[colour ^ 1][square] & position.pieces[colour][PAWN]) != 0)
                     targets[piece_type(piece)] |= square_bit(square);
-                }
             }
             Score expected = minor_threats(position, colour);
             expected += (targets[KNIGHT] | targets[BISHOP]) != 0 ? S(55, 30) : Score{};

@@ -41,7 +41,6 @@ TEST(EvalTrace, SignsAndSpecialLines) {
     EXPECT_THAT(black, HasSubstr("RooksW            MG:    +0  EG:    +0\n"));
     EXPECT_THAT(black, HasSubstr("RooksB            MG:   -47  EG:   -26\n"));
     EXPECT_THAT(black, HasSubstr("BishopPair          -22\n"));
-    EXPECT_THAT(black, HasSubstr("Threats           MG:    +0  EG:    +0\n"));
 
     // A negative middle-game half takes one from the end game.
     const std::string isolated = trace_of("4k3/8/8/4p3/4P3/8/8/4K3 w - - 0 1");
