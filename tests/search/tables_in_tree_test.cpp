@@ -51,8 +51,7 @@ const char* const DRAWN = "8/8/8/4k3/4p3/8/8/4K3 b - - 0 1";
 TEST_F(TablesInTree, AnAnswerThatSettlesTheNodeIsStored) {
     struct Row {
         const char* fen;
-        int alpha;
-        int score;
+        int alpha, score;
         int stored; // in table form
         int bound;
     };
@@ -80,24 +79,12 @@ TEST_F(TablesInTree, AnAnswerThatSettlesTheNodeIsStored) {
     }
 }
 
-// A win or loss beyond which the window reaches only narrows it: the search of the node goes on.
-TEST_F(TablesInTree, AWindowBeyondTheAnswerIsSearched) {
-    Position won = position_from(WON);
-    EXPECT_GE(node(won, TB_WIN_SCORE), TB_WIN_SCORE);
-    EXPECT_EQ(tt_probe(won.key), nullptr);
-    Position lost = position_from(LOST);
-    node(lost, -TB_WIN_SCORE - 1);
-    EXPECT_EQ(tt_probe(lost.key), nullptr);
-}
-
 TEST_F(TablesInTree, OnlySomeNodesAsk) {
     struct Row {
         const char* name;
         const char* fen;
         int limit;
-        bool pv_node;
-        bool excluded;
-        bool asks;
+        bool pv_node, excluded, asks;
     };
     const Row rows[] = {
         {"plain", WON, 4, false, false, true},
