@@ -2,12 +2,12 @@
 #include "eval/evaluate.h"
 #include "search/root.h"
 #include "search/transposition.h"
-#include "shell/command_loop.h"
 #include "shell/diagnostics.h"
 #include "support/captured_output.h"
 #include "support/support.h"
 
 #include <gtest/gtest.h>
+#include <regex>
 
 namespace brindlemoth {
 namespace {
@@ -95,6 +95,10 @@ const char* const BENCH_6 =
     "bestmove d7c8q\n";
 
 TEST_F(Bench, LinesOfDepth6) {
+    Position position = position_from(sample_fens().front());
+    SearchLimits limits{};
+    limits.depth = 6;
+    output_of([&] { search_root(position, limits); }); // of which bench remembers nothing
     Lines lines = output_of([] { cmd_bench(6); });
     ASSERT_GE(lines.size(), 6U);
     const Lines summary(lines.end() - 6, lines.end());
@@ -103,30 +107,9 @@ TEST_F(Bench, LinesOfDepth6) {
         line = without_timing(line);
     EXPECT_EQ(joined(lines), BENCH_6);
 
-    EXPECT_EQ(summary[0], "");
-    EXPECT_EQ(summary[1], "=== Bench ===");
-    EXPECT_EQ(summary[2], "Depth   : 6");
-    EXPECT_EQ(summary[3], "Nodes   : 22543");
-    for (std::size_t i : {4U, 5U}) {
-        const std::string unit = i == 4 ? " ms" : "";
-        const std::string name = i == 4 ? "Time    : " : "NPS     : ";
-        ASSERT_GT(summary[i].size(), name.size() + unit.size());
-        const std::string number =
-            summary[i].substr(name.size(), summary[i].size() - name.size() - unit.size());
-        EXPECT_EQ(summary[i], name + number + unit);
-        EXPECT_EQ(number.find_first_not_of("0123456789"), std::string::npos) << summary[i];
-    }
-}
-
-TEST_F(Bench, DependsOnTheDepthAlone) {
-    Position position = position_from(sample_fens().front());
-    SearchLimits limits{};
-    limits.depth = 6;
-    output_of([&] { search_root(position, limits); });
-    const Key key = position.key;
-    for (int i = 0; i < 2; ++i)
-        EXPECT_EQ(nodes_of(output_of([&] { dispatch_command("bench 3", position); })), "3083");
-    EXPECT_EQ(position.key, key);
+    EXPECT_TRUE(std::regex_match(joined(summary),
+                                 std::regex("\n=== Bench ===\nDepth   : 6\nNodes   : 22543\n"
+                                            "Time    : [0-9]+ ms\nNPS     : [0-9]+\n")));
 }
 
 std::string dupcheck(const Position& position) {
@@ -144,20 +127,11 @@ TEST(Dupcheck, CountsAndReportsPairs) {
                                   "DUPLICATE: a1c1 (indices 4 and 7)\n"
                                   "DUPLICATE: a1a2 (indices 5 and 8)\n"
                                   "Total pseudo-legal: 9, Duplicates: 3\n");
-    position = position_from("8/8/8/8/8/8/PP6/R1N5 w - - 0 1");
-    position.pieces[WHITE][QUEEN] |= square_bit(A1);
-    EXPECT_EQ(dupcheck(position), "DUPLICATE: a1b1 (indices 7 and 8)\n"
-                                  "Total pseudo-legal: 9, Duplicates: 1\n");
 }
 
 TEST(Illegalcheck, FindsNothingInASoundProgram) {
     const std::string sound = "No illegal moves found among move_is_legal=true set.\n";
-    for (const char* const fen :
-         {starting_fen, "8/8/8/8/8/8/8/8 w - - 0 1", "7k/5Q2/6K1/8/8/8/8/8 b - - 0 1"}) {
-        Position position = position_from(fen);
-        EXPECT_EQ(joined(output_of([&] { cmd_illegalcheck(position); })), sound) << fen;
-    }
-    for_random_positions(2000, 82, [&](Position& position) {
+    for_random_positions(10000, 82, [&](Position& position) {
         const Key key = position.key;
         ASSERT_EQ(joined(output_of([&] { cmd_illegalcheck(position); })), sound);
         ASSERT_EQ(position.key, key);

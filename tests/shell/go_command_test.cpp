@@ -31,27 +31,19 @@ TEST(GoCommand, Limits) {
         const char* limits;
     } ROWS[] = {
         {"go", ""},
-        {"go ", ""},
         {"go wtime 1000 btime 2000 winc 10 binc 20 movestogo 5",
          "wtime 1000 btime 2000 winc 10 binc 20 movestogo 5 "},
         {"go infinite depth 3", "depth 3 infinite "},
         {"go   nodes    7   movetime   9  ", "movetime 9 nodes 7 "},
-        {"go depth 3 depth 4", "depth 4 "},
         {"go depth", ""},
-        {"go depth x", ""},
         {"go depth -5", "depth -5 "},
         {"go depth wtime 5", "wtime 5 "},
         {"go depth7", "depth 7 "},
-        {"godepth 7", "depth 7 "},
         {"goinfinite", "infinite "},
-        {"gone depth 7", "depth 7 "},
-        {"go infinitely", "infinite "},
         {"go xinfinite xdepth 5", ""},
-        {"go Depth 5 INFINITE", ""},
         {"go ponder searchmoves e2e4 mate 3 depth 2", "depth 2 "},
         {"go depth\t6", "depth 6 "},
         {"go\tdepth 6", ""}, // a tab is part of a word
-        {"go depth 2\tnodes 5", "depth 2 "},
         {"go depth 4294967298", "depth 2 "},
         {"go nodes 2147483648", "nodes -2147483648 "},
         {"go depthinfinite", ""}, // one word, one meaning

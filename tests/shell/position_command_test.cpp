@@ -18,10 +18,8 @@ TEST(PositionCommand, StartsAndMoves) {
         int moves;
     } ROWS[] = {
         {"position startpos", starting_fen, 0},
-        {"position    startpos", starting_fen, 0},
         {"positionstartpos", starting_fen, 0},
         {"position startpos moves", starting_fen, 0},
-        {"position startpos moves   ", starting_fen, 0},
         {"position startpos e2e4", starting_fen, 0},
         {"position startpos moves e2e4 e7e5",
          "rnbqkbnr/pppp1ppp/8/4p3/4P3/8/PPPP1PPP/RNBQKBNR w KQkq e6 0 2", 2},
@@ -38,21 +36,16 @@ TEST(PositionCommand, StartsAndMoves) {
          "rnbqkbnr/pppppppp/8/8/8/5N2/PPPPPPPP/RNBQKB1R b KQkq - 1 1", 1},
         {"position startpos moves e2e4\te7e5 g1f3",
          "rnbqkbnr/pppppppp/8/8/8/5N2/PPPPPPPP/RNBQKB1R b KQkq - 1 1", 1},
-        {"position startpos moves e2e", starting_fen, 0},
         // A FEN, with moves behind its six fields only.
-        {"position fen " KINGS_AND_PAWN, KINGS_AND_PAWN, 0},
         {"position fen    " KINGS_AND_PAWN " moves a1a2", "8/4P2k/8/8/8/8/K7/8 b - - 1 1", 1},
         {"position fen " KINGS_AND_PAWN "    moves    a1a2", "8/4P2k/8/8/8/8/K7/8 b - - 1 1", 1},
         {"position fen 8/4P2k/8/8/8/8/8/K7 w - - moves a1a2", KINGS_AND_PAWN, 0},
         // The words are then read as the fields that are missing.
         {"position fen 8/4P2k/8/8/8/8/8/K7 w moves a1a2", "8/4P2k/8/8/8/8/8/K7 w - a1", 0},
         {"position fen 8/4P2k/8/8/8/8/8/K7 w - - 0 moves a1a2", KINGS_AND_PAWN, 0},
-        {"position fen 8/4P2k/8/8/8/8/8/K7", KINGS_AND_PAWN, 0},
         {"position fen", "", 0},
-        {"position fen ", "", 0},
         // A promotion needs its small letter; what follows the five characters does not matter.
         {"position fen " KINGS_AND_PAWN " moves e7e8q", "4Q3/7k/8/8/8/8/8/K7 b - - 0 1", 1},
-        {"position fen " KINGS_AND_PAWN " moves e7e8n", "4N3/7k/8/8/8/8/8/K7 b - - 0 1", 1},
         {"position fen " KINGS_AND_PAWN " moves e7e8rook", "4R3/7k/8/8/8/8/8/K7 b - - 0 1", 1},
         {"position fen " KINGS_AND_PAWN " moves e7e8 e7e8Q e7e8k e7e8 q e7e8p", KINGS_AND_PAWN, 0},
         // Castling is the king's move.
