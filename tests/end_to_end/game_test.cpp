@@ -18,9 +18,8 @@ bool is_dead(const Position& position) {
     int minors = 0;
     for (const int colour : {WHITE, BLACK}) {
         const Bitboard* const own = position.pieces[colour];
-        if ((own[PAWN] | own[ROOK] | own[QUEEN]) != 0) {
+        if ((own[PAWN] | own[ROOK] | own[QUEEN]) != 0)
             return false;
-        }
         minors += popcount(own[KNIGHT] | own[BISHOP]);
     }
     return minors <= 1;
@@ -31,15 +30,12 @@ std::string result(const Position& position, const std::vector<Key>& keys) {
     MoveList legal;
     Position copy = position;
     generate_legal(copy, legal);
-    if (legal.count == 0) {
+    if (legal.count == 0)
         return in_check(position) ? "mate" : "stalemate";
-    }
-    if (position.halfmove >= 100) {
+    if (position.halfmove >= 100)
         return "fifty moves";
-    }
-    if (std::count(keys.begin(), keys.end(), position.key) >= 3) {
+    if (std::count(keys.begin(), keys.end(), position.key) >= 3)
         return "repetition";
-    }
     return is_dead(position) ? "dead position" : "";
 }
 
@@ -58,14 +54,9 @@ void play_game(const std::string& position_command, Position position) {
         const std::vector<std::string> lines = engine.read_until("bestmove ");
         ASSERT_FALSE(lines.empty());
         const std::string text = lines.back().substr(std::string("bestmove ").size());
-        MoveList legal;
-        generate_legal(position, legal);
-        const Move* const last = legal.moves + legal.count;
-        const Move* const played =
-            std::find_if(static_cast<const Move*>(legal.moves), last,
-                         [&](Move move) { return text == move_to_text(move); });
-        ASSERT_NE(played, last) << "illegal: " << text << " after" << moves;
-        make_move(position, *played);
+        const Move move = legal_move(position, text);
+        ASSERT_NE(move, MOVE_NONE) << "illegal: " << text << " after" << moves;
+        make_move(position, move);
         keys.push_back(position.key);
         moves += " " + text;
         end = result(position, keys);
@@ -78,9 +69,7 @@ void play_game(const std::string& position_command, Position position) {
     const std::vector<std::string> lines = engine.read_until("bestmove ");
     ASSERT_FALSE(lines.empty());
     EXPECT_EQ(lines.back() == "bestmove 0000", end == "mate" || end == "stalemate") << end;
-    engine.send("quit");
-    EXPECT_EQ(engine.wait_for_exit(), 0);
-    EXPECT_EQ(engine.errors(), "");
+    EXPECT_TRUE(engine.finish().empty());
 }
 
 TEST(Game, WholeGameEndsByTheRules) {

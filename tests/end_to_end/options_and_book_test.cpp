@@ -1,7 +1,6 @@
 // Options and the opening book as a front end meets them.
 #include "board/make_move.h"
 #include "book/polyglot_key.h"
-#include "movegen/legality.h"
 #include "support/book_file.h"
 #include "support/engine_process.h"
 #include "support/support.h"
@@ -38,9 +37,8 @@ TEST(OptionsAndBook, BookAnswersEveryGoButAnInfiniteOne) {
     const Lines book_answer = {"bestmove h2h4"};
     EngineProcess engine;
     engine.send("setoption name BookFile value " + write_small_book(directory, "my book.bin"));
-    for (const char* const go_line : {"go", "go depth 6", "go movetime 50", "go nodes 1"}) {
+    for (const char* const go_line : {"go", "go depth 6", "go movetime 50", "go nodes 1"})
         EXPECT_EQ(ask(engine, go_line), book_answer) << go_line;
-    }
     EXPECT_GT(count_with(ask(engine, "go infinite depth 2"), "info"), 0);
 
     engine.send("setoption name OwnBook value false");
@@ -53,9 +51,7 @@ TEST(OptionsAndBook, BookAnswersEveryGoButAnInfiniteOne) {
 
     engine.send("ucinewgame");
     EXPECT_EQ(ask(engine, "go depth 2"), book_answer);
-    engine.close_input();
-    EXPECT_EQ(engine.wait_for_exit(), 0);
-    EXPECT_EQ(engine.errors(), "");
+    engine.finish();
 }
 
 TEST(OptionsAndBook, UnusableBooksAreSilentAndHarmless) {
@@ -72,9 +68,7 @@ TEST(OptionsAndBook, UnusableBooksAreSilentAndHarmless) {
         EXPECT_EQ(engine.read_line(), "readyok") << path;
         EXPECT_GT(count_with(ask(engine, "go depth 1"), "info"), 0) << path;
     }
-    engine.send("quit");
-    EXPECT_EQ(engine.wait_for_exit(), 0);
-    EXPECT_EQ(engine.errors(), "");
+    engine.finish();
 }
 
 TEST(OptionsAndBook, OptionSetDuringASearchWaitsForItsEnd) {
@@ -92,16 +86,14 @@ TEST(OptionsAndBook, OptionSetDuringASearchWaitsForItsEnd) {
     EXPECT_EQ(ask(engine, "go depth 2"), Lines{"bestmove h2h4"});
     engine.send("setoption name OwnBook value false");
     EXPECT_EQ(count_with(ask(engine, "go depth 2"), " multipv 3 "), 2);
-    engine.send("quit");
-    EXPECT_EQ(engine.wait_for_exit(), 0);
+    engine.finish();
 }
 
 // A walk through a genuine book may come to its end early, but not twenty in a row.
 TEST(OptionsAndBook, GenuineBookPlaysTenPlies) {
     const std::string path = shared_directory() + "/books/book-large.bin";
-    if (!std::filesystem::exists(path)) {
+    if (!std::filesystem::exists(path))
         GTEST_SKIP() << "needs the shared book book-large.bin";
-    }
     EngineProcess engine;
     engine.send("setoption name BookFile value " + path);
     std::size_t longest = 0;
@@ -112,23 +104,17 @@ TEST(OptionsAndBook, GenuineBookPlaysTenPlies) {
             longest = std::max(longest, ply);
             engine.send("position startpos moves" + moves);
             const Lines lines = ask(engine, "go depth 1");
-            if (lines.size() > 1) {
+            if (lines.size() > 1)
                 break; // the search has answered
-            }
             const std::string move = lines[0].substr(std::string("bestmove ").size());
             moves += " " + move;
-            MoveList legal;
-            generate_legal(position, legal);
-            Move* const end = legal.moves + legal.count;
-            const Move* const played = std::find_if(
-                legal.moves, end, [&](Move candidate) { return move == move_to_text(candidate); });
-            ASSERT_NE(played, end) << moves;
-            make_move(position, *played);
+            const Move played = legal_move(position, move);
+            ASSERT_NE(played, MOVE_NONE) << moves;
+            make_move(position, played);
         }
     }
     EXPECT_GE(longest, 10U);
-    engine.send("quit");
-    EXPECT_EQ(engine.wait_for_exit(), 0);
+    engine.finish();
 }
 
 } // namespace

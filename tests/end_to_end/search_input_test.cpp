@@ -19,38 +19,21 @@ void begin_search(EngineProcess& engine) {
     engine.read_until("info depth 3");
 }
 
-int count_beginning(const Lines& lines, const std::string& prefix) {
-    return static_cast<int>(std::count_if(lines.begin(), lines.end(), [&](const std::string& line) {
-        return line.starts_with(prefix);
-    }));
-}
-
 // The lines that begin with one of these, in their order, without what follows.
 Lines sequence(const Lines& lines, const Lines& prefixes) {
     Lines found;
     for (const std::string& line : lines) {
-        for (const std::string& prefix : prefixes) {
-            if (line.starts_with(prefix)) {
+        for (const std::string& prefix : prefixes)
+            if (line.starts_with(prefix))
                 found.push_back(prefix);
-            }
-        }
     }
     return found;
-}
-
-// All the engine prints for an input that ends; it must end well.
-Lines finish(EngineProcess& engine) {
-    engine.close_input();
-    Lines lines = engine.read_to_end();
-    EXPECT_EQ(engine.wait_for_exit(), 0);
-    EXPECT_EQ(engine.errors(), "");
-    return lines;
 }
 
 Lines answer_file(const std::string& text) {
     const TemporaryDirectory directory;
     EngineProcess engine({}, directory.write("input", text));
-    return finish(engine);
+    return engine.finish();
 }
 
 // A position line that the output of d tells apart from others.
@@ -61,11 +44,9 @@ std::string numbered_position(int number) {
 // The numbers of these positions, in the order in which they were printed.
 std::vector<int> numbers_printed(const Lines& lines) {
     std::vector<int> numbers;
-    for (const std::string& line : lines) {
-        if (const std::string prefix = "50-move: "; line.starts_with(prefix)) {
+    for (const std::string& line : lines)
+        if (const std::string prefix = "50-move: "; line.starts_with(prefix))
             numbers.push_back(std::stoi(line.substr(prefix.size())));
-        }
-    }
     return numbers;
 }
 
@@ -79,7 +60,7 @@ TEST(SearchInput, StopEndsTheSearch) {
     engine.send("stop"); // at the prompt: it does not reach into the next search
     engine.send("go depth 4");
     EXPECT_EQ(count_beginning(engine.read_until("bestmove"), "info depth 4 "), 1);
-    EXPECT_EQ(finish(engine), Lines());
+    EXPECT_EQ(engine.finish(), Lines());
 }
 
 TEST(SearchInput, IsreadyIsAnsweredInTheMiddle) {
@@ -91,7 +72,7 @@ TEST(SearchInput, IsreadyIsAnsweredInTheMiddle) {
     }
     engine.send("stop");
     EXPECT_EQ(count_beginning(engine.read_until("bestmove"), "readyok"), 0);
-    EXPECT_EQ(finish(engine), Lines());
+    EXPECT_EQ(engine.finish(), Lines());
 }
 
 TEST(SearchInput, QuitGivesOneBestmoveAndEnds) {
@@ -119,7 +100,7 @@ TEST(SearchInput, OtherLinesWaitInTheirOrder) {
         "bestmove", "uciok",         "Side: black",   "info depth 1 ", "info depth 2",
         "bestmove", "info depth 1 ", "info depth 1 ", "bestmove",      "Side: white",
     };
-    const Lines lines = finish(engine);
+    const Lines lines = engine.finish();
     const auto first_answer = std::find_if(lines.begin(), lines.end(), [](const std::string& line) {
         return line.starts_with("bestmove");
     });
@@ -127,22 +108,6 @@ TEST(SearchInput, OtherLinesWaitInTheirOrder) {
                        {"bestmove", "uciok", "Side: black", "Side: white", "info depth 1 ",
                         "info depth 2"}),
               expected);
-}
-
-TEST(SearchInput, QueuedGoNeedsNoFurtherInput) {
-    EngineProcess engine;
-    begin_search(engine);
-    engine.send_text("go depth 3\nstop\n");
-    engine.read_until("bestmove");
-    EXPECT_EQ(count_beginning(engine.read_until("bestmove"), "info depth 3 "), 1);
-}
-
-TEST(SearchInput, BlankLinesTakeNoRoom) {
-    EngineProcess engine;
-    begin_search(engine);
-    engine.send_text(std::string(100, '\n') + "\r\n\r\r\nstop\n");
-    engine.read_until("bestmove");
-    EXPECT_EQ(finish(engine), Lines());
 }
 
 TEST(SearchInput, MoreLinesThanAreParkedKeepTheirOrder) {
@@ -154,7 +119,7 @@ TEST(SearchInput, MoreLinesThanAreParkedKeepTheirOrder) {
     }
     EngineProcess engine;
     engine.send_text("go depth 9\n" + text);
-    EXPECT_EQ(numbers_printed(finish(engine)), expected);
+    EXPECT_EQ(numbers_printed(engine.finish()), expected);
     EXPECT_EQ(numbers_printed(answer_file("go depth 9\n" + text)), expected);
     // With searches in between, each of which takes in what there is room for.
     EXPECT_EQ(numbers_printed(answer_file("go depth 5\n" + text + "go depth 5\n" + text)).size(),
@@ -163,13 +128,12 @@ TEST(SearchInput, MoreLinesThanAreParkedKeepTheirOrder) {
 
 TEST(SearchInput, StopBehindFifteenLinesActs) {
     std::string text;
-    for (int i = 0; i < 15; ++i) {
+    for (int i = 0; i < 15; ++i)
         text += "perft 1\n";
-    }
     EngineProcess engine;
     begin_search(engine);
     engine.send_text(text + "stop\n");
-    EXPECT_EQ(count_beginning(finish(engine), "Total: 20"), 15);
+    EXPECT_EQ(count_beginning(engine.finish(), "Total: 20"), 15);
 }
 
 TEST(SearchInput, FinishedLinesAreSeenInThePortionOfTheGoLine) {
@@ -177,7 +141,7 @@ TEST(SearchInput, FinishedLinesAreSeenInThePortionOfTheGoLine) {
     engine.send_text("go infinite\nstop\n");
     engine.read_until("bestmove");
     engine.send_text("isready\ngo infinite\nisready\nperft 1\nstop\nisready\n");
-    const Lines lines = finish(engine);
+    const Lines lines = engine.finish();
     EXPECT_EQ(sequence(lines, {"readyok", "bestmove", "Total"}),
               (Lines{"readyok", "readyok", "readyok", "bestmove", "Total"}));
 }
@@ -194,7 +158,7 @@ TEST(SearchInput, UnfinishedLinesNeverHoldTheSearch) {
     engine.read_until("bestmove");
     engine.send_text("dy\n");
     EXPECT_EQ(engine.read_line(), "readyok");
-    EXPECT_EQ(finish(engine), Lines());
+    EXPECT_EQ(engine.finish(), Lines());
 }
 
 TEST(SearchInput, LongLinesArriveInShorterPieces) {
@@ -214,12 +178,11 @@ TEST(SearchInput, LongLinesArriveInShorterPieces) {
     // A game is cut like any line: 24 characters, then five for each move, the last without its
     // blank.
     std::string game = "position startpos moves ";
-    for (int i = 0; i < 60; ++i) {
+    for (int i = 0; i < 60; ++i)
         game += "g1f3 g8f6 f3g1 f6g8 ";
-    }
     begin_search(engine);
     engine.send_text(game + "\nstop\nd\n");
-    const Lines lines = finish(engine);
+    const Lines lines = engine.finish();
     ASSERT_FALSE(lines.empty());
     EXPECT_TRUE(lines.back().starts_with("50-move: 200,")) << lines.back();
 }
@@ -229,7 +192,7 @@ TEST(SearchInput, EndOfInputLetsTheSearchFinish) {
          {"go depth 9\n", "go depth 9", "go depth 9\nuci\n", "go depth 9\nuci"}) {
         EngineProcess engine;
         engine.send_text(text);
-        const Lines lines = finish(engine);
+        const Lines lines = engine.finish();
         EXPECT_EQ(count_beginning(lines, "info depth 9 "), 1) << text;
         EXPECT_EQ(count_beginning(lines, "bestmove"), 1) << text;
         ASSERT_FALSE(lines.empty());
@@ -239,7 +202,7 @@ TEST(SearchInput, EndOfInputLetsTheSearchFinish) {
     EngineProcess engine;
     begin_search(engine);
     engine.send_text("stop"); // the end of the input finishes the line
-    EXPECT_EQ(count_beginning(finish(engine), "bestmove"), 1);
+    EXPECT_EQ(count_beginning(engine.finish(), "bestmove"), 1);
 }
 
 TEST(SearchInput, FileIsReadOnDuringTheSearch) {
@@ -258,7 +221,7 @@ TEST(SearchInput, BenchLosesOnlyTheSearchThatIsStopped) {
     for (const char* const word : {"stop", "quit"}) {
         EngineProcess engine;
         engine.send_text(std::string("bench 6\n") + word + "\nuci\n");
-        const Lines lines = finish(engine);
+        const Lines lines = engine.finish();
         EXPECT_EQ(count_beginning(lines, "bestmove"), 5) << word;
         EXPECT_EQ(count_beginning(lines, "info depth 1 "), 5) << word;
         EXPECT_EQ(count_beginning(lines, "info depth 6 "), 4) << word;
