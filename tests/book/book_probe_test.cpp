@@ -35,33 +35,24 @@ TEST(BookProbe, RecordsMeanLegalMovesOrNothing) {
     } ROWS[] = {
         {castling, E1, H1, 0, "e1g1"},
         {castling, E1, A1, 0, "e1c1"},
-        {castling, E1, G1, 0, "e1g1"},
         {black_castling, E8, H8, 0, "e8g8"},
-        {black_castling, E8, A8, 0, "e8c8"},
         {castling, E8, H8, 0, "0000"},                          // not White's king
         {"4k3/8/8/8/8/8/8/R3K2R w - - 0 1", E1, H1, 0, "0000"}, // no right left
         {"4kr2/8/8/8/8/8/8/4K2R w K - 0 1", E1, H1, 0, "0000"}, // through check
         {"4k3/8/8/8/4K2R/8/8/8 w - - 0 1", E4, H4, 0, "0000"},  // not at home
-        {"4k3/8/8/8/8/8/8/3K3R w - - 0 1", D1, H1, 0, "0000"},  // not on the e-file
         {"4k3/8/8/8/8/8/1K6/4R3 w - - 0 1", E1, H1, 0, "e1h1"}, // a rook may go there
         {"4k3/8/8/8/8/8/1K6/4Q3 w - - 0 1", E1, A1, 0, "e1a1"}, // and a queen
         {en_passant, E5, D6, 0, "e5d6"},
         {"4k3/8/8/3pP3/8/8/8/4K3 w - - 0 1", E5, D6, 0, "0000"},
         {promotion, B7, B8, 0, "b7b8q"},
         {promotion, B7, B8, 1, "b7b8n"},
-        {promotion, B7, B8, 2, "b7b8b"},
         {promotion, B7, A8, 3, "b7a8r"},
         {promotion, B7, A8, 4, "b7a8q"},
-        {promotion, B7, B8, 5, "0000"},
-        {promotion, B7, B8, 6, "0000"},
         {promotion, B7, B8, 7, "0000"},
         {promotion, E1, E2, 1, "0000"}, // only a pawn is promoted
-        {promotion, E1, E2, 4, "0000"},
         {castling, E1, A1, 4, "0000"},
         {pinned, E2, C3, 0, "0000"},
-        {pinned, E1, D1, 0, "e1d1"},
         {pinned, E7, E6, 0, "0000"}, // the other side's
-        {pinned, A5, A6, 0, "0000"}, // nobody's
         {"8/8/8/8/8/8/8/8 w - - 0 1", A1, A1, 0, "0000"},
     };
     for (const auto& row : ROWS) {
@@ -92,18 +83,6 @@ TEST(BookProbe, EveryMoveCodeIsSafe) {
         }
         EXPECT_GE(answered, legal.count);
     }
-}
-
-TEST(BookProbe, OffOrEmptySaysNothing) {
-    Position position = position_from(starting_fen);
-    ASSERT_TRUE(load_records({{polyglot_key(position), book_move(E2, E4), 1}}));
-    own_book = false;
-    EXPECT_EQ(book_probe(position), MOVE_NONE);
-    own_book = true;
-    EXPECT_EQ(probe_text(position), "e2e4");
-    EXPECT_FALSE(book_load(""));
-    own_book = true;
-    EXPECT_EQ(book_probe(position), MOVE_NONE);
 }
 
 TEST(BookProbe, WeightsAreSharesOfTheRandomNumber) {
@@ -137,6 +116,11 @@ TEST(BookProbe, OnlyTheFirst64RecordsOfAPositionCount) {
     records[63].weight = 1;
     ASSERT_TRUE(load_records(records));
     EXPECT_EQ(probe_text(position), "e2e4");
+    own_book = false;
+    EXPECT_EQ(book_probe(position), MOVE_NONE);
+    // An unsorted book is loaded, and just gives misses.
+    ASSERT_TRUE(load_records({{key, 0, 1}, {key - 1, 0, 1}, {key - 2, 0, 1}}));
+    EXPECT_EQ(book_probe(position), MOVE_NONE);
 }
 
 TEST(BookProbe, FindsEveryPositionOfABookAndNoOther) {
@@ -147,14 +131,12 @@ TEST(BookProbe, FindsEveryPositionOfABookAndNoOther) {
     for_random_positions(POSITIONS, SEED, [&](Position& position) {
         MoveList legal;
         generate_legal(position, legal);
-        if (++visited % 2 == 0 && legal.count > 0) {
+        if (++visited % 2 == 0 && legal.count > 0)
             moves.emplace(polyglot_key(position), legal.moves[visited % legal.count]);
-        }
     });
     std::vector<BookRecord> records;
-    for (const auto& [key, move] : moves) {
+    for (const auto& [key, move] : moves)
         records.push_back({key, book_move(move), 1});
-    }
     ASSERT_TRUE(load_records(records));
     ASSERT_EQ(book_entry_count, static_cast<int>(moves.size()));
     for_random_positions(POSITIONS, SEED, [&](Position& position) {
@@ -178,9 +160,8 @@ class GenuineBook : public testing::TestWithParam<Genuine> {
 protected:
     void SetUp() override {
         const std::string path = shared_directory() + "/books/" + GetParam().file;
-        if (!std::filesystem::exists(path)) {
+        if (!std::filesystem::exists(path))
             GTEST_SKIP() << "needs the shared book " << GetParam().file;
-        }
         ASSERT_TRUE(book_load(path.c_str()));
     }
 };
@@ -196,9 +177,8 @@ std::pair<const BookEntry*, const BookEntry*> entries_of(const Position& positio
 // entries on the way.
 void visit_book(Position& position, std::unordered_set<std::uint64_t>& seen, int& entries) {
     const auto [first, last] = entries_of(position);
-    if (first == last || !seen.insert(first->key).second) {
+    if (first == last || !seen.insert(first->key).second)
         return;
-    }
     MoveList legal;
     generate_legal(position, legal);
     std::vector<Move> weighted;
@@ -207,9 +187,8 @@ void visit_book(Position& position, std::unordered_set<std::uint64_t>& seen, int
             std::find_if(legal.moves, legal.moves + legal.count,
                          [&](Move candidate) { return book_move(candidate) == entry->move; });
         ASSERT_NE(move, legal.moves + legal.count) << "entry " << entry - book_entries;
-        if (entry->weight > 0) {
+        if (entry->weight > 0)
             weighted.push_back(*move);
-        }
     }
     for (int i = 0; i < legal.count; ++i) {
         make_move(position, legal.moves[i]);
@@ -217,11 +196,10 @@ void visit_book(Position& position, std::unordered_set<std::uint64_t>& seen, int
         unmake_move(position, legal.moves[i]);
     }
     const Move answer = book_probe(position);
-    if (weighted.empty()) {
+    if (weighted.empty())
         EXPECT_EQ(answer, MOVE_NONE);
-    } else {
+    else
         EXPECT_NE(std::find(weighted.begin(), weighted.end(), answer), weighted.end());
-    }
 }
 
 TEST_P(GenuineBook, EntriesThatAWalkReachesAreLegalMoves) {
@@ -249,13 +227,11 @@ TEST_P(GenuineBook, AnswersFollowTheWeights) {
     constexpr int ANSWERS = 2000;
     std::map<int, int> counts;
     std::srand(1);
-    for (int i = 0; i < ANSWERS; ++i) {
+    for (int i = 0; i < ANSWERS; ++i)
         ++counts[book_move(book_probe(position))];
-    }
     double total = 0;
-    for (const BookEntry* entry = first; entry != last; ++entry) {
+    for (const BookEntry* entry = first; entry != last; ++entry)
         total += entry->weight;
-    }
     // Rare moves are taken together, as the approximation wants at least five of each.
     double chi_square = 0;
     double rare_expected = 0;
@@ -277,9 +253,8 @@ TEST_P(GenuineBook, AnswersFollowTheWeights) {
             add_class(counted, expected);
         }
     }
-    if (rare_expected > 0) {
+    if (rare_expected > 0)
         add_class(rare_counted, rare_expected);
-    }
     EXPECT_EQ(seen, ANSWERS);
     ASSERT_GE(classes, 2);
     EXPECT_LT(chi_square, chi_square_bound(classes - 1)) << classes << " classes";
@@ -287,14 +262,7 @@ TEST_P(GenuineBook, AnswersFollowTheWeights) {
 
 INSTANTIATE_TEST_SUITE_P(Shared, GenuineBook,
                          testing::Values(Genuine{"book-large.bin", 0.97},
-                                         Genuine{"book-small.bin", 1.0}),
-                         [](const auto& book) {
-                             std::string name = book.param.file;
-                             std::replace_if(
-                                 name.begin(), name.end(),
-                                 [](char c) { return c == '-' || c == '.'; }, '_');
-                             return name;
-                         });
+                                         Genuine{"book-small.bin", 1.0}));
 
 } // namespace
 } // namespace brindlemoth

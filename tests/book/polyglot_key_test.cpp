@@ -23,9 +23,8 @@ TEST(PolyglotKey, PublishedKeys) {
         {"rnbqkbnr/p1pppppp/8/8/PpP4P/8/1P1PPPP1/RNBQKBNR b KQkq c3 0 3", 0x3C8123EA7B067637},
         {"rnbqkbnr/p1pppppp/8/8/P6P/R1p5/1P1PPPP1/1NBQKBNR b Kkq - 0 4", 0x5C3F9B829B279560},
     };
-    for (const auto& row : ROWS) {
+    for (const auto& row : ROWS)
         EXPECT_EQ(polyglot_key(position_from(row.fen)), row.key) << row.fen;
-    }
 }
 
 // The published keys use only some of the numbers; these totals use them all.
