@@ -28,12 +28,7 @@ TEST(Fen, StartingPosition) {
 struct FenRow {
     const char* fen;
     bool usable;
-    int pieces;
-    int side;
-    int castling;
-    int ep_square;
-    int halfmove;
-    int fullmove;
+    int pieces, side, castling, ep_square, halfmove, fullmove;
 };
 
 const FenRow FEN_ROWS[] = {

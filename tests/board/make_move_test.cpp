@@ -4,18 +4,10 @@
 #include "movegen/movegen.h"
 #include "support/support.h"
 
-#include <cstring>
 #include <gtest/gtest.h>
 
 namespace brindlemoth {
 namespace {
-
-// Everything of a record but the undo entries that are not in use.
-bool same_position(const Position& a, const Position& b) {
-    return std::memcmp(&a, &b, offsetof(Position, undo)) == 0 &&
-           std::memcmp(a.undo, b.undo,
-                       static_cast<std::size_t>(a.undo_count) * sizeof(UndoRecord)) == 0;
-}
 
 TEST(MakeMove, KeepsEveryFieldExactOverRandomPositions) {
     for_random_positions(10000, 11, [](Position& position) {
