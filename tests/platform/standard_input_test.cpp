@@ -29,9 +29,8 @@ protected:
         ASSERT_EQ(write(writer, text.data(), text.size()), static_cast<ssize_t>(text.size()));
     }
     void close_writer() {
-        if (writer >= 0) {
+        if (writer >= 0)
             close(writer);
-        }
         writer = -1;
     }
     static std::string receive(int size) {
