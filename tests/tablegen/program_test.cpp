@@ -120,4 +120,30 @@ TEST(TablegenProgram, AFullDiskLeavesNoHalfTable) {
         EXPECT_EQ(name, "KQvK.rtbw");
 }
 
+// Wherever memory runs out, in the threads or outside them, there is one line and no crash; what
+// was written by then is whole. More memory is given until the work can be done.
+TEST(TablegenProgram, TooLittleMemoryIsToldInOneLine) {
+    if (TABLEGEN_IS_SANITIZED)
+        GTEST_SKIP() << "a sanitized program needs more memory than any limit set here";
+    const TemporaryDirectory directory;
+    int told = 0;
+    bool made = false;
+    for (int megabytes = 8; megabytes <= 512 && !made; megabytes += 4) {
+        const Result run =
+            run_tablegen("--threads 4 KNNvK --out " + directory.path,
+                         "ulimit -v " + std::to_string(1024 * megabytes) + "; exec ");
+        made = run.status == 0;
+        if (made || run.output.find("tablegen: ") == std::string::npos)
+            continue; // or the program was not even loaded
+        EXPECT_EQ(run.status, 1) << run.output;
+        const std::size_t message = run.output.find("tablegen: not enough memory");
+        EXPECT_NE(message, std::string::npos) << run.output;
+        EXPECT_EQ(run.output.find('\n', message), run.output.size() - 1) << run.output;
+        ++told;
+    }
+    EXPECT_TRUE(made);
+    EXPECT_GT(told, 3);
+    EXPECT_EQ(run_tablegen("--verify " + directory.path).status, 0);
+}
+
 } // namespace brindlemoth

@@ -1,9 +1,13 @@
+#include "solver/parallel.h"
 #include "solver/solver.h"
 #include "tablebase/syzygy.h"
 #include "tablebase/table_support.h"
 #include "tablegen/engine_comparison.h"
 
+#include <atomic>
 #include <gtest/gtest.h>
+#include <new>
+#include <thread>
 
 namespace brindlemoth {
 
@@ -46,6 +50,29 @@ TEST(TablegenSolver, AgreesWithTheGenuineTables) {
             compare_with_engine(solve_closure(*tablegen::parse_signature(name), tables, 2));
         EXPECT_EQ(compared.wrong_wdl + compared.wrong_dtz, 0U)
             << name << " of " << compared.positions << ":" << compared.first_wrong;
+    }
+}
+
+TEST(TablegenThreads, WhatAPieceThrowsComesOutWhenAllHaveEnded) {
+    for (const int threads : {1, 2, 7}) {
+        for (const std::size_t bad : {0U, 5U, 999U}) {
+            std::atomic<int> running{0};
+            std::atomic<std::size_t> begun{0};
+            auto work = [&](std::size_t i) {
+                ++begun;
+                if (i == bad)
+                    throw std::bad_alloc();
+                ++running;
+                std::this_thread::yield();
+                --running;
+            };
+            EXPECT_THROW(tablegen::parallel_for(threads, 1000, work), std::bad_alloc);
+            EXPECT_EQ(running, 0);
+            EXPECT_GT(begun, bad);
+        }
+        std::atomic<std::size_t> sum{0};
+        tablegen::parallel_for(threads, 1000, [&](std::size_t i) { sum += i; });
+        EXPECT_EQ(sum, 499500U);
     }
 }
 

@@ -1,14 +1,21 @@
 // The endgame table generator: see docs/tablegen.md, and command_line.cpp for what it takes.
 #include "command_line.h"
+#include "progress_line.h"
 #include "tasks.h"
 
 #include <cstdio>
+#include <exception>
 #include <new>
 
 namespace brindlemoth::tablegen {
 
 int complain(const std::string& problem) {
-    std::fprintf(stderr, "tablegen: %s\n", problem.c_str());
+    return complain(problem.c_str());
+}
+
+int complain(const char* problem) {
+    clear_progress();
+    std::fprintf(stderr, "tablegen: %s\n", problem);
     return 1;
 }
 
@@ -37,5 +44,7 @@ int main(int argc, char** argv) {
         return told ? status : complain("cannot write to standard output");
     } catch (const std::bad_alloc&) {
         return complain("not enough memory for this endgame");
+    } catch (const std::exception& failure) {
+        return complain(failure.what());
     }
 }

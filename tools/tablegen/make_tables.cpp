@@ -105,7 +105,7 @@ int make_tables(const CommandLine& line) {
         const std::string name = name_of(job.signature);
         if (!job.solve) {
             if (men_of(job.signature) > 2)
-                finish_table(progress, name + ": there and whole");
+                finish_table(name + ": there and whole");
             continue;
         }
         const auto start = std::chrono::steady_clock::now();
@@ -130,15 +130,13 @@ int make_tables(const CommandLine& line) {
                                                    }),
                                      dtz_bytes);
             }
-            if (!failure.empty()) {
-                clear_progress(progress);
+            if (!failure.empty())
                 return complain(failure);
-            }
             const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - start;
             char text[128];
             std::snprintf(text, sizeof text, "%s: %zu + %zu bytes, %.1f s", name.c_str(), wdl_bytes,
                           dtz_bytes, taken.count());
-            finish_table(progress, text);
+            finish_table(text);
         }
         drop_distances(table);
         for (std::size_t earlier = 0; earlier <= i; ++earlier)

@@ -24,6 +24,7 @@ void begin_table(ProgressLine& line, const std::string& table, double work) {
     line.before += line.current;
     line.current = work;
     line.table = table;
+    line.shown = {}; // each table is named at once
     show_progress(line, 0);
 }
 
@@ -52,15 +53,15 @@ void show_progress(ProgressLine& line, double done) {
     std::fflush(stdout);
 }
 
-void clear_progress(const ProgressLine& line) {
-    if (line.terminal) {
+void clear_progress() {
+    if (output_is_terminal()) {
         std::printf("\r\033[K");
         std::fflush(stdout);
     }
 }
 
-void finish_table(ProgressLine& line, const std::string& text) {
-    clear_progress(line);
+void finish_table(const std::string& text) {
+    clear_progress();
     std::printf("%s\n", text.c_str());
     std::fflush(stdout);
 }

@@ -26,9 +26,9 @@ void begin_table(ProgressLine& line, const std::string& table, double work);
 void show_progress(ProgressLine& line, double done);
 
 // The table is finished: prints the text as a line that stays.
-void finish_table(ProgressLine& line, const std::string& text);
+void finish_table(const std::string& text);
 
 // Takes the changing line off the terminal, before a message.
-void clear_progress(const ProgressLine& line);
+void clear_progress();
 
 } // namespace brindlemoth::tablegen

@@ -11,8 +11,9 @@ namespace brindlemoth::tablegen {
 int make_tables(const CommandLine& line);
 int verify_tables(const CommandLine& line);
 
-// Prints "tablegen: ..." to standard error and returns 1.
+// Prints "tablegen: ..." to standard error, a progress line taken off first, and returns 1.
 int complain(const std::string& problem);
+int complain(const char* problem);
 
 // The path of a table file.
 std::string table_path(const std::string& directory, const Signature& signature, bool dtz);

@@ -54,7 +54,7 @@ int verify_tables(const CommandLine& line) {
             const std::string fault = open_table(path, signature, dtz, reader);
             if (!fault.empty()) {
                 ++bad_files;
-                finish_table(progress, path + " " + fault);
+                finish_table(path + " " + fault);
                 continue;
             }
             const Verdict verdict = dtz ? judge_dtz(table, reader, line.threads)
@@ -65,12 +65,12 @@ int verify_tables(const CommandLine& line) {
             text += verdict.wrong == 0
                         ? "all right"
                         : std::to_string(verdict.wrong) + " wrong, the first" + verdict.first_wrong;
-            finish_table(progress, text);
+            finish_table(text);
             show_progress(progress, dtz ? 1 : 0.75);
         }
         drop_distances(table);
     }
-    clear_progress(progress);
+    clear_progress();
     std::printf("%zu files, %llu positions judged\n", files,
                 static_cast<unsigned long long>(positions));
     if (bad_files != 0) {

@@ -3,25 +3,47 @@
 
 #include <atomic>
 #include <cstddef>
+#include <exception>
+#include <new>
+#include <system_error>
 #include <thread>
 #include <vector>
 
 namespace brindlemoth::tablegen {
 
 // Calls work(i) once for each i below `count`, in no fixed order, and returns when all are done.
-// With one thread, or one piece, everything runs on the caller's thread in rising order.
+// With one thread, or one piece, everything runs on the caller's thread in rising order. Where
+// the system has no thread left to give, fewer do the work. What a piece throws comes out here,
+// once every piece that was begun has ended; pieces not begun by then are left out.
 template <typename Work> void parallel_for(int threads, std::size_t count, const Work& work) {
     std::atomic<std::size_t> next{0};
-    auto run = [&] {
-        for (std::size_t i = next++; i < count; i = next++)
-            work(i);
+    std::vector<std::exception_ptr> thrown(threads > 1 ? static_cast<std::size_t>(threads) : 1);
+    auto run = [&](std::size_t worker) noexcept {
+        try {
+            for (std::size_t i = next++; i < count; i = next++)
+                work(i);
+        } catch (...) {
+            thrown[worker] = std::current_exception();
+            next = count;
+        }
     };
     std::vector<std::thread> helpers;
-    for (int i = 1; i < threads && static_cast<std::size_t>(i) < count; ++i)
-        helpers.emplace_back(run);
-    run();
+    helpers.reserve(thrown.size());
+    for (std::size_t worker = 1; worker < thrown.size() && worker < count; ++worker) {
+        try {
+            helpers.emplace_back(run, worker);
+        } catch (const std::system_error&) {
+            break;
+        } catch (const std::bad_alloc&) {
+            break;
+        }
+    }
+    run(0);
     for (std::thread& helper : helpers)
         helper.join();
+    for (const std::exception_ptr& exception : thrown)
+        if (exception != nullptr)
+            std::rethrow_exception(exception);
 }
 
 } // namespace brindlemoth::tablegen
