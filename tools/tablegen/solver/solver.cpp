@@ -7,6 +7,8 @@
 #include <array>
 #include <atomic>
 #include <mutex>
+#include <stdexcept>
+#include <string>
 #include <utility>
 
 namespace brindlemoth::tablegen {
@@ -24,9 +26,6 @@ enum Code : int {
     ZEROING_MASK = 0x300,
     COUNT_MASK = 0xFF,
 };
-
-// A win or loss takes this many plies at least when the rule has spoilt it.
-constexpr int CURSED = 101;
 
 constexpr std::size_t PIECES_OF_WORK = 256;
 
@@ -48,8 +47,11 @@ struct Chunk {
     Table& table;
     std::size_t first_cell;
     int threads;
-    // Whether some cell waits for the 101st ply to become a spoilt win or loss.
+    // Whether some cell waits for the first ply beyond the limit to become a spoilt win or loss.
     std::atomic<bool> any_waiting{false};
+
+    // A win or loss takes this many plies at least when the fifty-move rule has spoilt it.
+    const std::size_t first_spoilt = static_cast<std::size_t>(table.limit) + 1;
 
     const Layout& layout() const { return table.layout; }
     std::int16_t& cell(int side, std::size_t within) {
@@ -227,8 +229,10 @@ static void for_predecessors(Chunk& chunk, Side side, std::size_t within, const 
     });
 }
 
-// Spoilt wins and losses whose captures or pawn moves decide become due at ply 101.
+// Spoilt wins and losses whose captures or pawn moves decide become due at the first ply
+// beyond the limit.
 static void release_waiting(Chunk& chunk, Tally& tally) {
+    const int spoilt = static_cast<int>(chunk.first_spoilt);
     for_stretches(chunk, [&](std::size_t first, std::size_t last) {
         for (const Side side : {WHITE, BLACK}) {
             for (std::size_t within = first; within < last; ++within) {
@@ -237,11 +241,11 @@ static void release_waiting(Chunk& chunk, Tally& tally) {
                 if (code < UNDECIDED)
                     continue;
                 if ((code & ZEROING_MASK) == ZEROING_IS_CURSED) {
-                    store(cell, CURSED);
-                    note(tally.wins[CURSED]);
+                    store(cell, spoilt);
+                    note(tally.wins[chunk.first_spoilt]);
                 } else if (code == UNDECIDED + ZEROING_IS_BLESSED) {
-                    store(cell, -(CURSED + 1));
-                    note(tally.losses[CURSED]);
+                    store(cell, -(spoilt + 1));
+                    note(tally.losses[chunk.first_spoilt]);
                 }
             }
         }
@@ -252,7 +256,7 @@ static void release_waiting(Chunk& chunk, Tally& tally) {
 // the longest of them in n, loses in n + 1.
 static void spread(Chunk& chunk, Tally& tally) {
     for (std::size_t n = 1; n <= MAX_DISTANCE; ++n) {
-        if (n == CURSED && chunk.any_waiting)
+        if (n == chunk.first_spoilt && chunk.any_waiting)
             release_waiting(chunk, tally);
         if (tally.losses[n - 1]) {
             for_code(chunk, -static_cast<int>(n), [&](Side side, std::size_t within) {
@@ -266,8 +270,9 @@ static void spread(Chunk& chunk, Tally& tally) {
             for_code(chunk, static_cast<int>(n), [&](Side side, std::size_t within) {
                 for_predecessors(chunk, side, within, [&](std::int16_t& cell) {
                     const int left = Cell(cell).fetch_sub(1, std::memory_order_relaxed) - 1;
-                    const bool loses = left == UNDECIDED + ZEROING_LOSES ||
-                                       (left == UNDECIDED + ZEROING_IS_BLESSED && n + 1 >= CURSED);
+                    const bool loses =
+                        left == UNDECIDED + ZEROING_LOSES ||
+                        (left == UNDECIDED + ZEROING_IS_BLESSED && n + 1 >= chunk.first_spoilt);
                     if (loses) {
                         store(cell, -static_cast<int>(n + 2));
                         note(tally.losses[n + 1]);
@@ -276,11 +281,13 @@ static void spread(Chunk& chunk, Tally& tally) {
             });
         }
         if (!tally.losses[n - 1] && !tally.wins[n] && !tally.losses[n]) {
-            if (n >= CURSED || !chunk.any_waiting)
-                break;
-            n = CURSED - 1;
+            if (n >= chunk.first_spoilt || !chunk.any_waiting)
+                return;
+            n = chunk.first_spoilt - 1;
         }
     }
+    throw std::runtime_error(name_of(chunk.layout().signature) + " has wins of more than " +
+                             std::to_string(MAX_DISTANCE) + " plies");
 }
 
 // Step 4: turns codes into distances.
@@ -323,8 +330,9 @@ static std::vector<std::vector<std::size_t>> chunk_groups(const Layout& layout) 
     return groups;
 }
 
-Table& solve(const Signature& signature, TableSet& solved, int threads, const Progress& progress) {
-    std::unique_ptr<Table> made = make_table(signature, solved);
+Table& solve(const Signature& signature, TableSet& solved, int threads, const Progress& progress,
+             int limit) {
+    std::unique_ptr<Table> made = make_table(signature, solved, limit);
     Table& table = *made;
     for (const Side side : {WHITE, BLACK})
         table.distance[side].resize(cells_of(table.layout));
@@ -345,10 +353,10 @@ Table& solve(const Signature& signature, TableSet& solved, int threads, const Pr
     return table;
 }
 
-Table& solve_closure(const Signature& signature, TableSet& solved, int threads) {
+Table& solve_closure(const Signature& signature, TableSet& solved, int threads, int limit) {
     for (const Signature& needed : closure({signature}))
         if (solved.find(name_of(needed)) == solved.end())
-            solve(needed, solved, threads);
+            solve(needed, solved, threads, {}, limit);
     return *solved.at(name_of(signature));
 }
 

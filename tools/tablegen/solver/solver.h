@@ -13,12 +13,15 @@ namespace brindlemoth::tablegen {
 using Progress = std::function<void(double)>;
 
 // Solves a signature on that many threads. Everything that it converts into must be in the set;
-// the new table is added to it and returned.
+// the new table is added to it and returned. `limit` is that of the fifty-move rule, in plies,
+// the same for all tables of a set: with a low one small endgames have spoilt wins too. Throws
+// std::runtime_error where a distance is beyond what the table has room for.
 Table& solve(const Signature& signature, TableSet& solved, int threads,
-             const Progress& progress = {});
+             const Progress& progress = {}, int limit = FIFTY_MOVES);
 
 // Solves the signature and whatever it needs that the set has not.
-Table& solve_closure(const Signature& signature, TableSet& solved, int threads);
+Table& solve_closure(const Signature& signature, TableSet& solved, int threads,
+                     int limit = FIFTY_MOVES);
 
 // What a whole table holds, over both sides to move, all reflections counted and like men not
 // told apart. A position counts once more for each double step that may just have been played

@@ -25,7 +25,7 @@ int wdl_at(const Table& table, Side side, std::size_t cell) {
     if (!table.wdl[side].empty())
         return table.wdl[side][cell];
     const int distance = table.distance[side][cell];
-    return distance == ILLEGAL_DISTANCE ? ILLEGAL_WDL : wdl_of_distance(distance);
+    return distance == ILLEGAL_DISTANCE ? ILLEGAL_WDL : wdl_of_distance(distance, table.limit);
 }
 
 static const Conversion& conversion(const Table& table, std::size_t captured, std::size_t promoting,
@@ -91,8 +91,9 @@ static int value_of_step(const Table& table, const Placement& after, Side mover,
     const std::size_t cell = cell_of(table.layout, after);
     if (table.distance[to_move][cell] == ILLEGAL_DISTANCE)
         return NO_VALUE;
-    return two_ranks ? -wdl_of_distance(distance_with_en_passant(table, after, to_move, pushed))
-                     : -wdl_of_distance(table.distance[to_move][cell]);
+    const int distance = two_ranks ? distance_with_en_passant(table, after, to_move, pushed)
+                                   : table.distance[to_move][cell];
+    return -wdl_of_distance(distance, table.limit);
 }
 
 static int best_pawn_move(const Table& table, const Placement& placement, Side side,
@@ -191,8 +192,8 @@ int distance_with_en_passant(const Table& table, const Placement& placement, Sid
     const int capture = best_en_passant(table, placement, side, pushed);
     if (capture == NO_VALUE)
         return without;
-    const int wdl = wdl_of_distance(without);
-    const int zeroing = distance_of_zeroing(capture);
+    const int wdl = wdl_of_distance(without, table.limit);
+    const int zeroing = distance_of_zeroing(capture, table.limit);
     if (capture == wdl) {
         // A winning capture shortens the way; beside a losing one the side plays on if it can.
         return wdl > 0 ? std::min(without, zeroing) : without;
@@ -232,9 +233,10 @@ static Conversion make_conversion(const Layout& before, const TableSet& solved,
     return made;
 }
 
-std::unique_ptr<Table> make_table(const Signature& signature, const TableSet& solved) {
+std::unique_ptr<Table> make_table(const Signature& signature, const TableSet& solved, int limit) {
     auto table = std::make_unique<Table>();
     table->layout = make_layout(signature);
+    table->limit = limit;
     const Layout& layout = table->layout;
     const std::size_t none = layout.men;
     const std::size_t slots = none + 1;
@@ -265,9 +267,9 @@ void drop_distances(Table& table) {
     for (const Side side : {WHITE, BLACK}) {
         std::vector<std::int16_t>& distance = table.distance[side];
         table.wdl[side].resize(distance.size());
-        std::transform(distance.begin(), distance.end(), table.wdl[side].begin(), [](int value) {
-            return static_cast<std::int8_t>(value == ILLEGAL_DISTANCE ? ILLEGAL_WDL
-                                                                      : wdl_of_distance(value));
+        std::transform(distance.begin(), distance.end(), table.wdl[side].begin(), [&](int value) {
+            return static_cast<std::int8_t>(
+                value == ILLEGAL_DISTANCE ? ILLEGAL_WDL : wdl_of_distance(value, table.limit));
         });
         distance = {};
     }

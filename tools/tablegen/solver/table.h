@@ -4,8 +4,8 @@
 // Values are those of table files. A WDL value runs from -2 (loss) over -1 (a loss that the
 // fifty-move rule makes a draw), 0, 1 (a win that the rule makes a draw) to 2 (win). A distance
 // counts plies to the next capture or pawn move with both sides playing for the value: positive
-// for the winning side, negative for the losing one, 0 for a draw, of a size above 100 exactly
-// when the WDL value is -1 or 1. A mated side has distance -1.
+// for the winning side, negative for the losing one, 0 for a draw, of a size above the fifty-move
+// rule's limit exactly when the WDL value is -1 or 1. A mated side has distance -1.
 #pragma once
 
 #include "solver/layout.h"
@@ -21,7 +21,8 @@ namespace brindlemoth::tablegen {
 
 constexpr int ILLEGAL_DISTANCE = INT16_MIN; // the cell stands for no legal position
 constexpr int ILLEGAL_WDL = INT8_MIN;
-constexpr int NO_VALUE = -3; // below every WDL value: no such move
+constexpr int FIFTY_MOVES = 100; // plies; table files know no other limit
+constexpr int NO_VALUE = -3;     // below every WDL value: no such move
 
 struct Table;
 
@@ -35,6 +36,8 @@ struct Conversion {
 
 struct Table {
     Layout layout;
+    // The greatest distance of a win that the fifty-move rule does not spoil, in plies.
+    int limit = FIFTY_MOVES;
     // By side to move, then by cell. Distances are dropped once the files are written; tables
     // that convert into this one need no more than the WDL values.
     std::array<std::vector<std::int16_t>, 2> distance;
@@ -46,15 +49,15 @@ struct Table {
 // All tables solved so far, by name.
 using TableSet = std::map<std::string, std::unique_ptr<Table>>;
 
-constexpr int wdl_of_distance(int distance) {
+constexpr int wdl_of_distance(int distance, int limit = FIFTY_MOVES) {
     if (distance == 0)
         return 0;
-    return distance > 0 ? (distance > 100 ? 1 : 2) : (distance < -100 ? -1 : -2);
+    return distance > 0 ? (distance > limit ? 1 : 2) : (distance < -limit ? -1 : -2);
 }
 
 // The distance that a WDL value stands for when the next move zeroes: -1, -101, 0, 101, 1.
-constexpr int distance_of_zeroing(int wdl) {
-    constexpr int distance[5] = {-1, -101, 0, 101, 1};
+constexpr int distance_of_zeroing(int wdl, int limit = FIFTY_MOVES) {
+    const int distance[5] = {-1, -limit - 1, 0, limit + 1, 1};
     return distance[wdl + 2];
 }
 
@@ -85,7 +88,7 @@ int distance_with_en_passant(const Table& table, const Placement& placement, Sid
                              std::size_t pushed);
 
 // Prepares an unsolved table; everything that the signature converts into must be in the set.
-std::unique_ptr<Table> make_table(const Signature& signature, const TableSet& solved);
+std::unique_ptr<Table> make_table(const Signature& signature, const TableSet& solved, int limit);
 
 // Replaces the distances by WDL values.
 void drop_distances(Table& table);
