@@ -7,6 +7,7 @@
 #include <array>
 #include <atomic>
 #include <mutex>
+#include <set>
 #include <stdexcept>
 #include <string>
 #include <utility>
@@ -29,6 +30,12 @@ enum Code : int {
 
 constexpr std::size_t PIECES_OF_WORK = 256;
 
+// Shares of a chunk's work, about, when a step ends. How many plies the third step takes is known
+// only in the end: each takes the same part of what is left.
+constexpr double MARKED = 0.05;
+constexpr double STARTED = 0.35;
+constexpr double PART_OF_A_PLY = 0.04;
+
 using Cell = std::atomic_ref<std::int16_t>;
 
 static int load(const std::int16_t& cell) {
@@ -47,6 +54,7 @@ struct Chunk {
     Table& table;
     std::size_t first_cell;
     int threads;
+    Progress report; // of this chunk's work; empty for one among many
     // Whether some cell waits for the first ply beyond the limit to become a spoilt win or loss.
     std::atomic<bool> any_waiting{false};
 
@@ -108,10 +116,25 @@ template <typename Work> static void for_stretches(const Chunk& chunk, const Wor
                  [&](std::size_t i) { work(i * stretch, std::min((i + 1) * stretch, cells)); });
 }
 
+// The same, for the part of the chunk's work that lies between two shares of it.
+template <typename Work>
+static void for_stretches(const Chunk& chunk, double from, double to, const Work& work) {
+    std::atomic<std::size_t> cells{0};
+    for_stretches(chunk, [&](std::size_t first, std::size_t last) {
+        work(first, last);
+        cells += last - first;
+        if (chunk.report) {
+            const double done =
+                static_cast<double>(cells) / static_cast<double>(chunk.layout().chunk_cells);
+            chunk.report(from + (to - from) * done);
+        }
+    });
+}
+
 // Step 1: tells legal positions from others.
 static void mark_illegal(Chunk& chunk) {
     const Layout& layout = chunk.layout();
-    for_stretches(chunk, [&](std::size_t first, std::size_t last) {
+    for_stretches(chunk, 0, MARKED, [&](std::size_t first, std::size_t last) {
         for (std::size_t within = first; within < last; ++within) {
             const Placement placement = placement_of(layout, chunk.first_cell + within);
             bool overlap;
@@ -183,7 +206,7 @@ static void note(std::atomic<bool>& seen) {
 
 // Step 2: gives every legal position its starting code.
 static void start_codes(Chunk& chunk, Tally& tally) {
-    for_stretches(chunk, [&](std::size_t first, std::size_t last) {
+    for_stretches(chunk, MARKED, STARTED, [&](std::size_t first, std::size_t last) {
         for (std::size_t within = first; within < last; ++within) {
             for (const Side side : {WHITE, BLACK}) {
                 std::int16_t& cell = chunk.cell(side, within);
@@ -255,7 +278,11 @@ static void release_waiting(Chunk& chunk, Tally& tally) {
 // Step 3, for n rising: who can move to a loss in n - 1 wins in n; who can only move to wins,
 // the longest of them in n, loses in n + 1.
 static void spread(Chunk& chunk, Tally& tally) {
+    double left = 1 - STARTED;
     for (std::size_t n = 1; n <= MAX_DISTANCE; ++n) {
+        left -= PART_OF_A_PLY * left;
+        if (chunk.report)
+            chunk.report(1 - left);
         if (n == chunk.first_spoilt && chunk.any_waiting)
             release_waiting(chunk, tally);
         if (tally.losses[n - 1]) {
@@ -269,10 +296,10 @@ static void spread(Chunk& chunk, Tally& tally) {
         if (tally.wins[n]) {
             for_code(chunk, static_cast<int>(n), [&](Side side, std::size_t within) {
                 for_predecessors(chunk, side, within, [&](std::int16_t& cell) {
-                    const int left = Cell(cell).fetch_sub(1, std::memory_order_relaxed) - 1;
+                    const int code = Cell(cell).fetch_sub(1, std::memory_order_relaxed) - 1;
                     const bool loses =
-                        left == UNDECIDED + ZEROING_LOSES ||
-                        (left == UNDECIDED + ZEROING_IS_BLESSED && n + 1 >= chunk.first_spoilt);
+                        code == UNDECIDED + ZEROING_LOSES ||
+                        (code == UNDECIDED + ZEROING_IS_BLESSED && n + 1 >= chunk.first_spoilt);
                     if (loses) {
                         store(cell, -static_cast<int>(n + 2));
                         note(tally.losses[n + 1]);
@@ -305,8 +332,8 @@ static void finish(Chunk& chunk) {
     });
 }
 
-static void solve_chunk(Table& table, std::size_t number, int threads) {
-    Chunk chunk{table, number * table.layout.chunk_cells, threads};
+static void solve_chunk(Table& table, std::size_t number, int threads, const Progress& report) {
+    Chunk chunk{table, number * table.layout.chunk_cells, threads, report};
     Tally tally;
     mark_illegal(chunk);
     start_codes(chunk, tally);
@@ -336,21 +363,33 @@ Table& solve(const Signature& signature, TableSet& solved, int threads, const Pr
     Table& table = *made;
     for (const Side side : {WHITE, BLACK})
         table.distance[side].resize(cells_of(table.layout));
-    std::size_t done = 0;
+    std::atomic<std::size_t> done{0};
     std::mutex reporting;
+    auto report = [&](double share) {
+        const std::lock_guard<std::mutex> lock(reporting);
+        if (progress)
+            progress((static_cast<double>(done) + share) /
+                     static_cast<double>(table.layout.chunks));
+    };
     for (const std::vector<std::size_t>& group : chunk_groups(table.layout)) {
         // The threads share out the chunks, or a lone chunk's cells.
         const bool lone = group.size() == 1;
         parallel_for(threads, group.size(), [&](std::size_t i) {
-            solve_chunk(table, group[i], lone ? threads : 1);
-            const std::lock_guard<std::mutex> lock(reporting);
+            solve_chunk(table, group[i], lone ? threads : 1, lone ? Progress(report) : Progress());
             ++done;
-            if (progress)
-                progress(static_cast<double>(done) / static_cast<double>(table.layout.chunks));
+            report(0);
         });
     }
     solved[name_of(signature)] = std::move(made);
     return table;
+}
+
+void drop_unneeded(TableSet& tables, std::span<const Signature> to_come) {
+    std::set<std::string> needed;
+    for (const Signature& signature : to_come)
+        for (const Signature& conversion : conversions(signature))
+            needed.insert(name_of(conversion));
+    std::erase_if(tables, [&](const auto& table) { return !needed.contains(table.first); });
 }
 
 Table& solve_closure(const Signature& signature, TableSet& solved, int threads, int limit) {

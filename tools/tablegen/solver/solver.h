@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <span>
 
 namespace brindlemoth::tablegen {
 
@@ -22,6 +23,9 @@ Table& solve(const Signature& signature, TableSet& solved, int threads,
 // Solves the signature and whatever it needs that the set has not.
 Table& solve_closure(const Signature& signature, TableSet& solved, int threads,
                      int limit = FIFTY_MOVES);
+
+// Takes out of the set what none of the signatures still to be solved converts into.
+void drop_unneeded(TableSet& tables, std::span<const Signature> to_come);
 
 // What a whole table holds, over both sides to move, all reflections counted and like men not
 // told apart. A position counts once more for each double step that may just have been played

@@ -17,10 +17,12 @@ struct Verdict {
 
 // Looks up every legal position of the solver's table, for both sides to move, in a WDL file. A
 // stored value is right if a reader that also tries captures gets the solver's value from it.
-Verdict judge_wdl(const Table& table, const TableReader& reader, int threads);
+Verdict judge_wdl(const Table& table, const TableReader& reader, int threads,
+                  const Progress& progress = {});
 
 // The same for a DTZ file and the positions that readers look up in it. A stream that counts
 // moves may be one ply short of the distance.
-Verdict judge_dtz(const Table& table, const TableReader& reader, int threads);
+Verdict judge_dtz(const Table& table, const TableReader& reader, int threads,
+                  const Progress& progress = {});
 
 } // namespace brindlemoth::tablegen

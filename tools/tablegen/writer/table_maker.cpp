@@ -7,6 +7,7 @@
 #include <cassert>
 #include <map>
 #include <mutex>
+#include <numeric>
 #include <utility>
 
 namespace brindlemoth::tablegen {
@@ -21,6 +22,11 @@ constexpr std::size_t SAMPLES_IN_ALL = 2400;
 constexpr std::size_t MIN_SAMPLES = 12;
 constexpr std::size_t MAX_SAMPLES = 48;
 constexpr std::uint64_t SAMPLE_LENGTH = 1024;
+
+// Shares of the work on a stream, about, when its order is chosen and when its values are made.
+constexpr double ORDERED = 0.2;
+constexpr double VALUES_MADE = 0.6;
+constexpr std::uint64_t BETWEEN_REPORTS = 1 << 18;
 
 // In a sequence of DTZ values: no reader looks here.
 constexpr std::uint16_t UNUSED = 0xFFFF;
@@ -176,9 +182,10 @@ static std::size_t sample_dtz_runs(const Source& source, std::size_t samples) {
 // The order with the fewest runs.
 template <typename Runs>
 static StreamOrder choose_order(const Table& table, Side side, int file_position,
-                                const Runs& runs_of) {
+                                const Progress& report, const Runs& runs_of) {
     StreamOrder best;
     std::size_t fewest = SIZE_MAX;
+    double tried = 0;
     const std::vector<StreamOrder> orders = possible_orders(table.layout.signature);
     const std::size_t samples =
         std::clamp(SAMPLES_IN_ALL / orders.size(), MIN_SAMPLES, MAX_SAMPLES);
@@ -188,20 +195,38 @@ static StreamOrder choose_order(const Table& table, Side side, int file_position
             fewest = runs;
             best = order;
         }
+        tried += 1;
+        report(ORDERED * tried / static_cast<double>(orders.size()));
     }
     return best;
 }
 
-static FileStream make_wdl_stream(const Table& table, Side side, int file_position) {
+// Calls visit(index) for every index of the stream in order.
+template <typename Visit>
+static void for_indices(const Source& source, const Progress& report, const Visit& visit) {
+    const std::uint64_t positions = source.numbering.positions;
+    for (std::uint64_t index = 0; index < positions; ++index) {
+        if (index % BETWEEN_REPORTS == 0) {
+            const double share = static_cast<double>(index) / static_cast<double>(positions);
+            report(ORDERED + (VALUES_MADE - ORDERED) * share);
+        }
+        visit(index);
+    }
+    report(VALUES_MADE);
+}
+
+static FileStream make_wdl_stream(const Table& table, Side side, int file_position,
+                                  const Progress& report) {
     FileStream stream;
-    stream.order = choose_order(table, side, file_position, sample_wdl_runs);
+    stream.order = choose_order(table, side, file_position, report, sample_wdl_runs);
     const Source source(table, side, file_position, stream.order);
     std::vector<std::uint16_t> values;
     values.reserve(source.numbering.positions);
     WdlRuns runs;
     runs.values = &values;
-    for (std::uint64_t index = 0; index < source.numbering.positions; ++index)
+    for_indices(source, report, [&](std::uint64_t index) {
         runs.meet(wdl_choice(table, source.placement(index), side));
+    });
     runs.close();
     CompressionSettings settings;
     settings.max_block_size_log2 = WDL_BLOCK_SIZE_LOG2;
@@ -260,14 +285,15 @@ static void make_maps(std::vector<std::uint16_t>& values, FilePosition& position
     position.flags |= wide ? DTZ_WIDE_MAPS : 0;
 }
 
-static FilePosition make_dtz_position(const Table& table, Side side, int file_position) {
+static FilePosition make_dtz_position(const Table& table, Side side, int file_position,
+                                      const Progress& report) {
     FilePosition position;
     FileStream stream;
-    stream.order = choose_order(table, side, file_position, sample_dtz_runs);
+    stream.order = choose_order(table, side, file_position, report, sample_dtz_runs);
     const Source source(table, side, file_position, stream.order);
     std::vector<std::uint16_t> values(source.numbering.positions);
-    for (std::uint64_t index = 0; index < source.numbering.positions; ++index)
-        values[index] = dtz_value(source, index);
+    for_indices(source, report,
+                [&](std::uint64_t index) { values[index] = dtz_value(source, index); });
     position.flags = side == BLACK ? DTZ_BLACK_TO_MOVE : 0;
     make_maps(values, position);
     CompressionSettings settings;
@@ -286,20 +312,24 @@ static FilePosition make_dtz_position(const Table& table, Side side, int file_po
 }
 
 // Makes all streams of both sides to move, or of White alone where both sides have the same men.
-// Calls make(side, file position) for each.
+// Calls make(side, file position, report) for each; it reports its share of the stream's work.
 template <typename Make>
 static void for_streams(const Table& table, int threads, const Progress& progress,
                         const Make& make) {
     const std::size_t sides = is_symmetric(table.layout.signature) ? 1 : 2;
     const auto files = static_cast<std::size_t>(file_positions(table.layout.signature));
-    std::size_t done = 0;
+    std::vector<double> done(sides * files);
     std::mutex reporting;
     parallel_for(threads, sides * files, [&](std::size_t i) {
-        make(i % sides == 0 ? WHITE : BLACK, static_cast<int>(i / sides));
-        const std::lock_guard<std::mutex> lock(reporting);
-        ++done;
-        if (progress)
-            progress(static_cast<double>(done) / static_cast<double>(sides * files));
+        auto report = [&](double share) {
+            const std::lock_guard<std::mutex> lock(reporting);
+            done[i] = share;
+            if (progress)
+                progress(std::accumulate(done.begin(), done.end(), 0.0) /
+                         static_cast<double>(done.size()));
+        };
+        make(i % sides == 0 ? WHITE : BLACK, static_cast<int>(i / sides), report);
+        report(1);
     });
 }
 
@@ -310,10 +340,11 @@ TableFile make_wdl_file(const Table& table, int threads, const Progress& progres
     file.positions.resize(static_cast<std::size_t>(file_positions(file.signature)));
     for (FilePosition& position : file.positions)
         position.streams.resize(is_symmetric(file.signature) ? 1 : 2);
-    for_streams(table, threads, progress, [&](Side side, int file_position) {
-        file.positions[static_cast<std::size_t>(file_position)].streams[side] =
-            make_wdl_stream(table, side, file_position);
-    });
+    for_streams(table, threads, progress,
+                [&](Side side, int file_position, const Progress& report) {
+                    file.positions[static_cast<std::size_t>(file_position)].streams[side] =
+                        make_wdl_stream(table, side, file_position, report);
+                });
     return file;
 }
 
@@ -324,10 +355,11 @@ TableFile make_dtz_file(const Table& table, int threads, const Progress& progres
     const auto files = static_cast<std::size_t>(file_positions(file.signature));
     std::array<std::vector<FilePosition>, 2> made;
     made.fill(std::vector<FilePosition>(files));
-    for_streams(table, threads, progress, [&](Side side, int file_position) {
-        made[side][static_cast<std::size_t>(file_position)] =
-            make_dtz_position(table, side, file_position);
-    });
+    for_streams(table, threads, progress,
+                [&](Side side, int file_position, const Progress& report) {
+                    made[side][static_cast<std::size_t>(file_position)] =
+                        make_dtz_position(table, side, file_position, report);
+                });
     // A reader finds the other side by a search of one ply: the smaller file will do.
     std::array<std::size_t, 2> bytes{};
     for (const Side side : {WHITE, BLACK})
