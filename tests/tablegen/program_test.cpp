@@ -3,6 +3,7 @@
 
 #include <cstdio>
 #include <filesystem>
+#include <future>
 #include <gtest/gtest.h>
 #include <sys/wait.h>
 
@@ -32,6 +33,60 @@ static std::vector<std::string> files_in(const std::string& path) {
     for (const auto& entry : std::filesystem::directory_iterator(path))
         names.push_back(entry.path().filename().string());
     return names;
+}
+
+// A file of another maker, whose end has no checksum of ours.
+static void make_foreign(const std::string& path) {
+    std::string content = read_file(path);
+    content[content.size() - 16] = '?';
+    write_file(path, content);
+}
+
+TEST(TablegenProgram, EachFileIsMadeByItself) {
+    const TemporaryDirectory directory;
+    ASSERT_EQ(run_tablegen("KQvK KRvK --out " + directory.path).status, 0);
+    const std::string made = read_file(directory.file("KQvK.rtbz"));
+    std::filesystem::remove(directory.file("KQvK.rtbz"));
+    std::filesystem::remove(directory.file("KRvK.rtbw"));
+    make_foreign(directory.file("KQvK.rtbw"));
+    make_foreign(directory.file("KRvK.rtbz"));
+    const std::string foreign_wdl = read_file(directory.file("KQvK.rtbw"));
+    const std::string foreign_dtz = read_file(directory.file("KRvK.rtbz"));
+    // What --verify does not judge it names.
+    write_file(directory.file("KRRRvKQQ.rtbw"), "");
+    write_file(directory.file("notes.rtbw"), "");
+    const Result half = run_tablegen("--verify " + directory.path);
+    EXPECT_EQ(half.status, 0) << half.output;
+    for (const char* line : {"KQvK.rtbz: not there\n", "KRvK.rtbw: not there\n",
+                             "KRRRvKQQ.rtbw: skipped, more than 5 men\n", "2 files, "})
+        EXPECT_NE(half.output.find(line), std::string::npos) << half.output;
+    EXPECT_EQ(half.output.find("notes"), std::string::npos) << half.output;
+
+    const std::string mine = directory.file("KQvK.rtbz.tmp");
+    write_file(mine, "mine");
+    const Result again = run_tablegen("KQvK KRvK --out " + directory.path);
+    EXPECT_EQ(again.status, 0);
+    EXPECT_NE(again.output.find("KQvK.rtbz: "), std::string::npos) << again.output;
+    EXPECT_NE(again.output.find("KRvK.rtbw: "), std::string::npos) << again.output;
+    EXPECT_EQ(read_file(directory.file("KQvK.rtbz")), made);
+    EXPECT_EQ(read_file(directory.file("KQvK.rtbw")), foreign_wdl);
+    EXPECT_EQ(read_file(directory.file("KRvK.rtbz")), foreign_dtz);
+    EXPECT_EQ(read_file(mine), "mine");
+    EXPECT_EQ(files_in(directory.path).size(), 7U);
+}
+
+TEST(TablegenProgram, RunsSideBySideDoNotDisturbEachOther) {
+    const TemporaryDirectory directory;
+    std::vector<std::future<Result>> runs;
+    for (int i = 0; i < 4; ++i)
+        runs.push_back(std::async(std::launch::async,
+                                  [&] { return run_tablegen("--men 3 --out " + directory.path); }));
+    for (std::future<Result>& run : runs) {
+        const Result result = run.get();
+        EXPECT_EQ(result.status, 0) << result.output;
+    }
+    EXPECT_EQ(files_in(directory.path).size(), 10U);
+    EXPECT_EQ(run_tablegen("--verify " + directory.path).status, 0);
 }
 
 static const char* const kp_files[] = {"KBvK", "KNvK", "KPvK", "KQvK", "KRvK"};
@@ -92,7 +147,11 @@ TEST(TablegenProgram, SaysWhatIsWrongInOneLine) {
         {"--frobnicate", "unknown option"},
         {"--men 3 --verify " + directory.path, "nothing else"},
         {"--verify " + directory.path, "no tables"},
-        {"--verify " + directory.path + "/none", "no directory"},
+        {"--verify " + directory.path + "/none", "cannot read directory"},
+        {"--verify " + file, "cannot read directory"},
+        {"KQvK --out \"\"", "--out takes a directory"},
+        {"--verify \"\"", "--verify takes a directory"},
+        {"\"KQ\nvK\" --out " + directory.path, "\"KQ?vK\" is no signature"},
         {"KQvK --out " + file, "cannot"},
         {"KQvK --out " + file + "/below", "cannot"},
         {"KQvK --out /proc", "cannot"},

@@ -86,6 +86,8 @@ CommandLine read_command_line(const std::vector<std::string>& arguments) {
         } else {
             (word == "--out" ? out : verify) = true;
             line.directory = value;
+            if (value.empty())
+                line.problem = word + " takes a directory, not \"\"";
         }
     }
     if (line.problem.empty()) {

@@ -15,7 +15,13 @@ int complain(const std::string& problem) {
 
 int complain(const char* problem) {
     clear_progress();
-    std::fprintf(stderr, "tablegen: %s\n", problem);
+    std::fputs("tablegen: ", stderr);
+    // What the user typed may hold anything; the message stays one line.
+    for (; *problem != '\0'; ++problem) {
+        const auto letter = static_cast<unsigned char>(*problem);
+        std::fputc(letter < ' ' || letter == 127 ? '?' : letter, stderr);
+    }
+    std::fputc('\n', stderr);
     return 1;
 }
 

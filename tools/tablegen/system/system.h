@@ -11,6 +11,9 @@ bool sync_to_disk(std::FILE* file);
 // Gives a file another name, in place of a file that may have it. False on failure, errno set.
 bool replace_file(const char* from, const char* to);
 
+// The number of this process, which no other running process has.
+unsigned long process_id();
+
 // Whether standard output is a terminal that a person looks at.
 bool output_is_terminal();
 

@@ -12,6 +12,10 @@ bool replace_file(const char* from, const char* to) {
     return std::rename(from, to) == 0;
 }
 
+unsigned long process_id() {
+    return static_cast<unsigned long>(getpid());
+}
+
 bool output_is_terminal() {
     return isatty(STDOUT_FILENO) != 0;
 }

@@ -17,6 +17,10 @@ bool replace_file(const char* from, const char* to) {
     return false;
 }
 
+unsigned long process_id() {
+    return GetCurrentProcessId();
+}
+
 bool output_is_terminal() {
     return _isatty(_fileno(stdout)) != 0;
 }

@@ -135,8 +135,12 @@ std::vector<std::uint8_t> lay_out(const TableFile& file) {
     return bytes.out;
 }
 
+std::string temporary_name(const std::string& path) {
+    return path + "." + std::to_string(process_id()) + ".tmp";
+}
+
 std::string write_whole_file(const std::string& path, const std::vector<std::uint8_t>& bytes) {
-    const std::string temporary = path + ".tmp";
+    const std::string temporary = temporary_name(path);
     std::string failure;
     auto fail = [&](const std::string& file) {
         failure = "cannot write " + file + ": " + std::strerror(errno);

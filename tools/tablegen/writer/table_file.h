@@ -60,6 +60,10 @@ std::vector<std::uint8_t> lay_out(const TableFile& file);
 // The checksum that stands at the end of a file.
 std::uint64_t checksum(const std::uint8_t* bytes, std::size_t size);
 
+// The name under which a file is written before it gets its own: that of no other run at work in
+// the same directory.
+std::string temporary_name(const std::string& path);
+
 // Writes the bytes under a temporary name beside the path and renames them when they are safely
 // on disk. On failure the path is as it was, the temporary file is gone, and the text says what
 // went wrong; otherwise it is empty.
