@@ -13,14 +13,12 @@ TEST(Magics, FixedSeedFindsTheSameNumbersEveryTime) {
         Bitboard magic;
         int bits;
     };
-    const Row rows[] = {
-        {bishop_magics[A1], 0x4020011001010028ULL, 6},
-        {bishop_magics[H8], 0x4004840444002200ULL, 6},
-        {bishop_magics[D4], 0x2401004024040002ULL, 9},
-        {rook_magics[A1], 0x0180042210400480ULL, 12},
-        {rook_magics[H8], 0x1000030144241082ULL, 12},
-        {rook_magics[D4], 0x2410004040080401ULL, 10},
-    };
+    const Row rows[] = {{bishop_magics[A1], 0x4020011001010028ULL, 6},
+                        {bishop_magics[H8], 0x4004840444002200ULL, 6},
+                        {bishop_magics[D4], 0x2401004024040002ULL, 9},
+                        {rook_magics[A1], 0x0180042210400480ULL, 12},
+                        {rook_magics[H8], 0x1000030144241082ULL, 12},
+                        {rook_magics[D4], 0x2410004040080401ULL, 10}};
     for (const Row& row : rows) {
         EXPECT_EQ(row.entry.magic, row.magic);
         EXPECT_EQ(row.entry.shift, 64 - row.bits);
@@ -55,18 +53,6 @@ TEST(SliderLookup, EqualsTheRayWalkForEveryOccupancy) {
             } while (subset != 0);
         }
     }
-}
-
-TEST(LeaperTables, EdgesDoNotWrap) {
-    EXPECT_EQ(pawn_attacks[WHITE][A2], square_bit(B3));
-    EXPECT_EQ(pawn_attacks[WHITE][H2], square_bit(G3));
-    EXPECT_EQ(pawn_attacks[BLACK][A7], square_bit(B6));
-    EXPECT_EQ(pawn_attacks[BLACK][E5], square_bit(D4) | square_bit(F4));
-    EXPECT_EQ(pawn_attacks[WHITE][E8] | pawn_attacks[BLACK][E1], 0U);
-    EXPECT_EQ(king_attacks[A1], square_bit(A2) | square_bit(B1) | square_bit(B2));
-    EXPECT_EQ(popcount(king_attacks[E4]), 8);
-    EXPECT_EQ(knight_attacks[A1], square_bit(B3) | square_bit(C2));
-    EXPECT_EQ(popcount(knight_attacks[E4]), 8);
 }
 
 } // namespace

@@ -60,16 +60,5 @@ TEST(MakeMove, CastlingRights) {
     }
 }
 
-TEST(MakeMove, EnPassantTakesThePawnBehindTheSquare) {
-    Position position = position_from("4k3/3p4/8/4P3/8/8/8/4K3 b - - 3 7");
-    make_move(position, make_move_code(D7, D5, FLAG_DOUBLE_PUSH));
-    EXPECT_EQ(position.ep_square, D6);
-    make_move(position, make_move_code(E5, D6, FLAG_EN_PASSANT));
-    EXPECT_EQ(position.board[D5], EMPTY_SQUARE);
-    EXPECT_EQ(position.board[D6], make_piece(WHITE, PAWN));
-    EXPECT_EQ(position.undo[1].captured, PAWN);
-    EXPECT_EQ(position.ep_square, NO_SQUARE);
-}
-
 } // namespace
 } // namespace brindlemoth

@@ -84,18 +84,16 @@ TEST(Conversation, EachLineMeetsItsCommandOrSilence) {
         EXPECT_EQ(reply(engine, line), Lines()) << '"' << line << '"';
     const struct {
         const char *line, *last_reply;
-    } rows[] = {
-        {"uci", "uciok"},
-        {"uci\r\r", "uciok"},
-        {"perft", "Total: 20"},
-        {"perft2", "Total: 400"},
-        {"perft +2x", "Total: 400"},
-        {"perft -3", "Total: 20"},
-        {"perft 4294967298", "Total: 400"},
-        {"perfttest ", "Total: 20"}, // no whole line, so it is a perft without a number
-        {"dupcheck", "Total pseudo-legal: 20, Duplicates: 0"},
-        {"illegalcheck", "No illegal moves found among move_is_legal=true set."},
-    };
+    } rows[] = {{"uci", "uciok"},
+                {"uci\r\r", "uciok"},
+                {"perft", "Total: 20"},
+                {"perft2", "Total: 400"},
+                {"perft +2x", "Total: 400"},
+                {"perft -3", "Total: 20"},
+                {"perft 4294967298", "Total: 400"},
+                {"perfttest ", "Total: 20"}, // no whole line, so it is a perft without a number
+                {"dupcheck", "Total pseudo-legal: 20, Duplicates: 0"},
+                {"illegalcheck", "No illegal moves found among move_is_legal=true set."}};
     for (const auto& row : rows)
         EXPECT_EQ(reply(engine, row.line).back(), row.last_reply) << row.line;
     EXPECT_EQ(reply(engine, "uci"), UCI_BLOCK);
@@ -163,11 +161,9 @@ TEST(Conversation, BenchReadsItsDepthLikeAnyNumber) {
     const struct {
         Lines arguments;
         std::string command, depth, nodes;
-    } rows[] = {
-        {{"bench", "5", "7"}, "d", "5", "12533"}, {{"bench", "4x"}, "d", "4", "6618"},
-        {{"bench"}, "d", "10", "287510"},         {{"bench", "-3"}, "d", "10", "287510"},
-        {{}, "bench  3 9", "3", "3083"},          {{}, "bench1", "1", "667"},
-    };
+    } rows[] = {{{"bench", "5", "7"}, "d", "5", "12533"}, {{"bench", "4x"}, "d", "4", "6618"},
+                {{"bench"}, "d", "10", "287510"},         {{"bench", "-3"}, "d", "10", "287510"},
+                {{}, "bench  3 9", "3", "3083"},          {{}, "bench1", "1", "667"}};
     for (const auto& row : rows) {
         SCOPED_TRACE(row.nodes);
         const Lines lines = answer(row.command + "\n", row.arguments);

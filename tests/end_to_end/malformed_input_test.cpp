@@ -27,18 +27,6 @@ template <std::size_t N> std::string one_of(Random& random, const char* const (&
     return texts[random() % N];
 }
 
-constexpr const char* VALID_FENS[] = {
-    "rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq - 0 1",
-    "r3k2r/p1ppqpb1/bn2pnp1/3PN3/1p2P3/2N2Q1p/PPPBBPPP/R3K2R w KQkq - 0 1",
-    "8/2p5/3p4/KP5r/1R3p1k/8/4P1P1/8 w - - 0 1",
-    "r3k2r/Pppp1ppp/1b3nbN/nP6/BBP1P3/q4N2/Pp1P2PP/R2Q1RK1 w kq - 0 1",
-    "rnbq1k1r/pp1Pbppp/2p5/8/2B5/8/PPP1NnPP/RNBQK2R w KQ - 1 8",
-    "rnbqkbnr/ppp1p1pp/8/3pPp2/8/8/PPPP1PPP/RNBQKBNR w KQkq f6 0 3",
-    "8/PPP4k/8/8/8/8/4Kppp/8 w - - 99 70",
-    "8/8/4k3/8/4P3/4K3/8/8 w - - 0 1",
-    "r3k2r/8/8/8/8/8/8/R3K2R b KQkq - 0 1",
-};
-
 constexpr const char* CASTLINGS[] = {"-",    "KQkq", "K",    "q",        "KKKK", "HAha",
                                      "qkQK", "xyz",  "K-q-", "KQkqKQkq", "",     "\xff"};
 constexpr const char* EP_FIELDS[] = {"-",  "e3", "d6", "a1", "h8", "e",  "e9",  "i3",
@@ -79,23 +67,19 @@ void mutate(Random& random, std::string& text) {
     for (int edits = 1 + below(random, 4); edits > 0 && !text.empty(); --edits) {
         const std::size_t place = random() % text.size();
         const char letter = LETTERS[random() % std::strlen(LETTERS)];
-        switch (below(random, 4)) {
-        case 0:
-            text.insert(place, 1, letter);
-            break;
-        case 1:
-            text.erase(place, 1 + random() % 5);
-            break;
-        default:
-            text[place] = letter;
-            break;
-        }
+        const int kind = below(random, 4);
+        text.replace(place,
+                     kind == 0   ? 0
+                     : kind == 1 ? 1 + random() % 5
+                                 : 1,
+                     kind == 1 ? "" : std::string(1, letter));
     }
 }
 
 std::string malformed_fen(Random& random) {
     constexpr const char* MEN = "PNBRQKpnbrqk";
-    std::string fen = one_of(random, VALID_FENS);
+    const std::vector<std::string>& sound = sample_fens();
+    std::string fen = sound[random() % sound.size()];
     switch (below(random, 9)) {
     case 0: // cut off
         fen.resize(random() % fen.size());
@@ -112,7 +96,7 @@ std::string malformed_fen(Random& random) {
     case 5: // a sound board, the rest not
         return fen.substr(0, fen.find(' ')) + random_fields(random);
     case 6: // too much of everything
-        return one_of(random, VALID_FENS) + one_of(random, {"", " ", "/", "  "}) + fen;
+        return sound[random() % sound.size()] + one_of(random, {"", " ", "/", "  "}) + fen;
     default:
         mutate(random, fen);
         return fen;
@@ -203,35 +187,27 @@ std::string random_command(Random& random) {
                                      "d",     "eval",      "dupcheck",   "illegalcheck",
                                      "quit",  "setoption", "position",   "position startpos",
                                      "perft", "perft\t",   "bench 1",    "bench1x"};
-    std::string line;
+    std::string line = "go";
     switch (below(random, 6)) {
     case 0:
-        line = "go";
-        for (int count = below(random, 8); count > 0; --count) {
+        for (int count = below(random, 8); count > 0; --count)
             line += one_of(random, {" ", "  ", "\t"}) + one_of(random, LIMITS) + " " +
                     one_of(random, NUMBERS);
-        }
         return line + " depth " + one_of(random, {"1", "2", "3", "+2"});
     case 1:
-        line = "setoption " + one_of(random, {"name ", "name", "nam ", ""}) +
+        return "setoption " + one_of(random, {"name ", "name", "nam ", ""}) +
                one_of(random, NAMES) + one_of(random, {" value ", " value", "value", " "}) +
                one_of(random, VALUES);
-        return line;
     case 2:
-        line = "setoption name Hash value " + one_of(random, {"0", "-5", "1", "2", "x", "3x", ""});
-        return line;
+        return "setoption name Hash value " + one_of(random, {"0", "-5", "1", "2", "x", "3x", ""});
     case 3:
-        line = one_of(random, {"position ", "position  ", "position\t", "Position "}) +
+        return one_of(random, {"position ", "position  ", "position\t", "Position "}) +
                one_of(random, {"startpos", "startpos ", "fen ", "fen", "startpo", ""}) +
                random_moves(random) + random_moves(random);
-        return line;
     case 4:
         return random_bytes(random, below(random, 200));
     default:
-        line = one_of(random, WORDS);
-        if (below(random, 3) == 0)
-            line += one_of(random, {" ", "x", "\r", "\xff", "-"});
-        return line;
+        return one_of(random, WORDS) + one_of(random, {"", "", "", "", " ", "x", "\r", "\xff"});
     }
 }
 

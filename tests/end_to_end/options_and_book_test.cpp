@@ -8,7 +8,6 @@
 #include <algorithm>
 #include <filesystem>
 #include <gtest/gtest.h>
-#include <sys/stat.h>
 
 namespace brindlemoth {
 namespace {
@@ -51,23 +50,6 @@ TEST(OptionsAndBook, BookAnswersEveryGoButAnInfiniteOne) {
 
     engine.send("ucinewgame");
     EXPECT_EQ(ask(engine, "go depth 2"), book_answer);
-    engine.finish();
-}
-
-TEST(OptionsAndBook, UnusableBooksAreSilentAndHarmless) {
-    const TemporaryDirectory directory;
-    const std::string pipe = directory.path + "/pipe";
-    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
-    EngineProcess engine;
-    for (const std::string& path : {std::string(), directory.path, pipe, directory.path + "/none",
-                                    directory.write("short", "15 bytes only.."),
-                                    std::string(3000, 'x'), std::string("/dev/zero")}) {
-        engine.send("setoption name BookFile value " + write_small_book(directory, "good"));
-        engine.send("setoption name BookFile value " + path);
-        engine.send("isready");
-        EXPECT_EQ(engine.read_line(), "readyok") << path;
-        EXPECT_GT(count_with(ask(engine, "go depth 1"), "info"), 0) << path;
-    }
     engine.finish();
 }
 

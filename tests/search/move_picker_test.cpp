@@ -155,27 +155,5 @@ TEST(MovePicker, NoTableMoveWhateverBreaksTheRecord) {
     }
 }
 
-// Whatever the table move, the moves of the position all come once, in check and out of it.
-TEST(MovePicker, AnyTableMoveLeavesTheOthersComplete) {
-    std::mt19937_64 random(55);
-    int tried = 0;
-    for_random_positions(3000, 54, [&](Position& position) {
-        const std::vector<Move> all = sorted(pseudo_legal(position));
-        for (int i = 0; i < 20; ++i) {
-            const Move tt_move = static_cast<Move>(random());
-            std::vector<Move> moves = handed_out(position, tt_move, {EMPTY_SQUARE, 0});
-            // One that is played unseen although the generators do not make it comes first.
-            if (!moves.empty() && moves.front() == tt_move &&
-                !std::binary_search(all.begin(), all.end(), tt_move)) {
-                ASSERT_FALSE(in_check(position)) << move_to_text(tt_move);
-                moves.erase(moves.begin());
-                ++tried;
-            }
-            ASSERT_EQ(sorted(moves), all) << move_to_text(tt_move);
-        }
-    });
-    EXPECT_GT(tried, 100);
-}
-
 } // namespace
 } // namespace brindlemoth

@@ -56,16 +56,14 @@ TEST_F(Search, NodesWithoutMovesAndDraws) {
     const struct {
         const char* fen;
         int depth, ply, score;
-    } ROWS[] = {
-        {mated, 1, 0, -31000},
-        {mated, 3, 7, -30993},
-        {stalemated, 5, 3, DRAW_SCORE},
-        {"8/8/8/8/8/8/8/8 w - - 0 1", 3, 4, DRAW_SCORE},
-        // The clock comes before the mate.
-        {"7k/6Q1/6K1/8/8/8/8/8 b - - 100 1", 2, 1, DRAW_SCORE},
-        {"7k/6Q1/6K1/8/8/8/8/8 b - - 99 1", 2, 1, -30999},
-        {"7k/8/6K1/5Q2/8/8/8/8 w - - 2147483647 1", 2, 1, DRAW_SCORE},
-    };
+    } ROWS[] = {{mated, 1, 0, -31000},
+                {mated, 3, 7, -30993},
+                {stalemated, 5, 3, DRAW_SCORE},
+                {"8/8/8/8/8/8/8/8 w - - 0 1", 3, 4, DRAW_SCORE},
+                // The clock comes before the mate.
+                {"7k/6Q1/6K1/8/8/8/8/8 b - - 100 1", 2, 1, DRAW_SCORE},
+                {"7k/6Q1/6K1/8/8/8/8/8 b - - 99 1", 2, 1, -30999},
+                {"7k/8/6K1/5Q2/8/8/8/8 w - - 2147483647 1", 2, 1, DRAW_SCORE}};
     for (const auto& row : ROWS) {
         Position position = position_from(row.fen);
         EXPECT_EQ(at(position, row.depth, -FULL, FULL, row.ply), row.score) << row.fen;

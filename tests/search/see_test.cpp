@@ -91,9 +91,7 @@ TEST(See, CrowdedBoards) {
     for (const char* const fen : {
              "qQqQqQqQ/QqQqQqQq/qQqQqQqQ/QqQqQqQq/qQqQ1QqQ/QqQqQqQq/qQqQqQqK/QqQqQqkQ w - - 0 1",
              "QQQQQQQQ/QqqqqqqQ/QqqqqqqQ/QqqqrqqQ/Qqqr1rqQ/QqqqrqqQ/QqqqqqqQ/KQQQQQQk b - - 0 1",
-             "kKkKkKkK/KkKkKkKk/kKkK1kKk/KkKkKkKk/kKkKkKkK/KkKkKkKk/8/8 w - - 0 1",
              "n1n1k1n1/PPPPPPPP/1n3n2/pppppppp/PPPPPPPP/1N3N2/pppppppp/N1N1K1N1 w - - 0 1",
-             "n1n1k1n1/PPPPPPPP/1n3n2/pppppppp/PPPPPPPP/1N3N2/pppppppp/N1N1K1N1 b - - 0 1",
          }) {
         const Position position = position_from(fen);
         Move moves[MAX_MOVES];

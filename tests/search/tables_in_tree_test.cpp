@@ -3,7 +3,6 @@
 #include "search/history.h"
 #include "search/root.h"
 #include "search/transposition.h"
-#include "support/captured_output.h"
 #include "support/support.h"
 #include "tablebase/syzygy.h"
 
@@ -55,14 +54,12 @@ TEST_F(TablesInTree, AnAnswerThatSettlesTheNodeIsStored) {
         int stored; // in table form
         int bound;
     };
-    const Row rows[] = {
-        {WON, 0, TB_WIN_SCORE, TB_WIN_SCORE + PLY, BOUND_LOWER},
-        {WON, TB_WIN_SCORE - 1, TB_WIN_SCORE, TB_WIN_SCORE + PLY, BOUND_LOWER},
-        {LOST, 0, -TB_WIN_SCORE, -TB_WIN_SCORE - PLY, BOUND_UPPER},
-        {LOST, -TB_WIN_SCORE, -TB_WIN_SCORE, -TB_WIN_SCORE - PLY, BOUND_UPPER},
-        {DRAWN, 0, DRAW_SCORE, DRAW_SCORE, BOUND_EXACT},
-        {DRAWN, -500, DRAW_SCORE, DRAW_SCORE, BOUND_EXACT},
-    };
+    const Row rows[] = {{WON, 0, TB_WIN_SCORE, TB_WIN_SCORE + PLY, BOUND_LOWER},
+                        {WON, TB_WIN_SCORE - 1, TB_WIN_SCORE, TB_WIN_SCORE + PLY, BOUND_LOWER},
+                        {LOST, 0, -TB_WIN_SCORE, -TB_WIN_SCORE - PLY, BOUND_UPPER},
+                        {LOST, -TB_WIN_SCORE, -TB_WIN_SCORE, -TB_WIN_SCORE - PLY, BOUND_UPPER},
+                        {DRAWN, 0, DRAW_SCORE, DRAW_SCORE, BOUND_EXACT},
+                        {DRAWN, -500, DRAW_SCORE, DRAW_SCORE, BOUND_EXACT}};
     for (const Row& row : rows) {
         SCOPED_TRACE(testing::Message() << row.fen << " alpha " << row.alpha);
         tt_clear();
@@ -109,34 +106,6 @@ TEST_F(TablesInTree, OnlySomeNodesAsk) {
         const TTEntry* const entry = tt_probe(position.key);
         const bool asked = entry != nullptr && entry->score == TB_WIN_SCORE + PLY;
         EXPECT_EQ(asked, row.asks);
-    }
-}
-
-// With five and six men on the board the tables answer behind captures only. Their answers are the
-// entries of some depth that hold no move.
-TEST_F(TablesInTree, SearchesOfMoreMenStoreAnswers) {
-    const auto answers_stored = [](const char* fen) {
-        tt_clear();
-        Position position = position_from(fen);
-        SearchLimits limits{};
-        limits.depth = 9;
-        const std::vector<std::string> lines = output_of([&] { search_root(position, limits); });
-        EXPECT_EQ(lines.size(), 10U);
-        int count = 0;
-        for (std::uint64_t i = 0; i < tt_entry_count; ++i) {
-            const TTEntry& entry = tt_table[i];
-            count += entry.key != 0 && entry.depth > 0 && entry.move == MOVE_NONE ? 1 : 0;
-        }
-        return count;
-    };
-    for (const char* fen :
-         {"8/8/3k4/8/3r4/8/4P3/3QK3 w - - 0 1", "8/2p5/2k5/8/8/8/5q2/R5K1 w - - 0 1",
-          "8/1p6/2k5/8/2B5/5p2/4KP2/8 b - - 0 1"}) {
-        SCOPED_TRACE(fen);
-        syzygy_probe_limit = 4;
-        EXPECT_GT(answers_stored(fen), 0);
-        syzygy_probe_limit = 0;
-        EXPECT_EQ(answers_stored(fen), 0);
     }
 }
 

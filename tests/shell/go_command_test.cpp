@@ -1,6 +1,4 @@
 #include "shell/go_command.h"
-#include "support/captured_output.h"
-#include "support/support.h"
 
 #include <gtest/gtest.h>
 
@@ -50,18 +48,6 @@ TEST(GoCommand, Limits) {
     };
     for (const auto& row : ROWS)
         EXPECT_EQ(limits_of(row.line), row.limits) << row.line;
-}
-
-TEST(GoCommand, NothingIsCarriedOverAndThePositionStays) {
-    Position position = position_from(starting_fen);
-    const auto go = [&](const char* line) { return output_of([&] { cmd_go(line, position); }); };
-    EXPECT_EQ(go("go depth 3").size(), 4U);
-    EXPECT_EQ(go("go depth 2").size(), 3U);
-    EXPECT_EQ(position.undo_count, 0);
-    EXPECT_EQ(position.key, position_from(starting_fen).key);
-    EXPECT_EQ(go("go movetime 0").back().rfind("bestmove ", 0), 0U);
-    position = position_from("7k/5Q2/6K1/8/8/8/8/8 b - - 0 1");
-    EXPECT_EQ(joined(go("go infinite")), "bestmove 0000\n");
 }
 
 } // namespace

@@ -63,17 +63,6 @@ TEST_F(Options, HashIsClampedAndRoundedDownToAPowerOfTwo) {
     }
 }
 
-TEST_F(Options, HashLosesTheEntriesAndKeepsTheGeneration) {
-    ASSERT_NE(tt_table, nullptr);
-    constexpr Key KEY = 0x123456789;
-    tt_store(KEY, 5, BOUND_EXACT, 3, MOVE_NONE, 0);
-    tt_generation = 7;
-    ASSERT_NE(tt_probe(KEY), nullptr);
-    set(" name Hash value 1");
-    EXPECT_EQ(tt_probe(KEY), nullptr);
-    EXPECT_EQ(tt_generation, 7);
-}
-
 TEST_F(Options, MultiPVIsClampedAndOwnBookIsOnForTheTextTrueOnly) {
     const struct {
         const char* value;
@@ -161,16 +150,14 @@ TEST_F(Options, WordsAreFoundAnywhereAndNamesMatchAsPrefixes) {
     const struct {
         const char* rest;
         int lines;
-    } ROWS[] = {
-        {"name MultiPVvalue 4", 4},
-        {" name MultiPVs value 5", 5},
-        {" name     MultiPV     value     6", 6},
-        {" nameMultiPVvalue7", 7},
-        {" value 8 name MultiPV", 8},
-        {" value 9 name MultiPV value 10", 9},
-        {" name MultiPV name Hash value 11", 11},
-        {" name MultiPV is of no value 12 value 13", 12},
-    };
+    } ROWS[] = {{"name MultiPVvalue 4", 4},
+                {" name MultiPVs value 5", 5},
+                {" name     MultiPV     value     6", 6},
+                {" nameMultiPVvalue7", 7},
+                {" value 8 name MultiPV", 8},
+                {" value 9 name MultiPV value 10", 9},
+                {" name MultiPV name Hash value 11", 11},
+                {" name MultiPV is of no value 12 value 13", 12}};
     for (const auto& row : ROWS) {
         set(row.rest);
         EXPECT_EQ(multipv_count, row.lines) << row.rest;

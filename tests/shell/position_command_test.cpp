@@ -1,9 +1,7 @@
-#include "movegen/legality.h"
 #include "shell/position_command.h"
 #include "support/support.h"
 
 #include <gtest/gtest.h>
-#include <random>
 
 namespace brindlemoth {
 namespace {
@@ -90,27 +88,6 @@ TEST(PositionCommand, TheLongestGameLeavesRoomForTheSearch) {
     cmd_position(line.c_str(), position);
     EXPECT_LE(position.undo_count + 128 + 1, MAX_UNDO);
     EXPECT_TRUE(views_agree(position));
-}
-
-// Whatever a line holds, the record stays whole.
-TEST(PositionCommand, RandomLines) {
-    std::mt19937_64 random(81);
-    const std::string letters = "/12345678pnbrqkPNBRQK  wb-KQkqa3e6 moves";
-    Position position = position_from(starting_fen);
-    for (int i = 0; i < 20000; ++i) {
-        std::string line = "position fen ";
-        if (i % 2 == 0)
-            line += sample_fens()[random() % sample_fens().size()] + " moves";
-        for (std::size_t length = random() % 60; length > 0; --length)
-            line += letters[random() % letters.size()];
-        if (i % 2 == 0)
-            line[13 + random() % 40] = letters[random() % letters.size()];
-        cmd_position(line.c_str(), position);
-        ASSERT_TRUE(views_agree(position)) << line;
-        MoveList legal;
-        generate_legal(position, legal);
-        ASSERT_TRUE(views_agree(position)) << line;
-    }
 }
 
 } // namespace

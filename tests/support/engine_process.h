@@ -3,14 +3,12 @@
 //     EngineProcess engine;
 //     engine.send("uci");
 //     engine.read_until("uciok");
-//     engine.close_input();
-//     EXPECT_EQ(engine.wait_for_exit(), 0);
+//     EXPECT_TRUE(engine.finish().empty());
 //
-// Nothing here waits longer than HANG_GUARD: when it passes, the test fails, the process is
-// killed, and all further reads find the end of the output. No test may depend on its length.
+// An engine that hangs for HANG_GUARD_SECONDS ends the test program by SIGALRM. No test may depend
+// on its length. What the engine prints while it is sent a text must fit into a pipe (1 MiB).
 #pragma once
 
-#include <chrono>
 #include <optional>
 #include <string>
 #include <sys/types.h>
@@ -18,7 +16,7 @@
 
 namespace brindlemoth {
 
-constexpr std::chrono::seconds HANG_GUARD{120};
+constexpr unsigned HANG_GUARD_SECONDS = 120;
 
 struct EngineProcess {
     // Starts the engine with these command line arguments. With an input file, standard input is
@@ -30,11 +28,10 @@ struct EngineProcess {
     EngineProcess(const EngineProcess&) = delete;
     EngineProcess& operator=(const EngineProcess&) = delete;
 
-    // Writes the text as it is, or followed by a line feed. What the engine prints meanwhile is
-    // kept for the reads, so that neither side waits for the other. A text that the engine no
-    // longer takes because it has ended is dropped.
-    void send_text(const std::string& text);
-    void send(const std::string& line) { send_text(line + "\n"); }
+    // Writes the text as it is, or followed by a line feed. A text that the engine no longer takes
+    // because it has ended is dropped.
+    void send_text(const std::string& text) const;
+    void send(const std::string& line) const { send_text(line + "\n"); }
     // The end of the engine's input.
     void close_input();
 
@@ -46,21 +43,18 @@ struct EngineProcess {
     std::vector<std::string> read_until(const std::string& prefix);
     // Reads to the end of the output.
     std::vector<std::string> read_to_end();
-
-    // Closes the input and reads to the end of the output. The process must end well.
+    // Closes the input and reads to the end of the output. The process must end well, with nothing
+    // written on standard error.
     std::vector<std::string> finish();
-
     // Waits for the end of the process. Its exit status, or the negative number of the signal
     // that ended it.
     int wait_for_exit();
-    // What the engine has written on standard error so far.
+    // What the engine has written on standard error so far, at most 4,096 bytes.
     std::string errors() const;
 
     pid_t process = -1;
-    int input = -1;  // write end of its standard input, -1 when closed
-    int output = -1; // read end of its standard output, -1 at its end
+    int input = -1, output = -1; // our ends of its standard input and output, -1 when closed
     int error_file = -1;
-    int status = 0;      // as wait_for_exit() returns it, once process is -1
     std::string pending; // output read, not yet taken by read_line()
 };
 
