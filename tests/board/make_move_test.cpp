@@ -38,27 +38,5 @@ TEST(MakeMove, KeepsEveryFieldExactOverRandomPositions) {
     });
 }
 
-TEST(MakeMove, CastlingRights) {
-    struct Row {
-        const char* fen;
-        Move move;
-        int rights_after;
-    };
-    const Row rows[] = {
-        {"r3k2r/8/8/8/8/8/8/R3K2R w KQkq - 0 1", make_move_code(H1, H8, FLAG_CAPTURE), 2 | 8},
-        {"r3k2r/8/8/8/8/8/8/R3K2R w KQkq - 0 1", make_move_code(A1, A8, FLAG_CAPTURE), 1 | 4},
-        {"r3k2r/8/8/8/8/8/8/R3K2R w KQkq - 0 1", make_move_code(E1, E2, FLAG_QUIET), 4 | 8},
-        {"r3k2r/8/8/8/8/8/8/R3K2R w KQkq - 0 1", make_move_code(E1, G1, FLAG_SHORT_CASTLING),
-         4 | 8},
-        {"r3k2r/8/8/8/8/8/8/R3K2R b KQkq - 0 1", make_move_code(E8, C8, FLAG_LONG_CASTLING), 1 | 2},
-        {"r3k2r/8/8/8/8/8/8/R3K2R b KQkq - 0 1", make_move_code(A8, A2, FLAG_QUIET), 1 | 2 | 4},
-    };
-    for (const Row& row : rows) {
-        Position position = position_from(row.fen);
-        make_move(position, row.move);
-        EXPECT_EQ(position.castling, row.rights_after) << move_to_text(row.move);
-    }
-}
-
 } // namespace
 } // namespace brindlemoth

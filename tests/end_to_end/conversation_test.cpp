@@ -9,8 +9,6 @@
 namespace brindlemoth {
 namespace {
 
-using Lines = std::vector<std::string>;
-
 const Lines UCI_BLOCK = {
     "id name Brindlemoth",
     "id author You",

@@ -11,8 +11,6 @@
 #include <cstring>
 #include <gtest/gtest.h>
 #include <random>
-#include <string>
-#include <vector>
 
 namespace brindlemoth {
 namespace {

@@ -12,8 +12,6 @@
 namespace brindlemoth {
 namespace {
 
-using Lines = std::vector<std::string>;
-
 Lines ask(EngineProcess& engine, const std::string& go_line) {
     engine.send(go_line);
     return engine.read_until("bestmove");

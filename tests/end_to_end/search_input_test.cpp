@@ -4,13 +4,9 @@
 #include "support/engine_process.h"
 
 #include <gtest/gtest.h>
-#include <string>
-#include <vector>
 
 namespace brindlemoth {
 namespace {
-
-using Lines = std::vector<std::string>;
 
 // Begins a search that only input can end, and waits until it reads its input.
 void begin_search(EngineProcess& engine) {

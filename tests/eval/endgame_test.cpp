@@ -4,7 +4,6 @@
 #include "support/support.h"
 
 #include <gtest/gtest.h>
-#include <string>
 
 namespace brindlemoth {
 namespace {
@@ -82,8 +81,7 @@ TEST(EndgameScale, Factors) {
         SCOPED_TRACE(c.what);
         const Position position = position_from(c.fen);
         EXPECT_EQ(endgame_scale(position, c.value), c.expected);
-        if (c.value != 0)
-            EXPECT_EQ(endgame_scale(mirrored(position), -c.value), c.expected);
+        EXPECT_TRUE(c.value == 0 || endgame_scale(mirrored(position), -c.value) == c.expected);
     }
 }
 

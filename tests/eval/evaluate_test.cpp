@@ -10,7 +10,6 @@
 #include <algorithm>
 #include <cstdlib>
 #include <gtest/gtest.h>
-#include <string>
 
 namespace brindlemoth {
 namespace {
@@ -54,22 +53,17 @@ int passed_extras(const Position& position, int colour) {
 
     int extras = 0;
     for (int pawn = 0; pawn < SQUARE_COUNT; ++pawn) {
-        if (piece_at(pawn) != make_piece(colour, PAWN))
-            continue;
-        bool passed = true;
-        for (int square = pawn + forward; on_board(square); square += forward) {
-            for (const int side : {-1, 0, 1}) {
-                const int file = file_of(square) + side;
+        bool passed = piece_at(pawn) == make_piece(colour, PAWN);
+        for (int square = pawn + forward; on_board(square); square += forward)
+            for (int file = std::max(0, file_of(pawn) - 1); file <= std::min(7, file_of(pawn) + 1);
+                 ++file)
                 passed &=
-                    file < 0 || file > 7 || piece_at(square + side) != make_piece(colour ^ 1, PAWN);
-            }
-        }
+                    piece_at(make_square(file, rank_of(square))) != make_piece(colour ^ 1, PAWN);
         if (!passed)
             continue;
         const int rank = colour == WHITE ? rank_of(pawn) : 7 - rank_of(pawn);
         extras += ((8 * distance(enemy_king, pawn) - 5 * distance(own_king, pawn)) * rank) / 6;
-        bool own_behind = false;
-        bool enemy_behind = false;
+        bool own_behind = false, enemy_behind = false;
         for (int square = pawn - forward; on_board(square); square -= forward) {
             for (const int type : {ROOK, QUEEN}) {
                 own_behind |= piece_at(square) == make_piece(colour, type);

@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <gtest/gtest.h>
-#include <string>
 
 namespace brindlemoth {
 namespace {
@@ -34,17 +33,10 @@ int danger_step_by_step(const Position& position, int colour) {
     const int attacker = colour ^ 1;
     const int king = lowest_square(position.pieces[colour][KING]);
     const Bitboard all = position.all_pieces;
-    const auto reach = [&](int type, int square) -> Bitboard {
-        switch (type) {
-        case KNIGHT:
-            return knight_attacks[square];
-        case BISHOP:
-            return bishop_attacks_slow(square, all);
-        case ROOK:
-            return rook_attacks_slow(square, all);
-        default:
-            return bishop_attacks_slow(square, all) | rook_attacks_slow(square, all);
-        }
+    const auto reach = [&](int type, int square) {
+        Bitboard set = type == KNIGHT ? knight_attacks[square] : 0;
+        set |= type == BISHOP || type == QUEEN ? bishop_attacks_slow(square, all) : 0;
+        return set | (type == ROOK || type == QUEEN ? rook_attacks_slow(square, all) : 0);
     };
     Bitboard safe = ~position.occupied[attacker];
     for (int square = 0; square < SQUARE_COUNT; ++square)

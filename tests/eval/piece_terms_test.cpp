@@ -6,7 +6,6 @@
 #include "support/support.h"
 
 #include <gtest/gtest.h>
-#include <string>
 
 namespace brindlemoth {
 namespace {

@@ -8,7 +8,6 @@
 #include <algorithm>
 #include <gtest/gtest.h>
 #include <random>
-#include <vector>
 
 namespace brindlemoth {
 namespace {
@@ -112,12 +111,6 @@ TEST(MovePicker, HandsOutEveryMoveOnceInItsPlace) {
     clear_history();
     EXPECT_GT(evasions, 100);
     EXPECT_GT(bad_captures, 1000);
-}
-
-TEST(MovePicker, EqualScoresGoByPlaceInTheList) {
-    clear_history();
-    const Position position = position_from(starting_fen);
-    EXPECT_EQ(handed_out(position, MOVE_NONE, {EMPTY_SQUARE, 0}), pseudo_legal(position));
 }
 
 // A table entry of another position with the same key may hold any move at all.

@@ -54,9 +54,7 @@ TEST(See, Examples) {
         {"8/8/4k3/3p4/8/2N5/8/K7 w - - 0 1", make_move_code(C3, D5, FLAG_CAPTURE), -200},
         // A quiet promotion starts as if it took a pawn, and stays a pawn.
         {"8/4P1p1/8/8/8/8/7k/K7 w - - 0 1", make_move_code(E7, E8, FLAG_PROMOTION + 3), 100},
-        {"8/8/8/8/4p3/8/3P4/K6k w - - 0 1", make_move_code(D2, D3, FLAG_QUIET), 0},
         {"7k/8/8/3pP3/8/8/8/K7 w - d6 0 1", make_move_code(E5, D6, FLAG_EN_PASSANT), 100},
-        {"7k/2p5/8/3pP3/8/8/8/K7 w - d6 0 1", make_move_code(E5, D6, FLAG_EN_PASSANT), 0},
         // The first capture is forced, even with a king into a pawn's reach.
         {"7k/2p5/3p4/2K5/8/8/8/8 w - - 0 1", make_move_code(C5, D6, FLAG_CAPTURE), -19900},
         {"7k/8/8/8/8/2K5/8/8 w - - 0 1", make_move_code(C3, C4, FLAG_QUIET), 100},

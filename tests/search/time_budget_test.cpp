@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 #include <limits>
+#include <utility>
 
 namespace brindlemoth {
 namespace {
@@ -47,22 +48,16 @@ TEST(TimeBudget, ClockAndIncrement) {
                 {1000, LARGEST, 0, 360, 360},
                 {1000, SMALLEST, 0, 5, 10}};
     for (const auto& row : ROWS) {
-        TimeBudget budget{};
-        time_budget(budget, clock_of(row.time, row.increment, row.movestogo), WHITE);
-        EXPECT_EQ(budget.soft_limit, row.soft) << row.time << ' ' << row.increment;
-        EXPECT_EQ(budget.hard_limit, row.hard) << row.time << ' ' << row.increment;
+        SearchLimits limits = clock_of(row.time, row.increment, row.movestogo);
+        for (const int side : {WHITE, BLACK}) {
+            TimeBudget budget{};
+            time_budget(budget, limits, side);
+            EXPECT_EQ(budget.soft_limit, row.soft) << row.time << ' ' << row.increment;
+            EXPECT_EQ(budget.hard_limit, row.hard) << row.time << ' ' << row.increment;
+            std::swap(limits.wtime, limits.btime);
+            std::swap(limits.winc, limits.binc);
+        }
     }
-}
-
-TEST(TimeBudget, EachSideHasItsOwnClock) {
-    SearchLimits limits = clock_of(1000, 40);
-    limits.btime = 10000;
-    limits.binc = 400;
-    TimeBudget budget{};
-    time_budget(budget, limits, WHITE);
-    EXPECT_EQ(budget.soft_limit, 45);
-    time_budget(budget, limits, BLACK);
-    EXPECT_EQ(budget.soft_limit, 630);
 }
 
 TEST(TimeBudget, OtherLimitsComeBeforeTheClock) {

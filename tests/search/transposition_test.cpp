@@ -80,13 +80,5 @@ TEST_F(Transposition, MateScoresCountFromTheNodeThatStoredThem) {
     }
 }
 
-TEST_F(Transposition, WithoutATableEveryReadMisses) {
-    tt_release();
-    tt_store(5, 1, BOUND_EXACT, 1, MOVE_NONE, 0);
-    tt_prefetch(5);
-    tt_clear();
-    EXPECT_EQ(tt_probe(5), nullptr);
-}
-
 } // namespace
 } // namespace brindlemoth

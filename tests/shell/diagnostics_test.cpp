@@ -12,8 +12,6 @@
 namespace brindlemoth {
 namespace {
 
-using Lines = std::vector<std::string>;
-
 class Bench : public testing::Test {
 protected:
     void SetUp() override {

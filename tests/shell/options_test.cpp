@@ -11,7 +11,6 @@
 
 #include <filesystem>
 #include <gtest/gtest.h>
-#include <string>
 
 namespace brindlemoth {
 namespace {

@@ -29,11 +29,5 @@ TEST(CommandText, NumbersReadAsAtoiReadsThemOn64Bits) {
         EXPECT_EQ(read_number(row.text), row.number) << row.text;
 }
 
-TEST(CommandText, OnlySpacesAreBlank) {
-    EXPECT_STREQ(skip_blanks("   a b"), "a b");
-    EXPECT_STREQ(skip_blanks(" \t a"), "\t a");
-    EXPECT_STREQ(skip_blanks("   "), "");
-}
-
 } // namespace
 } // namespace brindlemoth

@@ -1,9 +1,9 @@
 // What the engine prints, for tests that run searches and commands inside the test program.
 #pragma once
 
+#include "support/support.h"
+
 #include <functional>
-#include <string>
-#include <vector>
 
 namespace brindlemoth {
 

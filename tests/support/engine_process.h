@@ -9,10 +9,10 @@
 // on its length. What the engine prints while it is sent a text must fit into a pipe (1 MiB).
 #pragma once
 
+#include "support/support.h"
+
 #include <optional>
-#include <string>
 #include <sys/types.h>
-#include <vector>
 
 namespace brindlemoth {
 

@@ -11,6 +11,8 @@
 
 namespace brindlemoth {
 
+using Lines = std::vector<std::string>;
+
 // A position set up from a FEN text.
 Position position_from(const std::string& fen);
 
