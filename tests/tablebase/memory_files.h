@@ -32,6 +32,9 @@ std::string constant_table(bool split, const std::string& piece_header, std::uin
 enum class FailingOperation { NONE, SIZE, MAPPING, VIEW, UNMAP, CLOSE_MAPPING };
 void make_fail(FailingOperation operation);
 
+// How many of the engine's allocations still succeed; negative: all of them.
+extern int allocations_left;
+
 // The number that the failed operation leaves behind.
 constexpr unsigned long MEMORY_FILE_ERROR = 1234;
 

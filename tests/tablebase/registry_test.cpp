@@ -7,43 +7,11 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <fstream>
 #include <gtest/gtest.h>
 
 namespace brindlemoth {
 
 namespace {
-
-// The sides of so many men besides the king, from strong to weak.
-std::vector<std::string> sides(std::size_t men) {
-    if (men == 0)
-        return {""};
-    const std::string letters = "QRBNP";
-    std::vector<std::string> list;
-    for (const char letter : letters) {
-        for (const std::string& rest : sides(men - 1)) {
-            if (rest.empty() || letters.find(letter) <= letters.find(rest[0]))
-                list.push_back(letter + rest);
-        }
-    }
-    return list;
-}
-
-// Of sides of equal length the stronger stands first.
-std::vector<std::string> all_signatures() {
-    std::vector<std::string> names;
-    constexpr std::size_t shapes[][2] = {{1, 0}, {1, 1}, {2, 0}, {2, 1}, {3, 0}, {2, 2},
-                                         {3, 1}, {4, 0}, {5, 0}, {4, 1}, {3, 2}};
-    for (const auto& [first, second] : shapes) {
-        const std::vector<std::string> one = sides(first);
-        const std::vector<std::string> two = sides(second);
-        for (std::size_t i = 0; i < one.size(); ++i) {
-            for (std::size_t j = first == second ? i : 0; j < two.size(); ++j)
-                names.push_back("K" + one[i] + "vK" + two[j]);
-        }
-    }
-    return names;
-}
 
 std::string blank(std::size_t size) {
     return std::string(size, '\0');
@@ -63,15 +31,6 @@ int occupied_slots() {
     return static_cast<int>(
         std::count_if(table_hash, table_hash + TABLE_HASH_SIZE,
                       [](const TableHashSlot& slot) { return slot.entry != nullptr; }));
-}
-
-// Views of files of a directory in this process.
-int mapped_files(const std::string& directory) {
-    std::ifstream maps("/proc/self/maps");
-    int count = 0;
-    for (std::string line; std::getline(maps, line);)
-        count += line.find(directory) != std::string::npos ? 1 : 0;
-    return count;
 }
 
 // What is said on both outputs while the path is taken.
@@ -222,24 +181,6 @@ TEST_F(Registry, SplitsThePath) {
         for (const char letter : {'Q', 'R', 'B'})
             found.append(entry_of(std::string("K") + letter + "vK") != nullptr ? 1 : 0, letter);
         EXPECT_EQ(found, c.found) << c.path;
-    }
-}
-
-TEST_F(Registry, MapsAtTheFirstProbeAndLetsGo) {
-    SKIP_WITHOUT_TABLES();
-    const std::string directory = syzygy_directory();
-    std::mt19937 random(3);
-    for (const std::string& next : {directory, directory + "/nothing", std::string()}) {
-        syzygy_init(directory.c_str());
-        EXPECT_EQ(mapped_files(directory), 0);
-        for (const std::string& name : four_men_signatures()) {
-            int success;
-            syzygy_dtz(random_board(name, random), success);
-            EXPECT_NE(success, 0) << name;
-        }
-        EXPECT_GE(mapped_files(directory), static_cast<int>(four_men_signatures().size()));
-        syzygy_init(next.c_str());
-        EXPECT_EQ(mapped_files(directory), 0);
     }
 }
 

@@ -1,8 +1,9 @@
-// The probes at known positions, and the move that the tables choose at the root.
+// The move that the tables choose at the root, and how `go` tells it.
 
 #include "board/bitboard.h"
 #include "board/make_move.h"
 #include "movegen/legality.h"
+#include "support/engine_process.h"
 #include "support/support.h"
 #include "tablebase/probe.h"
 #include "tablebase/root_probe.h"
@@ -46,6 +47,18 @@ bool contains(const std::vector<Move>& moves, Move move) {
     return std::find(moves.begin(), moves.end(), move) != moves.end();
 }
 
+using Lines = std::vector<std::string>;
+
+Lines ask(EngineProcess& engine, const std::string& position, const std::string& go = "go") {
+    engine.send("position fen " + position);
+    engine.send(go);
+    return engine.read_until("bestmove");
+}
+
+Lines table_answer(const std::string& move) {
+    return {"info depth 1 seldepth 1 score cp 0 nodes 1 tbhits 1 pv " + move, "bestmove " + move};
+}
+
 } // namespace
 
 // What a FEN may say and no game can: the move is legal all the same, or there is none.
@@ -79,11 +92,10 @@ TEST_F(RootProbe, OddFieldsOfAFen) {
 
 TEST_F(RootProbe, KeepsTheValueAndTheDistance) {
     std::mt19937 random(2024);
-    std::vector<std::string> signatures = three_men_signatures();
-    signatures.insert(signatures.end(), four_men_signatures().begin(), four_men_signatures().end());
+    const std::vector<std::string> signatures = all_signatures();
     int decided = 0;
     for (int i = 0; i < 10000; ++i) {
-        const ProbeBoard board = random_board(signatures[random() % signatures.size()], random);
+        const ProbeBoard board = random_board(signatures[random() % 35], random);
         Position position = position_of(board);
         const Position before = position;
         Move chosen;
@@ -156,23 +168,68 @@ TEST_F(RootProbe, RookMatesFromEverywhere) {
 }
 
 TEST_F(RootProbe, NoMoveToChoose) {
-    const struct {
-        const char* fen;
-        std::uint16_t root;
-    } cases[] = {
-        {"k6R/8/1K6/8/8/8/8/8 b - - 0 1", ROOT_MATED},
-        {"7k/8/6QK/8/8/8/8/8 b - - 0 1", ROOT_STALEMATE},
-        {"k7/8/8/8/8/8/8/KQRBN3 w - - 0 1", ROOT_FAILED}, // no table of 6 men
-        {"k7/8/8/8/8/8/8/R6R w - - 0 1", ROOT_FAILED},    // no white king
-    };
-    for (const auto& c : cases) {
-        Position position = position_from(c.fen);
+    EXPECT_EQ(syzygy_root(board_from("k6R/8/1K6/8/8/8/8/8 b - - 0 1")), ROOT_MATED);
+    EXPECT_EQ(syzygy_root(board_from("7k/8/6QK/8/8/8/8/8 b - - 0 1")), ROOT_STALEMATE);
+    // No table of 6 men; no white king.
+    for (const char* const fen :
+         {"k7/8/8/8/8/8/8/KQRBN3 w - - 0 1", "k7/8/8/8/8/8/8/R6R w - - 0 1"}) {
+        Position position = position_from(fen);
         Move move = MOVE_NULL;
-        EXPECT_EQ(syzygy_root_move(position, move), c.root != ROOT_FAILED) << c.fen;
-        EXPECT_EQ(move, MOVE_NONE) << c.fen;
-        if (board_is_sane(board_of(position))) {
-            EXPECT_EQ(syzygy_root(board_of(position)), c.root) << c.fen;
+        EXPECT_FALSE(syzygy_root_move(position, move)) << fen;
+        EXPECT_EQ(move, MOVE_NONE) << fen;
+    }
+}
+
+TEST_F(RootProbe, GoAnswersInTwoLines) {
+    EngineProcess engine;
+    engine.send("setoption name SyzygyPath value " + syzygy_directory());
+    EXPECT_EQ(ask(engine, "k7/8/1K6/8/8/8/8/7R w - - 0 1"), table_answer("h1h8"));
+    EXPECT_EQ(ask(engine, "k7/8/8/8/8/8/3qQ3/K7 w - - 0 1", "go depth 3"), table_answer("e2d2"));
+    EXPECT_EQ(ask(engine, "8/8/1K6/8/1P6/8/8/k7 w - - 30 60", "go infinite"), table_answer("b4b5"));
+    EXPECT_EQ(ask(engine, "8/P7/8/8/8/8/7k/K7 w - - 0 1"), table_answer("a7a8q"));
+    // A drawn position has the same answer every time.
+    const Lines draw = ask(engine, "8/8/8/8/8/2k5/7R/K6r w - - 0 1");
+    EXPECT_EQ(ask(engine, "8/8/8/8/8/2k5/7R/K6r w - - 0 1"), draw);
+    // Nothing to play, castling rights, too many men: the normal ways.
+    EXPECT_EQ(ask(engine, "k6R/8/1K6/8/8/8/8/8 b - - 0 1"), Lines{"bestmove 0000"});
+    EXPECT_EQ(ask(engine, "7k/8/6QK/8/8/8/8/8 b - - 0 1"), Lines{"bestmove 0000"});
+    EXPECT_NE(ask(engine, "4k3/8/8/8/8/8/8/4K2R w K - 0 1", "go depth 2").front(),
+              "info depth 1 seldepth 1 score cp 0 nodes 1 tbhits 1 pv h1h8");
+    EXPECT_GT(ask(engine, "4k3/8/8/8/8/8/8/4K2R w K - 0 1", "go depth 3").size(), 2U);
+    EXPECT_GT(ask(engine, "4k2r/7p/8/8/8/8/8/4K2R w - - 0 1", "go depth 3").size(), 2U);
+    // An empty path and "<empty>" leave the tables in force; a path without tables does not.
+    engine.send("setoption name SyzygyPath value <empty>");
+    EXPECT_EQ(ask(engine, "k7/8/1K6/8/8/8/8/7R w - - 0 1"), table_answer("h1h8"));
+    engine.send("setoption name SyzygyPath value /no/such/place");
+    EXPECT_NE(ask(engine, "k7/8/1K6/8/8/8/8/7R w - - 0 1", "go depth 3"), table_answer("h1h8"));
+    engine.close_input();
+    EXPECT_EQ(engine.wait_for_exit(), 0);
+    EXPECT_EQ(engine.errors(), "");
+}
+
+TEST_F(RootProbe, RookMatesByGoAlone) {
+    EngineProcess engine;
+    engine.send("setoption name SyzygyPath value " + syzygy_directory());
+    std::mt19937 random(11);
+    for (int game = 0; game < 20; ++game) {
+        const ProbeBoard board = random_board("KRvK", random);
+        int success;
+        const int dtz = syzygy_dtz(board, success);
+        if (dtz == 0)
+            continue;
+        // From either side the mate comes on the very ply that the distance says; a lost side that
+        // is mated already has the distance -1.
+        std::string position = board_text(board) + " moves";
+        int plies = 0;
+        for (; plies <= 40; ++plies) {
+            const Lines lines = ask(engine, position);
+            if (lines == Lines{"bestmove 0000"})
+                break;
+            const std::string move = lines.back().substr(9);
+            ASSERT_EQ(lines, table_answer(move));
+            position += " " + move;
         }
+        EXPECT_TRUE(plies == std::abs(dtz) || (plies == 0 && dtz == -1)) << position;
     }
 }
 

@@ -17,18 +17,45 @@ std::string syzygy_directory() {
     return std::filesystem::is_directory(path) ? path : std::string();
 }
 
-const std::vector<std::string>& three_men_signatures() {
-    static const std::vector<std::string> names = {"KQvK", "KRvK", "KBvK", "KNvK", "KPvK"};
+// The sides of so many men besides the king, from strong to weak.
+static std::vector<std::string> sides(std::size_t men) {
+    if (men == 0)
+        return {""};
+    const std::string letters = "QRBNP";
+    std::vector<std::string> list;
+    for (const char letter : letters) {
+        for (const std::string& rest : sides(men - 1)) {
+            if (rest.empty() || letters.find(letter) <= letters.find(rest[0]))
+                list.push_back(letter + rest);
+        }
+    }
+    return list;
+}
+
+// Of sides of equal length the stronger stands first.
+std::vector<std::string> all_signatures() {
+    std::vector<std::string> names;
+    constexpr std::size_t shapes[][2] = {{1, 0}, {1, 1}, {2, 0}, {2, 1}, {3, 0}, {2, 2},
+                                         {3, 1}, {4, 0}, {5, 0}, {4, 1}, {3, 2}};
+    for (const auto& [first, second] : shapes) {
+        const std::vector<std::string> one = sides(first);
+        const std::vector<std::string> two = sides(second);
+        for (std::size_t i = 0; i < one.size(); ++i) {
+            for (std::size_t j = first == second ? i : 0; j < two.size(); ++j)
+                names.push_back("K" + one[i] + "vK" + two[j]);
+        }
+    }
     return names;
 }
 
-const std::vector<std::string>& four_men_signatures() {
-    static const std::vector<std::string> names = {
-        "KQvKQ", "KQvKR", "KQvKB", "KQvKN", "KQvKP", "KRvKR", "KRvKB", "KRvKN", "KRvKP", "KBvKB",
-        "KBvKN", "KBvKP", "KNvKN", "KNvKP", "KPvKP", "KQQvK", "KQRvK", "KQBvK", "KQNvK", "KQPvK",
-        "KRRvK", "KRBvK", "KRNvK", "KRPvK", "KBBvK", "KBNvK", "KBPvK", "KNNvK", "KNPvK", "KPPvK",
-    };
-    return names;
+std::vector<std::string> three_men_signatures() {
+    const std::vector<std::string> all = all_signatures();
+    return {all.begin(), all.begin() + 5};
+}
+
+std::vector<std::string> four_men_signatures() {
+    const std::vector<std::string> all = all_signatures();
+    return {all.begin() + 5, all.begin() + 35};
 }
 
 std::string read_file(const std::string& path) {

@@ -20,9 +20,10 @@ std::string syzygy_directory();
     if (syzygy_directory().empty())                                                                \
     GTEST_SKIP() << "no genuine tables"
 
-// All signatures of 3 men and of 4, in the order of discovery.
-const std::vector<std::string>& three_men_signatures();
-const std::vector<std::string>& four_men_signatures();
+// All signatures, and those of 3 men and of 4, in the order of discovery.
+std::vector<std::string> all_signatures();
+std::vector<std::string> three_men_signatures();
+std::vector<std::string> four_men_signatures();
 
 std::string read_file(const std::string& path);
 void write_file(const std::string& path, const std::string& content);
