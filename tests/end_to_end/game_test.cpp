@@ -74,10 +74,5 @@ TEST(Game, WholeGameEndsByTheRules) {
     play_game("position startpos", position_from(starting_fen));
 }
 
-TEST(Game, WonEndgameEndsByTheRules) {
-    const std::string fen = "8/3k4/8/8/8/8/3PPK2/8 w - - 0 1";
-    play_game("position fen " + fen, position_from(fen));
-}
-
 } // namespace
 } // namespace brindlemoth

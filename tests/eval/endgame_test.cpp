@@ -22,7 +22,6 @@ TEST(EndgameBonus, Patterns) {
         {"light bishop, right corner", "k7/8/1K6/8/8/8/8/4NB2 w - - 0 1", 200 + 100},
         {"bishop and knight, far king", "8/8/8/3k4/8/8/8/2B1N2K w - - 0 1", 110 + 60},
         {"bridge", "3K4/3P2k1/8/8/8/8/r7/5R2 w - - 0 1", 20 * (15 + 3)},
-        {"bridge, king not cut off", "3K4/3Pk3/8/8/8/8/r7/5R2 w - - 0 1", 0},
         {"bridge, rook pawn", "K7/P2k4/8/8/8/8/r7/1R6 w - - 0 1", 0},
         {"bridge, own king two files off", "5K2/3P3k/8/8/8/8/r7/5R2 w - - 0 1", 0},
     };
@@ -44,14 +43,10 @@ TEST(EndgameScale, Factors) {
         {"drawn pawn ending", "8/3k4/8/3K4/3P4/8/8/8 w - - 0 1", 150, 0},
         {"won pawn ending", "8/3k4/8/3K4/3P4/8/8/8 b - - 0 1", 150, 256},
         {"won, but the value favours the bare king", "8/3k4/8/3K4/3P4/8/8/8 b - - 0 1", -5, 16},
-        {"pawn on the last rank", "P7/3k4/8/3K4/8/8/8/8 w - - 0 1", 150, 0},
 
         {"wrong bishop", "8/1k6/8/P7/8/8/8/2B1K3 w - - 0 1", 300, 0},
-        {"right bishop", "8/1k6/8/P7/8/8/8/3BK3 w - - 0 1", 300, 256},
         {"wrong bishop, king two squares off", "8/2k5/8/P7/8/8/8/2B1K3 w - - 0 1", 300, 256},
         {"wrong bishop, doubled pawns on the h-file", "6k1/8/7P/7P/8/8/8/3BK3 w - - 0 1", 300, 0},
-        {"wrong bishop, pawns on both wings", "1k6/8/8/P6P/8/8/8/2B1K3 w - - 0 1", 300, 256},
-        {"two wrong bishops", "1k6/8/8/P7/8/8/8/B1B1K3 w - - 0 1", 300, 0},
         {"the weak king is not bare", "1k6/7p/8/P7/8/8/8/2B1K3 w - - 0 1", 300, 256},
 
         {"third-rank defence", "3k4/8/r7/3P4/2K5/8/8/1R6 w - - 0 1", 200, 0},
@@ -62,10 +57,8 @@ TEST(EndgameScale, Factors) {
          256},
         {"blockade, king two from the pawn, waiting", "8/8/3k4/3P4/8/3K4/8/1R5r b - - 0 1", 200, 0},
         {"blockade, king beside the rook", "8/8/3k4/3P4/8/8/7K/1R5r b - - 0 1", 200, 256},
-        {"a pawn of the weak side", "3k4/7p/r7/3P4/2K5/8/8/1R6 w - - 0 1", 200, 256},
 
         {"rook against nothing", "4k3/8/8/8/8/8/8/R3K3 w - - 0 1", 600, 64},
-        {"rook and knight against nothing", "4k3/8/8/8/8/8/8/R3K1N1 w - - 0 1", 900, 128},
         {"rook and knight against rook", "r3k3/8/8/8/8/8/8/R3K1N1 w - - 0 1", 300, 16},
         {"queen against rook", "r3k3/8/8/8/8/8/8/Q3K3 w - - 0 1", 500, 64},
         {"level material, no pawns, value 0", "r3k3/8/8/8/8/8/8/R3K3 w - - 0 1", 0, 16},
@@ -73,9 +66,7 @@ TEST(EndgameScale, Factors) {
 
         {"opposite bishops, no pawns", "2b1k3/8/8/8/8/8/8/2B1K3 w - - 0 1", 30, 16},
         {"opposite bishops, 2 pawns", "2b1k3/p7/8/8/8/8/P7/2B1K3 w - - 0 1", 30, 32},
-        {"opposite bishops, 4 pawns", "2b1k3/pp6/8/8/8/8/PP6/2B1K3 w - - 0 1", 30, 96},
         {"opposite bishops, 5 pawns", "2b1k3/pp6/8/8/8/8/PPP5/2B1K3 w - - 0 1", 30, 160},
-        {"bishops of one colour", "4kb2/pp6/8/8/8/8/PPP5/2B1K3 w - - 0 1", 30, 256},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.what);

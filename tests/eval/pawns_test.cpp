@@ -65,15 +65,5 @@ TEST(Pawns, BonusesByRank) {
     }
 }
 
-TEST(Pawns, AnEvictedSlotIsComputedAnew) {
-    for_random_positions(2000, 42, [](Position& position) {
-        const Score value = evaluate_pawns(position);
-        PawnEntry& entry = pawn_cache[position.pawn_key % PAWN_CACHE_SIZE];
-        ASSERT_EQ(entry.key, position.pawn_key);
-        entry = {position.pawn_key ^ PAWN_CACHE_SIZE, S(1, 1)};
-        ASSERT_EQ(evaluate_pawns(position), value);
-    });
-}
-
 } // namespace
 } // namespace brindlemoth

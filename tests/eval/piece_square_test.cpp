@@ -69,12 +69,5 @@ TEST(PieceSquares, ColourMirrorsSumToZeroInBothStyles) {
     }
 }
 
-TEST(GamePhase, CountsPiecesUpToTheCap) {
-    EXPECT_EQ(game_phase(position_from(starting_fen)), 24);
-    EXPECT_EQ(game_phase(position_from("QQQQQQQQ/Q7/8/8/8/8/q7/qqqqqqqq w - - 0 1")), 24);
-    EXPECT_EQ(game_phase(position_from("4k3/pppp4/8/8/8/8/PPPP4/4K3 w - - 0 1")), 0);
-    EXPECT_EQ(game_phase(position_from("n1b1k3/8/8/8/8/8/8/R3KQ2 w - - 0 1")), 1 + 1 + 2 + 4);
-}
-
 } // namespace
 } // namespace brindlemoth

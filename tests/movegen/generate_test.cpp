@@ -123,11 +123,6 @@ TEST(Legality, EqualsPlayingTheMove) {
     }
 }
 
-TEST(Legality, AttacksOfAPieceThatIsNone) {
-    EXPECT_EQ(attacks_from(6, E4, WHITE, 0), 0U);
-    EXPECT_EQ(attacks_from(QUEEN, E4, WHITE, ~0ULL), king_attacks[E4]);
-}
-
 // Boards that no game reaches: the list stops at its capacity and holds no move twice.
 TEST(Generators, SurplusMovesAreDropped) {
     for (const char* fen : {"QQQQQQQQ/8/Q6Q/Q6Q/Q6Q/Q6Q/Q6Q/QQQQKQQQ w - - 0 1",

@@ -11,23 +11,6 @@ protected:
     void TearDown() override { clear_history(); }
 };
 
-TEST_F(History, CellsArePulledTowardTheirLimit) {
-    const struct {
-        std::int32_t before;
-        int amount;
-        std::int32_t after;
-    } ROWS[] = {
-        {0, 100, 100},     {16384, 100, 16384},   {-16384, -100, -16384}, {16384, -100, 16184},
-        {8192, 100, 8242}, {100, 1, 101},         {-100, 100, 0},         {-16383, 1, -16382},
-        {0, 16129, 16129}, {16129, 16129, 16381},
-    };
-    for (const auto& row : ROWS) {
-        std::int32_t cell = row.before;
-        update_cell(cell, row.amount);
-        EXPECT_EQ(cell, row.after) << row.before << ' ' << row.amount;
-    }
-}
-
 TEST_F(History, AgeingHalvesTowardZeroAndClearsTheKillers) {
     constexpr std::int32_t BEFORE[] = {-5, 5, -1, 1, 16384};
     constexpr std::int32_t AFTER[] = {-2, 2, 0, 0, 8192};
