@@ -86,6 +86,7 @@ TEST(TablegenLong, MadeUpFilesOfFiveMenAndMore) {
     using tablegen::FileKind;
     const MadeUpStream constant{Values::CONSTANT, 0, {}};
     const MadeUpStream runs{Values::SHORT_RUNS, 0, {}};
+    const MadeUpStream long_runs{Values::LONG_RUNS, 0, {}};
     const MadeUpStream wide{Values::SHORT_RUNS,
                             tablegen::DTZ_MAPPED | tablegen::DTZ_WIDE_MAPS |
                                 tablegen::DTZ_BLACK_TO_MOVE,
@@ -100,6 +101,9 @@ TEST(TablegenLong, MadeUpFilesOfFiveMenAndMore) {
          false,
          {{Values::CONSTANT, tablegen::DTZ_BLACK_TO_MOVE, {}}, wide},
          5},
+        {"KBNvK", FileKind::WDL, true, {runs}, 1},
+        // Two groups of two pawns each: some 130 million values on file d.
+        {"KPPvKPP", FileKind::DTZ, false, {constant, constant, constant, long_runs}, 3},
         {"KPPPPvK", FileKind::WDL, true, {constant, constant, constant, runs}, 1},
         {"KPPPPPvK", FileKind::WDL, true, {constant, constant, constant, runs}, 1},
     };

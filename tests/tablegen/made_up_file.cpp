@@ -119,7 +119,59 @@ static tablegen::TableFile make_wdl_companion(const tablegen::Signature& signatu
     return file;
 }
 
+namespace {
+
+struct SymbolShape {
+    std::size_t values;
+    int depth;
+};
+
+} // namespace
+
+static SymbolShape shape_of(const tablegen::CompressedStream& stream, std::size_t symbol) {
+    const tablegen::Symbol& pair = stream.symbols[symbol];
+    if (pair.right == tablegen::LEAF)
+        return {1, 0};
+    const SymbolShape left = shape_of(stream, pair.left);
+    const SymbolShape right = shape_of(stream, pair.right);
+    return {left.values + right.values, 1 + std::max(left.depth, right.depth)};
+}
+
+// Decodes some blocks, to see where their codes lie.
+static void look_at_codes(const tablegen::CompressedStream& stream, ReadBack& result) {
+    std::vector<SymbolShape> shapes;
+    for (std::size_t symbol = 0; symbol < stream.symbols.size(); ++symbol) {
+        shapes.push_back(shape_of(stream, symbol));
+        result.pair_depth = std::max(result.pair_depth, shapes.back().depth);
+    }
+    const auto& first = stream.first_symbol;
+    std::vector<std::uint64_t> base(first.size(), 0); // the least code of each length
+    for (std::size_t i = first.size() - 1; i-- > 0;)
+        base[i] = (base[i + 1] + first[i] - first[i + 1]) / 2;
+    const std::size_t size = std::size_t{1} << stream.block_size_log2;
+    const std::size_t blocks = std::min<std::size_t>(stream.blocks.size() / size, 200);
+    for (std::size_t block = 0; block < blocks; ++block) {
+        std::size_t bit = 0;
+        for (std::size_t values = 0; values <= stream.block_lengths[block];) {
+            const std::size_t start = bit;
+            std::uint64_t code = 0;
+            std::size_t length = 0;
+            const auto shortest = static_cast<std::size_t>(stream.min_code_length);
+            while (length < shortest || code < base[length - shortest]) {
+                const unsigned byte = stream.blocks[block * size + bit / 8];
+                code = code << 1 | (byte >> (7 - bit % 8) & 1);
+                ++bit;
+                ++length;
+            }
+            values += shapes[first[length - shortest] + code - base[length - shortest]].values;
+            result.crossings += start / 32 != (bit - 1) / 32 ? 1 : 0;
+        }
+    }
+}
+
 static void look_at_stream(const tablegen::CompressedStream& stream, ReadBack& result) {
+    if (!stream.constant)
+        look_at_codes(stream, result);
     result.blocks += stream.blocks.size() >> stream.block_size_log2;
     result.longest_code = std::max(result.longest_code, stream.max_code_length);
     const std::uint64_t half = stream.constant ? 0 : std::uint64_t{1} << (stream.index_bits - 1);
@@ -185,6 +237,7 @@ ReadBack write_and_read(const MadeUpFile& made_up) {
         const tablegen::FilePosition& position = made.file.positions[s / sides];
         const tablegen::FileStream& stream = position.streams[s % sides];
         look_at_stream(stream.data, result);
+        result.later_turns += stream.order.order != 0 ? 1 : 0;
         if (symmetric && s % sides == 1)
             continue; // nobody asks for the second side of equal sides
         const auto numbering = make_numbering(signature, static_cast<int>(s / sides), stream.order);

@@ -59,7 +59,7 @@ TEST(MadeUpFiles, WdlOfEveryShape) {
         {"KQvK", FileKind::WDL, true, {stream_of(Values::NOISE)}, 1},
         {"KRvK", FileKind::WDL, true, {constant}, 1},
         {"KRvKR", FileKind::WDL, false, {long_runs}, 1},
-        {"KNvKN", FileKind::WDL, true, {stream_of(Values::LONG_RUNS, 0, dense_index)}, 5},
+        {"KNvKN", FileKind::WDL, true, {stream_of(Values::LONG_RUNS, 0, dense_index)}, 1},
         {"KBBvK", FileKind::WDL, true, {stream_of(Values::SHORT_RUNS, 0, sparse_index)}, 1},
         // Pawns of one side, of both, and constant streams among others.
         {"KPvK", FileKind::WDL, true, {stream_of(Values::NOISE, 0, sparse_index)}, 1},
@@ -67,8 +67,13 @@ TEST(MadeUpFiles, WdlOfEveryShape) {
         {"KNvKP", FileKind::WDL, true, {constant, short_runs, constant}, 1},
         {"KPvKP", FileKind::WDL, false, {short_runs, constant, constant, long_runs}, 1},
     };
-    for (const MadeUpFile& file : files)
-        expect_all_right(file);
+    int later_turns = 0;
+    for (const MadeUpFile& file : files) {
+        ReadBack looked_at;
+        expect_all_right(file, &looked_at);
+        later_turns += looked_at.later_turns;
+    }
+    EXPECT_GE(later_turns, 3);
 }
 
 TEST(MadeUpFiles, DtzOfEveryShape) {
@@ -101,8 +106,13 @@ TEST(MadeUpFiles, DtzOfEveryShape) {
           stream_of(Values::CONSTANT, LOSSES_IN_PLIES | BLACK_TO_MOVE)},
          1},
     };
-    for (const MadeUpFile& file : files)
-        expect_all_right(file);
+    int later_turns = 0;
+    for (const MadeUpFile& file : files) {
+        ReadBack looked_at;
+        expect_all_right(file, &looked_at);
+        later_turns += looked_at.later_turns;
+    }
+    EXPECT_GE(later_turns, 3);
 }
 
 TEST(MadeUpFiles, LongCodesAndLongWalks) {
@@ -110,20 +120,32 @@ TEST(MadeUpFiles, LongCodesAndLongWalks) {
     expect_all_right({"KQvKR", FileKind::DTZ, false, {{Values::SKEWED, 0, no_pairs}}, 1},
                      &looked_at);
     EXPECT_GE(looked_at.longest_code, 18);
-    expect_all_right({"KBNvK", FileKind::WDL, true, {{Values::NOISE, 0, sparse_index}}, 7},
+    EXPECT_GE(looked_at.crossings, 1000U);
+    expect_all_right({"KBBvK", FileKind::WDL, true, {{Values::NOISE, 0, sparse_index}}, 1},
                      &looked_at);
     EXPECT_GE(looked_at.blocks, 1000U);
-    EXPECT_GE(looked_at.walks_back, 10U);
-    EXPECT_GE(looked_at.walks_on, 10U);
+    EXPECT_GE(looked_at.walks_back, 6U);
+    EXPECT_GE(looked_at.walks_on, 6U);
+}
+
+TEST(MadeUpFiles, DeepPairs) {
+    ReadBack looked_at;
+    expect_all_right({"KRvK", FileKind::WDL, true, {stream_of(Values::LONG_RUNS)}, 1}, &looked_at);
+    EXPECT_GE(looked_at.pair_depth, 8); // 256 values take as much
+    EXPECT_GE(looked_at.blocks, 2U);
 }
 
 TEST(MadeUpFiles, MoreMen) {
-    // The streams of the first files would hold hundreds of millions of values: they are constant.
+    // Streams that would hold hundreds of millions of values are constant.
     const MadeUpStream constant{Values::CONSTANT, 0, usual};
     const MadeUpStream runs{Values::SHORT_RUNS, 0, usual};
     const MadeUpFile files[] = {
         {"KPPPvK", FileKind::WDL, true, {constant, constant, constant, runs}, 1},
         {"KPPPPvK", FileKind::DTZ, false, {constant, constant, constant, runs}, 1},
+        {"KQQQvK", FileKind::DTZ, false, {stream_of(Values::LONG_RUNS, BLACK_TO_MOVE)}, 1},
+        {"KQRvKBN", FileKind::WDL, true, {constant}, 1},
+        {"KQQvKRR", FileKind::DTZ, false, {constant}, 1},
+        {"KPPvKPP", FileKind::WDL, false, {constant}, 1},
     };
     for (const MadeUpFile& file : files)
         expect_all_right(file);
