@@ -4,6 +4,7 @@
 #include "support/support.h"
 #include "tablebase/syzygy.h"
 #include "tablebase/table_support.h"
+#include "verify/table_reader.h"
 #include "writer/table_maker.h"
 
 #include <gtest/gtest.h>
@@ -37,9 +38,30 @@ static int solved_distance(const tablegen::Table& table, const ProbeBoard& board
     return distance_with_en_passant(table, placement, side, slot);
 }
 
-Comparison compare_with_engine(const tablegen::Table& table) {
+// Whether the distance of a decided position is read from a stream that counts plies. Where the
+// file stores the other side to move, a reader looks one ply ahead, at the other side's values.
+static bool is_exact(const tablegen::TableReader& reader, const tablegen::Table& table,
+                     const ProbeBoard& board, int distance) {
+    const int wdl = tablegen::wdl_of_distance(distance);
+    if (board.ep_square != 0 || std::abs(wdl) != 2)
+        return false;
+    const tablegen::Side side = board.white_to_move == 1 ? tablegen::WHITE : tablegen::BLACK;
+    const auto place = find_position(reader, table.layout, placement_on(table.layout, board), side);
+    if (!place && reader.streams.size() != 1)
+        return false;
+    const int flags = place ? place->stream->flags : reader.streams[0].flags;
+    const bool looks_up_win = (wdl == 2) == place.has_value();
+    return (flags & (looks_up_win ? tablegen::DTZ_WINS_IN_PLIES : tablegen::DTZ_LOSSES_IN_PLIES)) !=
+           0;
+}
+
+Comparison compare_with_engine(const tablegen::Table& table, const std::string& directory) {
     Comparison result;
     const std::string name = name_of(table.layout.signature);
+    tablegen::TableReader reader;
+    EXPECT_EQ(open_table(directory + "/" + name + tablegen::DTZ_EXTENSION, table.layout.signature,
+                         true, reader),
+              "");
     for_all_boards(name, [&](const ProbeBoard& board) {
         const int expected = solved_distance(table, board);
         int success = 0;
@@ -48,8 +70,11 @@ Comparison compare_with_engine(const tablegen::Table& table) {
                                wdl == tablegen::wdl_of_distance(expected);
         const int dtz = syzygy_dtz(board, success);
         const int short_by = std::abs(expected) - std::abs(dtz);
+        const bool exact = is_exact(reader, table, board, expected);
         const bool dtz_right = success != 0 && (expected > 0) == (dtz > 0) &&
-                               (expected < 0) == (dtz < 0) && (short_by == 0 || short_by == 1);
+                               (expected < 0) == (dtz < 0) &&
+                               (short_by == 0 || (short_by == 1 && !exact));
+        result.exact_dtz += exact ? 1 : 0;
         ++result.positions;
         result.wrong_wdl += wdl_right ? 0 : 1;
         result.wrong_dtz += dtz_right ? 0 : 1;

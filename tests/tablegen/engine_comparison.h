@@ -13,13 +13,14 @@ struct Comparison {
     std::uint64_t positions = 0;
     std::uint64_t wrong_wdl = 0;
     std::uint64_t wrong_dtz = 0;
+    std::uint64_t exact_dtz = 0; // read from streams that count plies
     std::string first_wrong;
 };
 
 // Probes every legal position of the table's signature, with en passant where that is possible,
-// in the directories that syzygy_init() was given. A distance may come out one ply short where
-// the files count moves.
-Comparison compare_with_engine(const tablegen::Table& table);
+// in the directory that syzygy_init() was given. A distance may come out one ply short where the
+// stream that it is read from counts moves; it is exact where the stream counts plies.
+Comparison compare_with_engine(const tablegen::Table& table, const std::string& directory);
 
 // Makes both files of a solved endgame.
 void write_table(const tablegen::Table& table, const std::string& directory, int threads);

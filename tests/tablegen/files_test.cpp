@@ -28,7 +28,8 @@ TEST(TablegenFiles, TheEngineReadsWhatWasSolved) {
     syzygy_init(files.directory.path.c_str());
     EXPECT_EQ(syzygy_max_men, 3U);
     for (const tablegen::Signature& signature : three_men) {
-        const Comparison compared = compare_with_engine(*files.tables.at(name_of(signature)));
+        const Comparison compared =
+            compare_with_engine(*files.tables.at(name_of(signature)), files.directory.path);
         EXPECT_EQ(compared.wrong_wdl + compared.wrong_dtz, 0U)
             << name_of(signature) << " of " << compared.positions << ": " << compared.first_wrong;
     }

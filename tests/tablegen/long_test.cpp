@@ -36,9 +36,10 @@ TEST_P(FourMenSignature, EveryPositionAgreesWithTheGenuineTable) {
     SKIP_WITHOUT_TABLES();
     syzygy_init(syzygy_directory().c_str());
     tablegen::TableSet tables;
-    const Comparison compared =
-        compare_with_engine(solve_closure(*tablegen::parse_signature(GetParam()), tables, 2));
-    std::cout << compared.positions << " positions compared\n";
+    const Comparison compared = compare_with_engine(
+        solve_closure(*tablegen::parse_signature(GetParam()), tables, 2), syzygy_directory());
+    std::cout << compared.positions << " positions compared, " << compared.exact_dtz
+              << " of them to the ply\n";
     EXPECT_EQ(compared.wrong_wdl + compared.wrong_dtz, 0U) << compared.first_wrong;
     syzygy_init("");
 }
@@ -75,7 +76,7 @@ TEST(TablegenLong, TheFourMenSetServesTheEngineAsTheGenuineOneDoes) {
     EXPECT_EQ(count_different_root_moves(signatures, 5000, directory.path, syzygy_directory()), 0);
     syzygy_init(directory.path.c_str());
     for (const char* name : {"KPvKP", "KRvKN"}) {
-        const Comparison compared = compare_with_engine(*tables.at(name));
+        const Comparison compared = compare_with_engine(*tables.at(name), directory.path);
         EXPECT_EQ(compared.wrong_wdl + compared.wrong_dtz, 0U)
             << name << " of " << compared.positions << ": " << compared.first_wrong;
     }

@@ -46,8 +46,8 @@ TEST(TablegenSolver, AgreesWithTheGenuineTables) {
     syzygy_init(syzygy_directory().c_str());
     tablegen::TableSet tables;
     for (const char* name : {"KQvK", "KRvK", "KBvK", "KNvK", "KPvK", "KPPvK"}) {
-        const Comparison compared =
-            compare_with_engine(solve_closure(*tablegen::parse_signature(name), tables, 2));
+        const Comparison compared = compare_with_engine(
+            solve_closure(*tablegen::parse_signature(name), tables, 2), syzygy_directory());
         EXPECT_EQ(compared.wrong_wdl + compared.wrong_dtz, 0U)
             << name << " of " << compared.positions << ":" << compared.first_wrong;
     }
