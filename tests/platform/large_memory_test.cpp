@@ -8,7 +8,7 @@ namespace brindlemoth {
 namespace {
 
 TEST(LargeMemory, IsZeroedAndWritableToItsLastByte) {
-    for (const std::size_t megabytes : {1, 2, 3, 64}) {
+    for (const std::size_t megabytes : {1U, 2U, 3U, 64U}) {
         const std::size_t bytes = megabytes << 20;
         auto* const block = static_cast<unsigned char*>(allocate_large(bytes));
         ASSERT_NE(block, nullptr);
