@@ -6,6 +6,7 @@
 #include "tablegen/made_up_file.h"
 
 #include <gtest/gtest.h>
+#include <span>
 
 namespace brindlemoth {
 
@@ -45,6 +46,18 @@ static void expect_all_right(const MadeUpFile& file, ReadBack* looked_at = nullp
         *looked_at = result;
 }
 
+// Reads all the files back. Returns how many of their streams have a leading group of men that does
+// not vary fastest.
+static int later_turns_of(std::span<const MadeUpFile> files) {
+    int later_turns = 0;
+    for (const MadeUpFile& file : files) {
+        ReadBack looked_at;
+        expect_all_right(file, &looked_at);
+        later_turns += looked_at.later_turns;
+    }
+    return later_turns;
+}
+
 static MadeUpStream stream_of(Values values, int dtz_flags = 0,
                               const CompressionSettings& how = usual) {
     return {values, static_cast<std::uint8_t>(dtz_flags), how};
@@ -67,13 +80,7 @@ TEST(MadeUpFiles, WdlOfEveryShape) {
         {"KNvKP", FileKind::WDL, true, {constant, short_runs, constant}, 1},
         {"KPvKP", FileKind::WDL, false, {short_runs, constant, constant, long_runs}, 1},
     };
-    int later_turns = 0;
-    for (const MadeUpFile& file : files) {
-        ReadBack looked_at;
-        expect_all_right(file, &looked_at);
-        later_turns += looked_at.later_turns;
-    }
-    EXPECT_GE(later_turns, 3);
+    EXPECT_GE(later_turns_of(files), 3);
 }
 
 TEST(MadeUpFiles, DtzOfEveryShape) {
@@ -106,13 +113,7 @@ TEST(MadeUpFiles, DtzOfEveryShape) {
           stream_of(Values::CONSTANT, LOSSES_IN_PLIES | BLACK_TO_MOVE)},
          1},
     };
-    int later_turns = 0;
-    for (const MadeUpFile& file : files) {
-        ReadBack looked_at;
-        expect_all_right(file, &looked_at);
-        later_turns += looked_at.later_turns;
-    }
-    EXPECT_GE(later_turns, 3);
+    EXPECT_GE(later_turns_of(files), 3);
 }
 
 TEST(MadeUpFiles, LongCodesAndLongWalks) {

@@ -9,15 +9,6 @@ namespace brindlemoth::tablegen {
 
 using MenSquares = std::array<std::size_t, 8>;
 
-static std::uint64_t binomial(std::uint64_t n, std::uint64_t k) {
-    if (n < k)
-        return 0;
-    std::uint64_t result = 1;
-    for (std::uint64_t i = 0; i < k; ++i)
-        result = result * (n - i) / (i + 1);
-    return result;
-}
-
 static std::uint64_t pawn_order(std::size_t square) {
     const std::size_t file = square % 8;
     const std::size_t rank = square / 8;

@@ -7,15 +7,6 @@
 
 namespace brindlemoth::tablegen {
 
-static std::uint64_t binomial(std::uint64_t n, std::uint64_t k) {
-    if (n < k)
-        return 0;
-    std::uint64_t result = 1;
-    for (std::uint64_t i = 0; i < k; ++i)
-        result = result * (n - i) / (i + 1);
-    return result;
-}
-
 namespace {
 
 // A place in the file. Reading past its end gives zeros and is remembered.

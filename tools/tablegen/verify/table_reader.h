@@ -13,6 +13,16 @@
 
 namespace brindlemoth::tablegen {
 
+// n over k, 0 when n is less than k.
+constexpr std::uint64_t binomial(std::uint64_t n, std::uint64_t k) {
+    if (n < k)
+        return 0;
+    std::uint64_t result = 1;
+    for (std::uint64_t i = 0; i < k; ++i)
+        result = result * (n - i) / (i + 1);
+    return result;
+}
+
 struct ReaderGroup {
     std::size_t first;
     std::size_t size;
