@@ -51,9 +51,7 @@ void time_budget(TimeBudget& budget, const SearchLimits& limits, int side) {
         time = UNKNOWN_CLOCK;
     const int usable = std::max(time - CLOCK_RESERVE, LEAST_USABLE);
     const std::int64_t moves = limits.movestogo > 0 ? limits.movestogo : expected_moves(usable);
-    // The increment's product is taken in 32 bits, and wraps there.
-    const int increment_share = static_cast<int>(static_cast<std::uint32_t>(increment) * 3U) / 4;
-    const std::int64_t target = usable / moves + increment_share;
+    const std::int64_t target = usable / moves + std::int64_t{increment} * 3 / 4;
     const std::int64_t cap = static_cast<std::int64_t>(usable) * 2 / 5;
     const std::int64_t hard = std::min(target * 3, cap);
     const std::int64_t soft = std::min(target, hard);

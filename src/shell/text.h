@@ -2,8 +2,10 @@
 // is the space character alone: a tab is part of a word.
 #pragma once
 
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
+#include <limits>
 
 namespace brindlemoth {
 
@@ -18,10 +20,11 @@ inline bool begins_with(const char* text, const char* prefix) {
 }
 
 // The decimal number at the start of the text, behind white space and a sign if they are there; 0
-// when there is none. Beyond 64 bits it saturates, and of the 64 bits the low 32 are the result:
-// 4294967297 reads as 1, on every system.
+// when there is none. A number beyond 32 bits becomes the largest or smallest there is.
 inline int read_number(const char* text) {
-    return static_cast<int>(std::strtoll(text, nullptr, 10));
+    using Limits = std::numeric_limits<int>;
+    const long long number = std::strtoll(text, nullptr, 10);
+    return static_cast<int>(std::clamp<long long>(number, Limits::min(), Limits::max()));
 }
 
 } // namespace brindlemoth

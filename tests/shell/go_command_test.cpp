@@ -40,7 +40,7 @@ TEST(GoCommand, Limits) {
         {"go xinfinite xdepth 5", ""},
         {"go depth\t6", "depth 6 "},
         {"go\tdepth 6", ""}, // a tab is part of a word
-        {"go nodes 2147483648", "nodes -2147483648 "},
+        {"go movetime 4294967295 nodes -3000000000", "movetime 2147483647 nodes -2147483648 "},
         {"go depthinfinite", ""}, // one word, one meaning
     };
     for (const auto& row : ROWS)

@@ -5,7 +5,7 @@
 namespace brindlemoth {
 namespace {
 
-TEST(CommandText, NumbersReadAsAtoiReadsThemOn64Bits) {
+TEST(CommandText, NumbersSaturateAt32Bits) {
     const struct {
         const char* text;
         int number;
@@ -17,14 +17,9 @@ TEST(CommandText, NumbersReadAsAtoiReadsThemOn64Bits) {
                 {"  \t\r\n 42", 42},
                 {"+6", 6},
                 {"--6", 0},
-                {"-2147483648", -2147483647 - 1},
-                {"2147483648", -2147483647 - 1},
-                {"4294967297", 1},
-                {"-4294967299", -3},
-                {"9223372036854775807", -1},
-                {"9223372036854775808", -1}, // saturates at 64 bits
-                {"-9223372036854775808", 0},
-                {"-9999999999999999999999", 0}};
+                {"2147483648", 2147483647},
+                {"-4294967299", -2147483647 - 1},
+                {"9999999999999999999999", 2147483647}};
     for (const auto& row : ROWS)
         EXPECT_EQ(read_number(row.text), row.number) << row.text;
 }
