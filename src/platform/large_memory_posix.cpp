@@ -26,7 +26,9 @@ void* allocate_large(std::size_t bytes) {
         munmap(begin, lead);
     char* const block = begin + lead;
     munmap(block + bytes, reserved - lead - bytes);
+#ifdef MADV_HUGEPAGE
     madvise(block, bytes, MADV_HUGEPAGE); // a wish: small pages serve as well
+#endif
     return block;
 }
 

@@ -11,6 +11,20 @@ TTEntry* tt_table;
 std::uint64_t tt_entry_count;
 std::uint8_t tt_generation;
 
+namespace {
+
+// The system finds and clears a page when it is first written to. That takes its time, and is done
+// here instead of in the middle of a search.
+void touch_pages() {
+    constexpr std::uint64_t SMALLEST_PAGE = 4096;
+    constexpr std::uint64_t ENTRIES_ON_PAGE = SMALLEST_PAGE / sizeof(TTEntry);
+    if (tt_table != nullptr)
+        for (std::uint64_t i = 0; i < tt_entry_count; i += ENTRIES_ON_PAGE)
+            tt_table[i] = TTEntry{};
+}
+
+} // namespace
+
 void tt_resize(int megabytes) {
     tt_release();
     const std::uint64_t bytes = static_cast<std::uint64_t>(megabytes) << 20;
@@ -20,6 +34,7 @@ void tt_resize(int megabytes) {
     while (count * 2 * sizeof(TTEntry) <= bytes);
     tt_entry_count = count;
     tt_table = static_cast<TTEntry*>(allocate_large(count * sizeof(TTEntry)));
+    touch_pages();
 }
 
 void tt_clear() {

@@ -29,7 +29,7 @@ extern std::uint64_t tt_entry_count; // a power of two
 extern std::uint8_t tt_generation;
 
 // Replaces the table by an empty one of the largest power of two of entries that fits into the
-// given MiB, at least 2 entries. If that fails there is no table.
+// given MiB, at least 2 entries, all of its memory touched. If that fails there is no table.
 void tt_resize(int megabytes);
 // Empties the table, if there is one, and starts the generations anew.
 void tt_clear();
