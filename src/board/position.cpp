@@ -1,8 +1,8 @@
 #include "board/position.h"
 
 #include "board/bitboard.h"
+#include "platform/standard_output.h"
 
-#include <cstdio>
 #include <cstring>
 #include <initializer_list>
 
@@ -58,25 +58,23 @@ const char* move_to_text(Move move) {
 
 void print_board(const Position& position) {
     constexpr const char* RULE = "\n  +---+---+---+---+---+---+---+---+\n";
-    std::printf("%s", RULE);
+    print("%s", RULE);
     for (int rank = 7; rank >= 0; --rank) {
-        std::printf("%d |", rank + 1);
+        char row[] = " . | . | . | . | . | . | . | . |";
         for (int file = 0; file < 8; ++file)
-            std::printf(" %c |", "PNBRQKpnbrqk."[position.board[make_square(file, rank)]]);
-        std::printf("%s", RULE);
+            row[4 * file + 1] = "PNBRQKpnbrqk."[position.board[make_square(file, rank)]];
+        print("%d |%s%s", rank + 1, row, RULE);
     }
-    std::printf("    a   b   c   d   e   f   g   h\n");
-    std::printf("\nSide: %s\n", position.side == WHITE ? "white" : "black");
-    std::printf("Castling: %s%s%s%s\n", position.castling & WHITE_SHORT ? "K" : "",
-                position.castling & WHITE_LONG ? "Q" : "",
-                position.castling & BLACK_SHORT ? "k" : "",
-                position.castling & BLACK_LONG ? "q" : "");
+    print("    a   b   c   d   e   f   g   h\n");
+    print("\nSide: %s\n", position.side == WHITE ? "white" : "black");
+    print("Castling: %s%s%s%s\n", position.castling & WHITE_SHORT ? "K" : "",
+          position.castling & WHITE_LONG ? "Q" : "", position.castling & BLACK_SHORT ? "k" : "",
+          position.castling & BLACK_LONG ? "q" : "");
     if (position.ep_square != NO_SQUARE)
-        std::printf("EP square: %c%d\n", 'a' + file_of(position.ep_square),
-                    rank_of(position.ep_square) + 1);
-    std::printf("50-move: %d, Hash: %016llx\n", position.halfmove,
-                static_cast<unsigned long long>(position.key));
-    std::fflush(stdout);
+        print("EP square: %c%d\n", 'a' + file_of(position.ep_square),
+              rank_of(position.ep_square) + 1);
+    print("50-move: %d, Hash: %016llx\n", position.halfmove,
+          static_cast<unsigned long long>(position.key));
 }
 
 } // namespace brindlemoth

@@ -3,15 +3,14 @@
 #include "eval/king_safety.h"
 #include "eval/pawns.h"
 #include "eval/piece_terms.h"
-
-#include <cstdio>
+#include "platform/standard_output.h"
 
 namespace brindlemoth {
 
 namespace {
 
 void print_halves(const char* label, int middle_game, int end_game) {
-    std::printf("%-16s  MG: %+5d  EG: %+5d\n", label, middle_game, end_game);
+    print("%-16s  MG: %+5d  EG: %+5d\n", label, middle_game, end_game);
 }
 
 void print_score(const char* label, Score score) {
@@ -21,8 +20,8 @@ void print_score(const char* label, Score score) {
 } // namespace
 
 void eval_trace(const Position& position) {
-    std::printf("=== Evaluation Trace ===\n");
-    std::printf("Phase: %d/%d\n", game_phase(position), MAX_GAME_PHASE);
+    print("=== Evaluation Trace ===\n");
+    print("Phase: %d/%d\n", game_phase(position), MAX_GAME_PHASE);
     print_score("Material+PST", position.psq);
     print_score("Pawns", evaluate_pawns(position));
     print_score("Mobility",
@@ -38,15 +37,14 @@ void eval_trace(const Position& position) {
     const auto pair = [&](int colour) {
         return more_than_one(position.pieces[colour][BISHOP]) ? mg_value(BISHOP_PAIR) : 0;
     };
-    std::printf("%-16s  %+5d\n", "BishopPair", pair(WHITE) - pair(BLACK));
+    print("%-16s  %+5d\n", "BishopPair", pair(WHITE) - pair(BLACK));
 
     const int white_danger = king_danger(position, WHITE);
     const int black_danger = king_danger(position, BLACK);
-    std::printf("%-16s  W: %d  B: %d  net: %+d\n", "KingSafety", white_danger, black_danger,
-                black_danger - white_danger);
-    std::printf("---\n");
-    std::printf("Total (side-to-move): %+d cp\n", evaluate(position));
-    std::fflush(stdout);
+    print("%-16s  W: %d  B: %d  net: %+d\n", "KingSafety", white_danger, black_danger,
+          black_danger - white_danger);
+    print("---\n");
+    print("Total (side-to-move): %+d cp\n", evaluate(position));
 }
 
 } // namespace brindlemoth

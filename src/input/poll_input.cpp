@@ -1,6 +1,7 @@
 #include "input/poll_input.h"
 
 #include "input/line_reader.h"
+#include "platform/standard_output.h"
 
 #include <cstdio>
 #include <cstring>
@@ -28,8 +29,7 @@ void poll_input() {
         if (std::strcmp(line, "stop") == 0) {
             stop_flag = 1;
         } else if (std::strcmp(line, "isready") == 0) {
-            std::printf("readyok\n");
-            std::fflush(stdout);
+            print("readyok\n");
         } else if (std::strcmp(line, "quit") == 0) {
             stop_flag = 1;
             park_line(line);

@@ -3,9 +3,9 @@
 #include "board/make_move.h"
 #include "movegen/legality.h"
 #include "movegen/movegen.h"
+#include "platform/standard_output.h"
 
 #include <algorithm>
-#include <cstdio>
 
 namespace brindlemoth {
 
@@ -53,15 +53,14 @@ void perft_divide(Position& position, int depth) {
         make_move(position, *move);
         const std::uint64_t count = perft(position, depth - 1);
         unmake_move(position, *move);
-        std::printf("%s: %llu\n", move_to_text(*move), static_cast<unsigned long long>(count));
+        print("%s: %llu\n", move_to_text(*move), static_cast<unsigned long long>(count));
         total += count;
     }
-    std::printf("Total: %llu\n", static_cast<unsigned long long>(total));
-    std::fflush(stdout);
+    print("Total: %llu\n", static_cast<unsigned long long>(total));
 }
 
 void perft_suite() {
-    std::printf("Running perft test suite (%d positions)...\n\n", PERFT_CASE_COUNT);
+    print("Running perft test suite (%d positions)...\n\n", PERFT_CASE_COUNT);
     int passed = 0;
     for (const PerftCase& test : perft_cases) {
         Position position;
@@ -69,12 +68,11 @@ void perft_suite() {
         const std::uint64_t count = perft(position, test.depth);
         const bool pass = count == test.expected;
         passed += pass ? 1 : 0;
-        std::printf("[%s] %s  got %llu  expected %llu\n", pass ? "PASS" : "FAIL", test.label,
-                    static_cast<unsigned long long>(count),
-                    static_cast<unsigned long long>(test.expected));
+        print("[%s] %s  got %llu  expected %llu\n", pass ? "PASS" : "FAIL", test.label,
+              static_cast<unsigned long long>(count),
+              static_cast<unsigned long long>(test.expected));
     }
-    std::printf("\n%d/%d passed\n", passed, PERFT_CASE_COUNT);
-    std::fflush(stdout);
+    print("\n%d/%d passed\n", passed, PERFT_CASE_COUNT);
 }
 
 } // namespace brindlemoth

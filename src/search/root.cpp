@@ -4,6 +4,7 @@
 #include "input/poll_input.h"
 #include "movegen/legality.h"
 #include "platform/clock.h"
+#include "platform/standard_output.h"
 #include "search/history.h"
 #include "search/transposition.h"
 #include "tablebase/syzygy.h"
@@ -29,8 +30,7 @@ constexpr int FRAME_COUNT = MAX_PLY + 4;
 int prev_line_count; // lines of the previous iteration, 0 before the first one ended
 
 void print_best_move(Move move) {
-    std::printf("bestmove %s\n", move_to_text(move));
-    std::fflush(stdout);
+    print("bestmove %s\n", move_to_text(move));
 }
 
 // The move of the endgame tables, or MOVE_NONE when they do not decide.
@@ -105,8 +105,7 @@ void search_root(Position& position, const SearchLimits& limits) {
     std::memset(static_cast<void*>(frames), 0, sizeof frames);
 
     if (const Move move = table_move(position); move != MOVE_NONE) {
-        std::printf("info depth 1 seldepth 1 score cp 0 nodes 1 tbhits 1 pv %s\n",
-                    move_to_text(move));
+        print("info depth 1 seldepth 1 score cp 0 nodes 1 tbhits 1 pv %s\n", move_to_text(move));
         print_best_move(move);
         return;
     }
@@ -162,8 +161,8 @@ void print_info(int depth, int line_index, int score, const Move* pv, int pv_len
            static_cast<unsigned long long>(nps), static_cast<long long>(elapsed));
     for (int i = 0; i < pv_length; ++i)
         append(" %s", move_to_text(pv[i]));
-    std::printf("%s\n", line);
-    std::fflush(stdout);
+    append("\n");
+    write_output(line, static_cast<std::size_t>(out - line));
 }
 
 } // namespace brindlemoth

@@ -4,6 +4,7 @@
 #include "input/line_reader.h"
 #include "input/poll_input.h"
 #include "movegen/perft.h"
+#include "platform/standard_output.h"
 #include "search/history.h"
 #include "search/transposition.h"
 #include "shell/diagnostics.h"
@@ -13,7 +14,6 @@
 #include "shell/text.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <cstring>
 
 namespace brindlemoth {
@@ -29,22 +29,20 @@ struct Command {
 };
 
 void run_uci(const char*, Position&) {
-    std::printf("id name Brindlemoth\n"
-                "id author You\n"
-                "option name Hash type spin default 64 min 1 max 2048\n"
-                "option name Threads type spin default 1 min 1 max 1\n"
-                "option name MultiPV type spin default 1 min 1 max 256\n"
-                "option name OwnBook type check default false\n"
-                "option name BookFile type string default champions.bin\n"
-                "option name Style type combo default PeSTO var PeSTO var Linear\n"
-                "option name SyzygyPath type string default <empty>\n"
-                "uciok\n");
-    std::fflush(stdout);
+    print("id name Brindlemoth\n"
+          "id author You\n"
+          "option name Hash type spin default 64 min 1 max 2048\n"
+          "option name Threads type spin default 1 min 1 max 1\n"
+          "option name MultiPV type spin default 1 min 1 max 256\n"
+          "option name OwnBook type check default false\n"
+          "option name BookFile type string default champions.bin\n"
+          "option name Style type combo default PeSTO var PeSTO var Linear\n"
+          "option name SyzygyPath type string default <empty>\n"
+          "uciok\n");
 }
 
 void run_isready(const char*, Position&) {
-    std::printf("readyok\n");
-    std::fflush(stdout);
+    print("readyok\n");
 }
 
 void run_ucinewgame(const char*, Position& position) {

@@ -4,11 +4,10 @@
 #include "movegen/legality.h"
 #include "movegen/movegen.h"
 #include "platform/clock.h"
+#include "platform/standard_output.h"
 #include "search/history.h"
 #include "search/root.h"
 #include "search/transposition.h"
-
-#include <cstdio>
 
 namespace brindlemoth {
 
@@ -39,12 +38,11 @@ void cmd_bench(int depth) {
     }
     const std::int64_t elapsed = tick_count() - start;
     const std::uint64_t nps = elapsed > 0 ? total * 1000 / static_cast<std::uint64_t>(elapsed) : 0;
-    std::printf("\n=== Bench ===\n");
-    std::printf("Depth   : %d\n", depth);
-    std::printf("Nodes   : %llu\n", static_cast<unsigned long long>(total));
-    std::printf("Time    : %lld ms\n", static_cast<long long>(elapsed));
-    std::printf("NPS     : %llu\n", static_cast<unsigned long long>(nps));
-    std::fflush(stdout);
+    print("\n=== Bench ===\n");
+    print("Depth   : %d\n", depth);
+    print("Nodes   : %llu\n", static_cast<unsigned long long>(total));
+    print("Time    : %lld ms\n", static_cast<long long>(elapsed));
+    print("NPS     : %llu\n", static_cast<unsigned long long>(nps));
 }
 
 void cmd_dupcheck(const Position& position) {
@@ -54,13 +52,12 @@ void cmd_dupcheck(const Position& position) {
     for (int i = 0; i < count; ++i) {
         for (int j = i + 1; j < count; ++j) {
             if (moves[i] == moves[j]) {
-                std::printf("DUPLICATE: %s (indices %d and %d)\n", move_to_text(moves[i]), i, j);
+                print("DUPLICATE: %s (indices %d and %d)\n", move_to_text(moves[i]), i, j);
                 ++duplicates;
             }
         }
     }
-    std::printf("Total pseudo-legal: %d, Duplicates: %d\n", count, duplicates);
-    std::fflush(stdout);
+    print("Total pseudo-legal: %d, Duplicates: %d\n", count, duplicates);
 }
 
 void cmd_illegalcheck(Position& position) {
@@ -84,14 +81,13 @@ void cmd_illegalcheck(Position& position) {
             (bishop_attacks(square, copy.all_pieces) & (them[BISHOP] | them[QUEEN])) != 0;
         const bool orth = (rook_attacks(square, copy.all_pieces) & (them[ROOK] | them[QUEEN])) != 0;
         if (pawn || knight || king || diag || orth) {
-            std::printf("ILLEGAL (king in check): %s  pawn=%d knight=%d king=%d diag=%d orth=%d\n",
-                        move_to_text(*move), pawn, knight, king, diag, orth);
+            print("ILLEGAL (king in check): %s  pawn=%d knight=%d king=%d diag=%d orth=%d\n",
+                  move_to_text(*move), pawn, knight, king, diag, orth);
             ++illegal;
         }
     }
     if (illegal == 0)
-        std::printf("No illegal moves found among move_is_legal=true set.\n");
-    std::fflush(stdout);
+        print("No illegal moves found among move_is_legal=true set.\n");
 }
 
 } // namespace brindlemoth

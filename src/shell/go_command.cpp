@@ -1,10 +1,10 @@
 #include "shell/go_command.h"
 
 #include "book/book.h"
+#include "platform/standard_output.h"
 #include "search/root.h"
 #include "shell/text.h"
 
-#include <cstdio>
 #include <cstring>
 
 namespace brindlemoth {
@@ -47,8 +47,7 @@ void cmd_go(const char* line, Position& position) {
     const SearchLimits limits = read_limits(line);
     if (own_book && !limits.infinite) {
         if (const Move move = book_probe(position); move != MOVE_NONE) {
-            std::printf("bestmove %s\n", move_to_text(move));
-            std::fflush(stdout);
+            print("bestmove %s\n", move_to_text(move));
             return;
         }
     }

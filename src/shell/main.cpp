@@ -1,5 +1,6 @@
-// The process: start-up, then the command loop or one of two batch jobs, then shut-down. The exit
-// status is 0 on every path.
+// The process: start-up, then the command loop or one of two batch jobs, then shut-down. All of
+// these end with exit status 0; only the endgame tables can end the process early, with 1, when the
+// system refuses memory for their registry or the mapping of a file (tablebase/table_file.cpp).
 
 #include "movegen/perft.h"
 #include "shell/command_loop.h"
@@ -9,7 +10,7 @@
 #include <cstdio>
 #include <cstring>
 
-using namespace brindlemoth;
+    using namespace brindlemoth;
 
 static void run_batch_bench(const char* depth_text) {
     constexpr int DEFAULT_DEPTH = 10;
@@ -22,8 +23,6 @@ static void run_batch_bench(const char* depth_text) {
 }
 
 int main(int argc, char** argv) {
-    // Every line reaches the reader when it is printed.
-    std::setvbuf(stdout, nullptr, _IONBF, 0);
     start_engine();
     const char* const job = argc > 1 ? argv[1] : "";
     if (std::strcmp(job, "bench") == 0)

@@ -1,6 +1,7 @@
 #include "tablebase/registry.h"
 
 #include "platform/file_mapping.h"
+#include "platform/standard_output.h"
 #include "tablebase/position_index.h"
 #include "tablebase/probe_board.h"
 #include "tablebase/syzygy.h"
@@ -208,7 +209,7 @@ bool syzygy_file_usable(const char* name, const char* extension) {
         return true;
     const char* const bare_extension = extension + 1;
     std::fprintf(stderr, "Incomplete tablebase file %s.%s\n", name, bare_extension);
-    std::printf("info string Incomplete tablebase file %s.%s\n", name, bare_extension);
+    print("info string Incomplete tablebase file %s.%s\n", name, bare_extension);
     return false;
 }
 
