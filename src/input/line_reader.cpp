@@ -11,6 +11,7 @@ namespace {
 
 // Larger than any line's capacity, so that a full buffer always holds a line or a piece of one.
 constexpr int BUFFER_SIZE = 16384;
+constexpr int SIFTED_LINE_SIZE = 64; // with the terminator
 
 char buffer[BUFFER_SIZE];
 int buffer_begin;
@@ -31,6 +32,15 @@ void fill_buffer() {
     buffer_end += received;
 }
 
+// Copies a line or piece of one and cuts its line feed and carriage returns off.
+void copy_line(char* line, const char* start, int length) {
+    std::memcpy(line, start, static_cast<std::size_t>(length));
+    line[length] = '\0';
+    std::size_t kept = std::strlen(line);
+    while (kept > 0 && (line[kept - 1] == '\n' || line[kept - 1] == '\r'))
+        line[--kept] = '\0';
+}
+
 // Takes the first line or piece of a line out of the buffer. False when its end is not there yet.
 bool take_line(char* line, int capacity) {
     const int available = buffer_end - buffer_begin;
@@ -42,13 +52,8 @@ bool take_line(char* line, int capacity) {
         taken = static_cast<int>(static_cast<const char*>(newline) - start) + 1;
     else if (limit < capacity - 1 && !(input_ended && available > 0))
         return false;
-    std::memcpy(line, start, static_cast<std::size_t>(taken));
-    line[taken] = '\0';
+    copy_line(line, start, taken);
     buffer_begin += taken;
-
-    std::size_t length = std::strlen(line);
-    while (length > 0 && (line[length - 1] == '\n' || line[length - 1] == '\r'))
-        line[--length] = '\0';
     return true;
 }
 
@@ -70,6 +75,33 @@ bool poll_line(char* line, int capacity) {
         fill_buffer();
     }
     return true;
+}
+
+void sift_lines(bool (*act)(const char* line)) {
+    while (!input_ended && buffer_end - buffer_begin < BUFFER_SIZE && input_waiting())
+        fill_buffer();
+    int kept_end = buffer_begin; // what is kept closes up behind the last line that was kept
+    for (int begin = buffer_begin; begin < buffer_end;) {
+        const char* const start = buffer + begin;
+        const int available = buffer_end - begin;
+        const void* const newline = std::memchr(start, '\n', static_cast<std::size_t>(available));
+        const bool finished = newline != nullptr || input_ended;
+        const int length = newline == nullptr
+                               ? available
+                               : static_cast<int>(static_cast<const char*>(newline) - start) + 1;
+        char line[SIFTED_LINE_SIZE];
+        bool taken = false;
+        if (finished && length < SIFTED_LINE_SIZE) {
+            copy_line(line, start, length);
+            taken = act(line);
+        }
+        if (!taken) {
+            std::memmove(buffer + kept_end, start, static_cast<std::size_t>(length));
+            kept_end += length;
+        }
+        begin += length;
+    }
+    buffer_end = kept_end;
 }
 
 } // namespace brindlemoth

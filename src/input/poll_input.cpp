@@ -21,22 +21,34 @@ void park_line(const char* line) {
     ++pending_count;
 }
 
+// What a line means for the running search. True when nothing of it is left for the command loop.
+bool act_at_once(const char* line) {
+    if (std::strcmp(line, "isready") == 0) {
+        print("readyok\n");
+        return true;
+    }
+    const bool stop = std::strcmp(line, "stop") == 0;
+    if (stop || std::strcmp(line, "quit") == 0)
+        stop_flag = 1;
+    return stop || line[0] == '\0';
+}
+
 } // namespace
 
 void poll_input() {
     char line[PENDING_LINE_SIZE];
-    while (pending_count < PENDING_CAPACITY && poll_line(line, PENDING_LINE_SIZE)) {
-        if (std::strcmp(line, "stop") == 0) {
-            stop_flag = 1;
-        } else if (std::strcmp(line, "isready") == 0) {
-            print("readyok\n");
-        } else if (std::strcmp(line, "quit") == 0) {
-            stop_flag = 1;
+    while (pending_count < PENDING_CAPACITY && poll_line(line, PENDING_LINE_SIZE))
+        if (!act_at_once(line))
             park_line(line);
-        } else if (line[0] != '\0') {
-            park_line(line);
-        }
-    }
+    if (pending_count == PENDING_CAPACITY)
+        sift_lines(act_at_once);
+}
+
+bool quit_is_pending() {
+    for (int i = 0; i < pending_count; ++i)
+        if (std::strcmp(pending_lines[(pending_head + i) % PENDING_CAPACITY], "quit") == 0)
+            return true;
+    return false;
 }
 
 bool take_pending_line(char* line) {

@@ -18,9 +18,12 @@ extern int pending_head; // slot of the oldest line
 // 1 when the running search is to end. Cleared at the start of every search.
 extern std::uint8_t stop_flag;
 
-// Takes in all finished lines that are waiting; returns at once when there are none or the ring
-// is full. The end of input only ends the poll.
+// Takes in all finished lines that are waiting; returns at once when there are none. Behind a full
+// ring the other lines stay unread, in their order. The end of input only ends the poll.
 void poll_input();
+
+// Whether a quit waits among the pending lines.
+bool quit_is_pending();
 
 // Takes the oldest pending line, if there is one. `line` has room for PENDING_LINE_SIZE.
 bool take_pending_line(char* line);

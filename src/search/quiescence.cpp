@@ -7,6 +7,7 @@
 #include "search/search.h"
 #include "search/see.h"
 #include "search/transposition.h"
+#include "search/watch.h"
 
 #include <algorithm>
 #include <utility>
@@ -23,7 +24,7 @@ int quiescence(Position& position, SearchFrame* frame, int alpha, int beta, int 
     frame->pv_length = 0;
     if (stop_flag)
         return 0;
-    ++node_count;
+    count_node();
     sel_depth = std::max(sel_depth, ply);
 
     const int stand_pat = evaluate(position);

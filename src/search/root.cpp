@@ -7,6 +7,7 @@
 #include "platform/standard_output.h"
 #include "search/history.h"
 #include "search/transposition.h"
+#include "search/watch.h"
 #include "tablebase/syzygy.h"
 
 #include <algorithm>
@@ -83,6 +84,8 @@ void search_lines(Position& position, SearchFrame* root, int depth, int line_cou
         line.score = score;
         line.pv_length = root->pv_length;
         std::copy_n(root->pv, root->pv_length, line.pv);
+        if (stop_flag)
+            break; // iteration 1 was cut off: the best move so far stands, but it has no score
         print_info(depth, i, score, root->pv, root->pv_length);
     }
     root_excluded_count = 0;
@@ -92,7 +95,7 @@ void search_lines(Position& position, SearchFrame* root, int depth, int line_cou
 } // namespace
 
 void search_root(Position& position, const SearchLimits& limits) {
-    node_count = 0;
+    start_watch();
     sel_depth = 0;
     stop_flag = 0;
     search_limits = limits;
@@ -130,7 +133,7 @@ void search_root(Position& position, const SearchLimits& limits) {
         best_move = root_lines[0].move;
         if (tick_count() - search_time.start_time >= search_time.soft_limit)
             break;
-        poll_input();
+        watch_input();
     }
     print_best_move(best_move != MOVE_NONE ? best_move : root_moves.moves[0]);
 }

@@ -6,12 +6,11 @@
 #include "input/poll_input.h"
 #include "movegen/legality.h"
 #include "movegen/movegen.h"
-#include "platform/clock.h"
 #include "search/history.h"
 #include "search/move_picker.h"
 #include "search/see.h"
-#include "search/time_budget.h"
 #include "search/transposition.h"
+#include "search/watch.h"
 #include "tablebase/syzygy.h"
 
 #include <algorithm>
@@ -19,7 +18,6 @@
 
 namespace brindlemoth {
 
-std::uint64_t node_count;
 int sel_depth;
 int iteration_depth;
 Move root_excluded[MAX_MOVES];
@@ -27,8 +25,6 @@ int root_excluded_count;
 int reductions[MAX_DEPTH + 1][256];
 
 namespace {
-
-constexpr std::uint64_t POLL_INTERVAL = 1024; // nodes between two looks at clock and input
 
 constexpr int REVERSE_FUTILITY_DEPTH = 8;
 constexpr int REVERSE_FUTILITY_MARGIN = 90; // for each ply of depth
@@ -52,13 +48,6 @@ constexpr int HISTORY_PER_PLY = 8192; // history that is worth one ply of reduct
 // Quiet moves searched before the rest is skipped, by improving and depth.
 constexpr int LMP_DEPTH = 6;
 constexpr int lmp_limits[2][LMP_DEPTH + 1] = {{0, 3, 5, 8, 13, 18, 25}, {0, 5, 8, 12, 18, 25, 35}};
-
-void check_limits() {
-    if (tick_count() - search_time.start_time >= search_time.hard_limit)
-        stop_flag = 1;
-    if (search_limits.nodes > 0 && node_count >= static_cast<std::uint64_t>(search_limits.nodes))
-        stop_flag = 1;
-}
 
 // Whether the position occurred before, with the same side to move, since the last move that
 // cannot be taken back: in the tree or in the game before it.
@@ -96,7 +85,7 @@ bool probe_tables(const Position& position, int depth, int ply, int& alpha, int&
     const int wdl = syzygy_wdl(board, success);
     if (success == PROBE_FAILED)
         return false;
-    ++node_count;
+    count_node();
 
     std::uint8_t bound = BOUND_EXACT;
     switch (wdl) {
@@ -154,10 +143,9 @@ int search(Position& position, SearchFrame* frame, int depth, int alpha, int bet
     frame->pv_length = 0;
     if (stop_flag)
         return 0;
-    if (++node_count % POLL_INTERVAL == 0 && iteration_depth >= 2) {
-        check_limits();
-        poll_input();
-    }
+    count_node();
+    if (node_count % WATCH_INTERVAL == 0 && iteration_depth >= 2)
+        watch_all();
     sel_depth = std::max(sel_depth, ply);
     if (ply >= MAX_PLY)
         return evaluate(position);

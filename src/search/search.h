@@ -6,8 +6,6 @@
 #include "board/position.h"
 #include "search/scores.h"
 
-#include <cstdint>
-
 namespace brindlemoth {
 
 // What a node keeps for its children, its parent and its grandchildren.
@@ -19,9 +17,8 @@ struct SearchFrame {
     int pv_length;
 };
 
-extern std::uint64_t node_count; // of the present search
-extern int sel_depth;            // greatest ply entered in the present search
-extern int iteration_depth;      // of the running iteration
+extern int sel_depth;       // greatest ply entered in the present search
+extern int iteration_depth; // of the running iteration
 
 // Moves barred at ply 0: the lines already found in this iteration.
 extern Move root_excluded[MAX_MOVES];

@@ -8,6 +8,7 @@
 #include "search/history.h"
 #include "search/root.h"
 #include "search/transposition.h"
+#include "search/watch.h"
 
 namespace brindlemoth {
 

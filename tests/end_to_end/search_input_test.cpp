@@ -57,7 +57,7 @@ TEST(SearchInput, StopEndsTheSearchAndIsreadyIsAnsweredInTheMiddle) {
 }
 
 TEST(SearchInput, QuitGivesOneBestmoveAndEnds) {
-    for (const char* const text : {"quit\n", "quit\r\n", "d\nquit\nuci\n"}) {
+    for (const char* const text : {"quit\r\n", "d\nquit\nuci\n"}) {
         EngineProcess engine;
         begin_search(engine);
         engine.send_text(text);
@@ -103,14 +103,46 @@ TEST(SearchInput, MoreLinesThanAreParkedKeepTheirOrder) {
               2 * expected.size());
 }
 
-TEST(SearchInput, StopBehindFifteenLinesActs) {
-    std::string text;
-    for (int i = 0; i < 15; ++i)
-        text += "perft 1\n\n\r\n"; // blank lines take no room
+// The ring is full, and so is more or less of the buffer behind it.
+TEST(SearchInput, WordsThatCannotWaitActBehindAnyNumberOfLines) {
+    for (const int count : {15, 16, 17, 1000}) {
+        std::string text;
+        for (int i = 0; i < count; ++i)
+            text += "perft 1\n\n\r\n"; // blank lines take no room
+        EngineProcess engine;
+        begin_search(engine);
+        engine.send_text(text + "isready\nperft 1\nisrea");
+        engine.read_until("readyok");
+        engine.send_text("dy\nuci\nstop\nperft 1");
+        engine.read_until("readyok");
+        const Lines lines = engine.finish();
+        EXPECT_TRUE(lines[0].starts_with("bestmove") || lines[0].starts_with("info")) << lines[0];
+        EXPECT_EQ(count_beginning(lines, "Total: 20"), count + 2);
+        EXPECT_EQ(count_beginning(lines, "uciok"), 1);
+        EXPECT_EQ(count_beginning(lines, "readyok"), 0);
+    }
     EngineProcess engine;
-    begin_search(engine);
-    engine.send_text(text + "stop\n");
-    EXPECT_EQ(count_beginning(engine.finish(), "Total: 20"), 15);
+    std::string text;
+    for (int i = 0; i < 20; ++i)
+        text += "go infinite\n";
+    engine.send_text(text + "quit\nuci\n");
+    const Lines lines = engine.read_to_end();
+    EXPECT_EQ(count_beginning(lines, "bestmove"), 20);
+    EXPECT_EQ(count_beginning(lines, "uciok"), 0);
+}
+
+// Quiescence alone has millions of nodes here, and iteration 1 does not end.
+TEST(SearchInput, CrowdedBoardsAreNoHidingPlace) {
+    const std::string fen =
+        "qQQqq1qk/1q1q1q1R/q1q1Qqq1/1Q1QbQ2/q1q1Q1qq/QbQQQ1Q1/rQBQ1Q1Q/K1Q1Q1Qn b - - 0 1";
+    Position position = position_from(fen);
+    for (const char* const text : {"go infinite\nstop\n", "go movetime 1\n", "go nodes 1\n"}) {
+        EngineProcess engine;
+        engine.send_text("position fen " + fen + "\n" + text);
+        const Lines lines = engine.finish();
+        ASSERT_EQ(lines.size(), 1U) << text;
+        EXPECT_NE(legal_move(position, lines[0].substr(9)), MOVE_NONE) << lines[0];
+    }
 }
 
 TEST(SearchInput, FinishedLinesAreSeenInThePortionOfTheGoLine) {

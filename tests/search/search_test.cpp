@@ -7,6 +7,7 @@
 #include "search/search.h"
 #include "search/time_budget.h"
 #include "search/transposition.h"
+#include "search/watch.h"
 #include "support/support.h"
 
 #include <cstring>
@@ -23,7 +24,7 @@ protected:
         clear_history();
         std::memset(static_cast<void*>(frames), 0, sizeof frames);
         stop_flag = 0;
-        node_count = 0;
+        start_watch();
         sel_depth = 0;
         iteration_depth = 1; // neither clock nor input is looked at
         root_excluded_count = 0;
@@ -82,7 +83,7 @@ TEST_F(Search, RepetitionIsADrawOnEntry) {
             position_from("rnbqkbnr/1ppppppp/8/p7/8/P7/1PPPPPPP/RNBQKBNR w KQkq - 0 1");
         position.halfmove = clock;
         for (int i = 0; i < 5; ++i) {
-            node_count = 0;
+            start_watch();
             const int score = at(position, 1, -FULL, FULL, 0);
             EXPECT_EQ(node_count == 1 && score == DRAW_SCORE, i == 4 && clock >= 0) << i;
             make_move(position, KNIGHTS[i % 4]);
@@ -141,7 +142,7 @@ TEST_F(Search, TheLastPlyIsEvaluated) {
         EXPECT_EQ(at(position, depth, -FULL, FULL, MAX_PLY), value) << depth;
         EXPECT_EQ(quiescence(position, frame(MAX_PLY), -FULL, FULL, MAX_PLY), value);
         EXPECT_EQ(node_count, 2U);
-        node_count = 0;
+        start_watch();
     }
     // One ply earlier the capture is looked at, and the node after it is counted.
     const int gain = quiescence(position, frame(MAX_PLY - 1), -FULL, FULL, MAX_PLY - 1);
@@ -158,7 +159,7 @@ TEST_F(Search, AnInterruptedSearchRestoresThePosition) {
     for_random_positions(60, 61, [&](Position& position) {
         const Position before = position;
         stop_flag = 0;
-        node_count = 0;
+        start_watch();
         search_limits.nodes = 1;
         at(position, 8, -FULL, FULL, 0);
         ASSERT_TRUE(same_position(position, before));

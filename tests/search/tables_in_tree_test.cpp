@@ -3,6 +3,7 @@
 #include "search/history.h"
 #include "search/root.h"
 #include "search/transposition.h"
+#include "search/watch.h"
 #include "support/support.h"
 #include "tablebase/syzygy.h"
 
@@ -25,7 +26,7 @@ protected:
         clear_history();
         std::memset(static_cast<void*>(frames), 0, sizeof frames);
         iteration_depth = 1;
-        node_count = 0;
+        start_watch();
         root_excluded_count = 0;
     }
     void TearDown() override {
@@ -63,7 +64,7 @@ TEST_F(TablesInTree, AnAnswerThatSettlesTheNodeIsStored) {
     for (const Row& row : rows) {
         SCOPED_TRACE(testing::Message() << row.fen << " alpha " << row.alpha);
         tt_clear();
-        node_count = 0;
+        start_watch();
         Position position = position_from(row.fen);
         EXPECT_EQ(node(position, row.alpha), row.score);
         EXPECT_EQ(node_count, 2U) << "the node and the answer";
