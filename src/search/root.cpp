@@ -164,7 +164,7 @@ void print_info(int depth, int line_index, int score, const Move* pv, int pv_len
            static_cast<unsigned long long>(nps), static_cast<long long>(elapsed));
     for (int i = 0; i < pv_length; ++i)
         append(" %s", move_to_text(pv[i]));
-    append("\n");
+    *out++ = '\n';
     write_output(line, static_cast<std::size_t>(out - line));
 }
 
