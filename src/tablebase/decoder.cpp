@@ -6,13 +6,10 @@ namespace brindlemoth {
 
 namespace {
 
-constexpr int INDEX_ENTRY_BYTES = 6;
-constexpr int SYMBOL_BYTES = 3;
-
 // A block, and which of its values is wanted.
 struct BlockPlace {
     std::uint64_t block;
-    std::int32_t value; // negative if there is no such place
+    std::int64_t value; // negative if there is no such place
 };
 
 // The walk from an index entry goes over a few blocks, eighty at the most in the tables of up to
@@ -28,12 +25,11 @@ BlockPlace find_block(const CompressedStream& stream, std::uint64_t index) {
     const std::uint8_t* const entry = stream.index_table + INDEX_ENTRY_BYTES * entry_number;
     const std::uint64_t stretch = std::uint64_t{1} << stream.index_bits;
     std::uint64_t block = load_le32(entry);
-    std::int32_t value = static_cast<std::int32_t>(index & (stretch - 1)) -
-                         static_cast<std::int32_t>(stretch / 2) +
-                         static_cast<std::int32_t>(load_le16(entry + 4));
+    std::int64_t value = static_cast<std::int64_t>(index & (stretch - 1)) -
+                         static_cast<std::int64_t>(stretch / 2) + load_le16(entry + 4);
 
-    const auto last_value = [&stream](std::uint64_t number) {
-        return static_cast<std::int32_t>(load_le16(stream.block_lengths + 2 * number));
+    const auto last_value = [&stream](std::uint64_t number) -> std::int64_t {
+        return load_le16(stream.block_lengths + BLOCK_LENGTH_BYTES * number);
     };
     if (block > stream.block_length_count)
         return {0, -1};
@@ -48,13 +44,27 @@ BlockPlace find_block(const CompressedStream& stream, std::uint64_t index) {
     while (true) {
         if (block >= end)
             return {0, -1};
-        const std::int32_t last = last_value(block);
+        const std::int64_t last = last_value(block);
         if (value <= last)
             break;
         value -= last + 1;
         ++block;
     }
     return {block, block < stream.block_count ? value : -1};
+}
+
+// The next four bytes of code, `left` bytes before the end of the file. Zeros stand for those that
+// the file has not.
+std::uint64_t next_word(const CompressedStream& stream, std::int64_t& left) {
+    std::uint32_t word = 0;
+    if (left >= 4) {
+        word = load_be32(stream.view_end - left);
+    } else {
+        for (std::int64_t i = 0; i < 4; ++i)
+            word = word << 8 | (i < left ? stream.view_end[i - left] : 0U);
+    }
+    left -= 4;
+    return word;
 }
 
 } // namespace
@@ -66,23 +76,25 @@ const std::uint8_t* syzygy_decode(const CompressedStream& stream, std::uint64_t 
     if (place.value < 0)
         return nullptr;
 
-    // Read codes until the symbol that holds the value. The mapper has seen to it that the first
-    // eight bytes of every block are in the file, and that no code stands for a missing symbol.
-    std::int32_t value = place.value;
-    const std::uint8_t* next = stream.blocks + (place.block << stream.block_size_log2);
-    const std::uint8_t* const last_refill = stream.view_end - 4;
-    std::uint64_t code = load_be64(next);
-    next += 8;
+    // Read codes until the symbol that holds the value.
+    auto value = static_cast<std::int32_t>(place.value);
+    std::int64_t left = stream.view_end - stream.blocks -
+                        static_cast<std::int64_t>(place.block << stream.block_size_log2);
+    std::uint64_t code = next_word(stream, left) << 32;
+    code |= next_word(stream, left);
     int bits_used = 0;
+    int length;
     std::uint32_t symbol;
     while (true) {
         int n = 0; // code length less the shortest
         while (code < stream.code_base[n])
             ++n;
-        const int length = stream.min_code_length + n;
-        const std::uint64_t place_in_length = (code - stream.code_base[n]) >> (64 - length);
-        symbol =
-            load_le16(stream.code_offsets + 2 * n) + static_cast<std::uint32_t>(place_in_length);
+        length = stream.min_code_length + n;
+        const std::uint64_t number = load_le16(stream.code_offsets + 2 * n) +
+                                     ((code - stream.code_base[n]) >> (64 - length));
+        if (number >= stream.symbol_count)
+            return nullptr;
+        symbol = static_cast<std::uint32_t>(number);
         const std::int32_t values = stream.symbol_lengths[symbol] + 1;
         if (value < values)
             break;
@@ -90,22 +102,25 @@ const std::uint8_t* syzygy_decode(const CompressedStream& stream, std::uint64_t 
         code <<= length;
         bits_used += length;
         if (bits_used >= 32) {
-            if (next > last_refill)
+            if (bits_used > 64)
                 return nullptr;
             bits_used -= 32;
-            code |= static_cast<std::uint64_t>(load_be32(next)) << bits_used;
-            next += 4;
+            code |= next_word(stream, left) << bits_used;
         }
     }
+    // The code may have wanted more bits than the register had, or than the file has.
+    if (bits_used + length > 64 + 8 * std::min<std::int64_t>(left, 0) ||
+        stream.symbol_lengths[symbol] == BROKEN_SYMBOL)
+        return nullptr;
     // Take the symbol apart down to the one value. All parts exist, and the lengths fall.
     while (stream.symbol_lengths[symbol] != 0) {
         const std::uint8_t* const record = stream.symbol_records + SYMBOL_BYTES * symbol;
-        const std::uint32_t left = symbol_left(record);
-        const std::int32_t left_values = stream.symbol_lengths[left] + 1;
-        if (value < left_values) {
-            symbol = left;
+        const std::uint32_t first = symbol_left(record);
+        const std::int32_t first_values = stream.symbol_lengths[first] + 1;
+        if (value < first_values) {
+            symbol = first;
         } else {
-            value -= left_values;
+            value -= first_values;
             symbol = symbol_right(record);
         }
     }

@@ -8,9 +8,9 @@
 
 namespace brindlemoth {
 
-// The record of the value at `index`: at least two readable bytes. Returns null when a damaged
-// stream leads nowhere. Requires a stream that the mapper has accepted; of the file, reads nothing
-// outside the view.
+// The record of the value at `index`: at least two readable bytes. Returns null when the stream
+// leads to a code or symbol without meaning or beyond the end of the file. Requires a stream that
+// the mapper has accepted; of the file, reads nothing outside the view.
 const std::uint8_t* syzygy_decode(const CompressedStream& stream, std::uint64_t index);
 
 } // namespace brindlemoth

@@ -26,16 +26,16 @@ struct CompressedStream {
     const std::uint8_t* blocks;        // into the view: the code, 64-aligned
     const std::uint8_t*
         code_offsets; // into the view: first symbol, 16 bits, by code length less the shortest
-    std::uint8_t* symbol_lengths;       // by symbol: values that it stands for, less 1
+    std::uint16_t* symbol_lengths;      // by symbol: values that it stands for, less 1
     const std::uint8_t* symbol_records; // into the view: 3 bytes each
     std::uint8_t block_size_log2;
     std::uint8_t index_bits; // an index entry serves 2 to this power values; 0: constant stream
     std::uint8_t min_code_length;
     std::uint8_t constant_value[2];
-    // What the sections hold, so that a damaged file cannot lead the decoder out of them.
+    // What the file holds of the sections, so that nothing leads the decoder out of it.
     std::uint64_t index_count;        // entries of index_table
     std::uint64_t block_length_count; // entries of block_lengths
-    std::uint64_t block_count;        // blocks that exist
+    std::uint64_t block_count;        // blocks; the file may end before the last of them
     std::uint32_t symbol_count;
     const std::uint8_t* view_end;
     std::uint64_t* code_base; // by code length from the shortest: smallest code, left-aligned
@@ -70,14 +70,14 @@ struct TableEntry {
 struct PieceTableEntry : TableEntry {
     SideEncoding encodings[5]; // 0 and 1 WDL by side; 2 and 3 unused; 4 DTZ
     const std::uint8_t* dtz_map;
-    std::uint16_t dtz_map_offsets[4]; // by map, in entries of that map's width from dtz_map
+    std::uint32_t dtz_map_offsets[4]; // by map, in entries of that map's width from dtz_map
     std::uint8_t dtz_flags;
 };
 
 struct PawnTableEntry : TableEntry {
     SideEncoding encodings[24]; // 0 to 7 WDL, file position + 4 * side; 8 to 19 unused; 20.. DTZ
     const std::uint8_t* dtz_map;
-    std::uint16_t dtz_map_offsets[PAWN_FILE_POSITIONS][4]; // by file position, then by map
+    std::uint32_t dtz_map_offsets[PAWN_FILE_POSITIONS][4]; // by file position, then by map
     std::uint8_t dtz_flags[PAWN_FILE_POSITIONS];
 };
 
@@ -102,7 +102,7 @@ inline std::uint8_t& dtz_flags(TableEntry& entry, int file_position) {
     return entry.has_pawns != 0 ? pawn_entry(entry).dtz_flags[file_position]
                                 : piece_entry(entry).dtz_flags;
 }
-inline std::uint16_t* dtz_map_offsets(TableEntry& entry, int file_position) {
+inline std::uint32_t* dtz_map_offsets(TableEntry& entry, int file_position) {
     return entry.has_pawns != 0 ? pawn_entry(entry).dtz_map_offsets[file_position]
                                 : piece_entry(entry).dtz_map_offsets;
 }
@@ -133,6 +133,14 @@ inline std::uint32_t load_be32(const std::uint8_t* p) {
 inline std::uint64_t load_be64(const std::uint8_t* p) {
     return static_cast<std::uint64_t>(load_be32(p)) << 32 | load_be32(p + 4);
 }
+
+// Bytes of an entry of the sections, and of a symbol record.
+constexpr std::uint32_t INDEX_ENTRY_BYTES = 6;
+constexpr std::uint32_t BLOCK_LENGTH_BYTES = 2;
+constexpr std::uint32_t SYMBOL_BYTES = 3;
+
+// In symbol_lengths: a symbol without a meaning. No value of a block stands beyond it.
+constexpr std::uint16_t BROKEN_SYMBOL = 0xFFFF;
 
 // The two 12-bit numbers of a symbol record.
 constexpr std::uint32_t LEAF_MARK = 0xFFF; // as the right part: the left part is a value

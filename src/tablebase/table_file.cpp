@@ -22,16 +22,12 @@ constexpr int first_pawn_encoding[KIND_COUNT] = {0, 8, 20};
 constexpr std::uint8_t FILE_SPLIT = 1;        // bit of the file flags
 constexpr std::uint8_t STREAM_CONSTANT = 128; // bit of the stream flags
 constexpr std::uint64_t BLOCK_ALIGNMENT = 64;
-// The decoder always takes the first eight bytes of a block at once.
-constexpr std::uint64_t FIRST_LOAD = 8;
-// Fewer than 32 bits of the code register are used up when a code is read: as many are always
-// there.
-constexpr int MAX_CODE_LENGTH = 32;
-constexpr int MAX_INDEX_BITS = 30; // the decoder counts values of a stretch in 32 bits
+constexpr int MAX_CODE_LENGTH = 63; // the decoder has a register of 64 bits
+constexpr int MAX_INDEX_BITS = 62;  // and counts values of a stretch with a sign
 constexpr int MAX_BLOCK_SIZE_LOG2 = 31;
 constexpr std::uint32_t MAX_SYMBOLS = 4096;
 constexpr std::uint64_t LEAST_FILE_SIZE = 16;
-constexpr int MAX_SYMBOL_LENGTH = 255; // values of a symbol less 1 are one byte
+constexpr std::uint32_t MAX_SYMBOL_LENGTH = 255; // values of a symbol less 1 are one byte
 constexpr int NO_TURN = 15;
 
 // A file being read from its start; take() never leaves it.
@@ -194,57 +190,47 @@ bool read_piece_headers(TableSetup& setup, bool split) {
 
 // --- The stream headers ---
 
-// Fills the length of a symbol and of all parts that it is made of. A part contains fewer values
-// than the whole, so a chain of parts that is longer than the longest symbol runs in a circle.
-bool set_symbol_length(CompressedStream& stream, std::uint32_t symbol, int depth) {
-    const std::uint8_t* const record = stream.symbol_records + 3 * symbol;
-    const std::uint32_t left = symbol_left(record);
-    const std::uint32_t right = symbol_right(record);
-    if (right == LEAF_MARK || stream.symbol_lengths[symbol] != 0)
-        return true;
-    if (left >= stream.symbol_count || right >= stream.symbol_count || depth > MAX_SYMBOL_LENGTH)
-        return false;
-    if (!set_symbol_length(stream, left, depth + 1) || !set_symbol_length(stream, right, depth + 1))
-        return false;
-    const int length = stream.symbol_lengths[left] + stream.symbol_lengths[right] + 1;
-    stream.symbol_lengths[symbol] = static_cast<std::uint8_t>(length);
-    return length <= MAX_SYMBOL_LENGTH;
+// Fills the length of a symbol and of all parts that it is made of, and returns it. While the parts
+// are looked at, the whole counts as broken, and so what runs in a circle stays broken.
+std::uint32_t set_symbol_length(CompressedStream& stream, std::uint32_t symbol) {
+    if (symbol >= stream.symbol_count)
+        return BROKEN_SYMBOL;
+    const std::uint8_t* const record = stream.symbol_records + SYMBOL_BYTES * symbol;
+    std::uint16_t& length = stream.symbol_lengths[symbol];
+    if (length != 0 || symbol_right(record) == LEAF_MARK)
+        return length;
+    length = BROKEN_SYMBOL;
+    const std::uint32_t whole = set_symbol_length(stream, symbol_left(record)) +
+                                set_symbol_length(stream, symbol_right(record)) + 1;
+    if (whole <= MAX_SYMBOL_LENGTH)
+        length = static_cast<std::uint16_t>(whole);
+    return length;
 }
 
-// Fills the smallest code of each length, left-aligned in 64 bits, and returns how many symbol
-// numbers the codes can stand for. Returns 0 if the lengths contradict each other: the longer a
-// code, the smaller it is and the lower its symbols are numbered, so the first numbers must not
-// rise with the length. All codes of length i + 1 lie below base[i], so every number is below that
-// of the largest code of the shortest length.
-std::uint64_t set_code_base(std::uint64_t* base, const std::uint8_t* code_offsets, int min_length,
-                            int lengths) {
+// Fills the smallest code of each length, left-aligned in 64 bits. Longer codes are smaller.
+void set_code_base(std::uint64_t* base, const std::uint8_t* code_offsets, int min_length,
+                   int lengths) {
     const auto first_symbol = [code_offsets](int i) { return load_le16(code_offsets + 2 * i); };
     base[lengths - 1] = 0;
-    for (int i = lengths - 2; i >= 0; --i) {
-        if (first_symbol(i) < first_symbol(i + 1))
-            return 0;
+    for (int i = lengths - 2; i >= 0; --i)
         base[i] = (base[i + 1] + first_symbol(i) - first_symbol(i + 1)) / 2;
-    }
-    const std::uint64_t shortest_codes = std::uint64_t{1} << min_length;
-    if (base[0] >= shortest_codes)
-        return 0;
-    const std::uint64_t reach = first_symbol(0) + shortest_codes - base[0];
     for (int i = 0; i < lengths; ++i)
         base[i] <<= 64 - (min_length + i);
-    return reach;
 }
 
 // One heap block for the record and its two arrays; all bytes 0. Null if memory runs out.
 CompressedStream* allocate_stream(int lengths, std::uint64_t symbols) {
     const std::size_t code_base_bytes = static_cast<std::size_t>(lengths) * sizeof(std::uint64_t);
-    const std::size_t bytes = sizeof(CompressedStream) + code_base_bytes + symbols;
+    const std::size_t bytes =
+        sizeof(CompressedStream) + code_base_bytes + symbols * sizeof(std::uint16_t);
     auto* const block = static_cast<std::uint8_t*>(operator new(bytes, std::nothrow));
     if (block == nullptr)
         return nullptr;
     std::fill(block, block + bytes, std::uint8_t{0});
     auto* const stream = new (block) CompressedStream{};
     stream->code_base = reinterpret_cast<std::uint64_t*>(block + sizeof(CompressedStream));
-    stream->symbol_lengths = block + sizeof(CompressedStream) + code_base_bytes;
+    stream->symbol_lengths =
+        reinterpret_cast<std::uint16_t*>(block + sizeof(CompressedStream) + code_base_bytes);
     return stream;
 }
 
@@ -291,20 +277,15 @@ SetupResult read_stream_header(TableSetup& setup, StreamSetup& stream) {
     const std::uint32_t symbols = load_le16(symbol_count);
     if (symbols > MAX_SYMBOLS)
         return SetupResult::CORRUPTED;
-    const std::uint8_t* const symbol_records = take(file, 3 * symbols + symbols % 2);
+    const std::uint8_t* const symbol_records = take(file, SYMBOL_BYTES * symbols + symbols % 2);
     if (symbol_records == nullptr)
-        return SetupResult::CORRUPTED;
-
-    std::uint64_t code_base[MAX_CODE_LENGTH];
-    const std::uint64_t reach = set_code_base(code_base, code_offsets, min_length, lengths);
-    if (reach == 0 || reach > symbols)
         return SetupResult::CORRUPTED;
 
     CompressedStream* const decoder = allocate_stream(lengths, symbols);
     if (decoder == nullptr)
         return SetupResult::OUT_OF_MEMORY;
     stream.encoding->decoder = decoder;
-    std::copy(code_base, code_base + lengths, decoder->code_base);
+    set_code_base(decoder->code_base, code_offsets, min_length, lengths);
     decoder->code_offsets = code_offsets;
     decoder->symbol_records = symbol_records;
     decoder->block_size_log2 = static_cast<std::uint8_t>(block_size_log2);
@@ -317,8 +298,7 @@ SetupResult read_stream_header(TableSetup& setup, StreamSetup& stream) {
     decoder->view_end = file.view + file.size;
 
     for (std::uint32_t symbol = 0; symbol < symbols; ++symbol)
-        if (!set_symbol_length(*decoder, symbol, 0))
-            return SetupResult::CORRUPTED;
+        set_symbol_length(*decoder, symbol);
     return SetupResult::DONE;
 }
 
@@ -327,7 +307,7 @@ SetupResult read_stream_header(TableSetup& setup, StreamSetup& stream) {
 // The value maps of one file position: four, each a length and that many entries. Their places
 // are stored in entries from `maps`.
 bool read_value_maps(FileReader& file, const std::uint8_t* maps, bool wide,
-                     std::uint16_t offsets[4]) {
+                     std::uint32_t offsets[4]) {
     const std::uint64_t width = wide ? 2 : 1;
     if (wide && !align(file, 2))
         return false;
@@ -337,9 +317,9 @@ bool read_value_maps(FileReader& file, const std::uint8_t* maps, bool wide,
             return false;
         const std::uint64_t entries = wide ? load_le16(length) : *length;
         const std::uint64_t offset = static_cast<std::uint64_t>(length + width - maps) / width;
-        if (offset > 0xFFFF || take(file, entries * width) == nullptr)
+        if (take(file, entries * width) == nullptr)
             return false;
-        offsets[i] = static_cast<std::uint16_t>(offset);
+        offsets[i] = static_cast<std::uint32_t>(offset);
     }
     return true;
 }
@@ -358,33 +338,42 @@ bool read_all_value_maps(TableSetup& setup) {
     return align(setup.file, 2);
 }
 
-// The three sections, each over all streams. A constant stream has none of them.
-bool assign_sections(TableSetup& setup) {
+// The next section of so many entries. Where the file ends within it, `count` becomes the number
+// of entries that are wholly there.
+const std::uint8_t* take_entries(FileReader& file, std::uint64_t entry_bytes,
+                                 std::uint64_t& count) {
+    const std::uint64_t rest = file.size - file.offset;
+    const std::uint8_t* const start = file.view + file.offset;
+    if (count > rest / entry_bytes) {
+        count = rest / entry_bytes;
+        file.offset = file.size;
+    } else {
+        file.offset += count * entry_bytes;
+    }
+    return start;
+}
+
+// The three sections, each over all streams. A constant stream has none of them. A file that ends
+// too early still serves for what is there.
+void assign_sections(TableSetup& setup) {
     FileReader& file = setup.file;
     StreamSetup* const streams_end = setup.streams + setup.stream_count;
     for (StreamSetup* s = setup.streams; s != streams_end; ++s) {
         CompressedStream& stream = *s->encoding->decoder;
-        stream.index_table = take(file, 6 * stream.index_count);
-        if (stream.index_table == nullptr)
-            return false;
+        stream.index_table = take_entries(file, INDEX_ENTRY_BYTES, stream.index_count);
     }
     for (StreamSetup* s = setup.streams; s != streams_end; ++s) {
         CompressedStream& stream = *s->encoding->decoder;
-        stream.block_lengths = take(file, 2 * stream.block_length_count);
-        if (stream.block_lengths == nullptr)
-            return false;
+        stream.block_lengths = take_entries(file, BLOCK_LENGTH_BYTES, stream.block_length_count);
     }
     for (StreamSetup* s = setup.streams; s != streams_end; ++s) {
         CompressedStream& stream = *s->encoding->decoder;
-        if (stream.block_count == 0)
-            continue;
-        stream.blocks = align(file, BLOCK_ALIGNMENT)
-                            ? take(file, stream.block_count << stream.block_size_log2)
-                            : nullptr;
-        if (stream.blocks == nullptr || file.size - file.offset < FIRST_LOAD)
-            return false;
+        if (!align(file, BLOCK_ALIGNMENT))
+            file.offset = file.size;
+        std::uint64_t whole_blocks = stream.block_count; // a last one that is cut off serves too
+        stream.blocks =
+            take_entries(file, std::uint64_t{1} << stream.block_size_log2, whole_blocks);
     }
-    return true;
 }
 
 SetupResult build_decoders(TableSetup& setup) {
@@ -401,7 +390,8 @@ SetupResult build_decoders(TableSetup& setup) {
     }
     if (setup.kind == KIND_DTZ && !read_all_value_maps(setup))
         return SetupResult::CORRUPTED;
-    return assign_sections(setup) ? SetupResult::DONE : SetupResult::CORRUPTED;
+    assign_sections(setup);
+    return SetupResult::DONE;
 }
 
 // Maps the whole file and keeps the view in the entry. Returns its size, 0 if there is no file.

@@ -1,5 +1,5 @@
-// Mapping a table file and building its decoders. A file is untrusted: whatever its headers
-// imply is held against its length and against the signature before anything relies on it.
+// Mapping a table file and building its decoders. A file is untrusted: its headers are held against
+// its signature before anything relies on them, and the decoders know where the file ends.
 // Called by the probe that first needs the file, and by the registry to give it back.
 #pragma once
 
@@ -8,9 +8,9 @@
 namespace brindlemoth {
 
 // Maps the file of that kind and builds its decoders. `name` is the signature as the file is
-// called. False when there is no such file, when it is damaged ("Corrupted table." on standard
-// error), or when memory runs out; the entry then holds nothing of the kind. Ends the process
-// with status 1 if the system refuses to map an existing file.
+// called. False when there is no such file, when nothing can be read ("Corrupted table." on
+// standard error), or when memory runs out; the entry then holds nothing of the kind. Ends the
+// process with status 1 if the system refuses to map an existing file.
 bool syzygy_map_table(TableEntry& entry, const char* name, TableKind kind);
 
 // Gives back what syzygy_map_table() acquired for one kind. Failures are reported on standard

@@ -1,6 +1,7 @@
 // What a table file on its first probe can do wrong, and what the system can.
 
 #include "support/support.h"
+#include "tablebase/decoder.h"
 #include "tablebase/memory_files.h"
 #include "tablebase/probe.h"
 #include "tablebase/registry.h"
@@ -47,18 +48,26 @@ ProbeBoard queen_board(bool queen_is_white, bool white_to_move) {
                       (white_to_move ? "w" : "b") + " - - 0 1");
 }
 
-// KQvK for one side with codes of one bit, each a leaf: symbol 0 the value 4, symbol 1 the value 3.
-struct OneBitStream {
-    std::uint32_t symbols;         // 1 or 2; the code has room for two
-    std::uint32_t index_bits;      // one index entry for all positions
-    std::uint32_t block;           // of that entry
-    std::uint32_t offset;          // likewise
-    std::uint32_t blocks;          // how many, of 2 to the power block_size_log2 bytes
-    std::uint32_t block_size_log2; // of a block's bytes
-    std::uint32_t last_value;      // values of each block less 1
+constexpr std::uint64_t POSITIONS = 31332; // of KQvK
+
+// KQvK for one side, with codes of one length. Code n is that of symbol n, a leaf of the value n.
+struct FlatStream {
+    std::uint32_t code_length;
+    std::uint32_t symbols;    // not all codes of the length need have one
+    std::uint32_t index_bits; // one index entry for all positions
+    std::uint32_t block;      // of that entry
+    std::uint32_t offset;     // likewise
+    std::uint32_t blocks;     // how many, of 2 to the power block_size_log2 bytes
+    std::uint32_t block_size_log2;
+    std::uint32_t values; // of each block
 };
 
-std::string one_bit_table(const OneBitStream& stream) {
+std::uint64_t code_at(const FlatStream& stream, std::uint64_t index) {
+    return (index * 7 + index / 100) % stream.symbols;
+}
+
+// The file, and where its blocks begin. It ends with the last of them if the length allows it.
+std::string flat_table(const FlatStream& stream, std::size_t* first_block = nullptr) {
     std::string file("\x71\xE8\x23\x5D\0", 5);
     file += queen_header + '\0';
     const auto number = [&file](std::uint32_t value, int bytes) {
@@ -70,20 +79,53 @@ std::string one_bit_table(const OneBitStream& stream) {
     number(stream.index_bits, 1);
     number(0, 1);
     number(stream.blocks, 4);
-    number(0x0101, 2); // the longest and the shortest code
+    number(stream.code_length * 0x0101, 2); // the longest and the shortest code
     number(0, 2);
     number(stream.symbols, 2);
     for (std::uint32_t i = 0; i < stream.symbols; ++i)
-        number(0xFFF004 - i, 3);
+        number(0xFFF000 + i, 3);
     number(0, static_cast<int>(stream.symbols % 2));
     number(stream.block, 4);
     number(stream.offset, 2);
     for (std::uint32_t i = 0; i < stream.blocks; ++i)
-        number(stream.last_value, 2);
+        number(stream.values - 1, 2);
     file.resize((file.size() + 63) / 64 * 64);
-    file.resize(file.size() + (std::size_t{stream.blocks} << stream.block_size_log2));
-    file.resize((file.size() + 63) / 64 * 64 + 16);
+    const std::size_t start = file.size();
+    if (first_block != nullptr)
+        *first_block = start;
+    file.resize(start + (std::size_t{stream.blocks} << stream.block_size_log2));
+    for (std::uint64_t index = 0; index < POSITIONS; ++index) {
+        const std::uint64_t block = index / stream.values;
+        const std::uint64_t bit =
+            (block << (stream.block_size_log2 + 3)) + index % stream.values * stream.code_length;
+        for (std::uint32_t i = 0; i < stream.code_length; ++i) {
+            const std::uint64_t one = code_at(stream, index) >> (stream.code_length - 1 - i) & 1;
+            file[start + (bit + i) / 8] |= static_cast<char>(one << (7 - (bit + i) % 8));
+        }
+    }
+    file.resize(file.size() + (16 - file.size() % 64 + 64) % 64);
     return file;
+}
+
+// A stream of small blocks, of which the last ends with the file where any number of values to a
+// block makes it so.
+FlatStream ending_stream(std::uint32_t code_length, std::uint32_t symbols,
+                         std::uint32_t block_size_log2) {
+    const auto blocks = [](std::uint32_t values) {
+        return static_cast<std::uint32_t>((POSITIONS - 1) / values + 1);
+    };
+    const std::uint32_t most = (8U << block_size_log2) / code_length;
+    std::uint32_t values = most;
+    while (values > 0 && (blocks(values) << block_size_log2) % 64 != 16)
+        --values;
+    values = values == 0 ? most : values;
+    return {code_length,    symbols,         15,    16384 / values, 16384 % values,
+            blocks(values), block_size_log2, values};
+}
+
+// The decoder of the only table, which is mapped.
+const CompressedStream& only_stream() {
+    return *piece_entries[0].encodings[0].decoder;
 }
 
 struct Mapping : testing::Test {
@@ -143,22 +185,66 @@ TEST_F(Mapping, BadHeadersAreCorrupted) {
     }
 }
 
-TEST_F(Mapping, ACodeWithoutASymbolIsCorrupted) {
-    OneBitStream stream{2, 15, 0, 16384, 1, 12, 31331};
-    use(one_bit_table(stream));
-    EXPECT_EQ(wdl(queen_board(true, true)), WIN);
-    stream.symbols = 1;
-    use(one_bit_table(stream));
-    EXPECT_EQ(complaint(queen_board(true, true)), CORRUPTED);
+// Codes that not every bit pattern stands for, and blocks that leave nothing behind them.
+TEST_F(Mapping, WhateverDecodesIsAnswered) {
+    int ended = 0; // files that end with their last block
+    for (const auto& [code_length, symbols] :
+         {std::pair{1U, 1U}, {1U, 2U}, {2U, 3U}, {3U, 5U}, {11U, 5U}, {33U, 3U}}) {
+        for (std::uint32_t block_size_log2 = code_length > 32 ? 3 : 2; block_size_log2 <= 4;
+             ++block_size_log2) {
+            const FlatStream stream = ending_stream(code_length, symbols, block_size_log2);
+            std::size_t start;
+            const std::string whole = flat_table(stream, &start);
+            ended += whole.size() == start + (std::size_t{stream.blocks} << block_size_log2);
+            // The file once more, a few blocks shorter.
+            for (const std::size_t size : {whole.size(), whole.size() - 64}) {
+                use(whole.substr(0, size));
+                wdl(queen_board(true, true));
+                ASSERT_EQ(piece_entries[0].ready[KIND_WDL], 1U);
+                std::uint64_t wrong = 0;
+                for (std::uint64_t index = 0; index < POSITIONS;
+                     index += index + 300 < POSITIONS ? 97 : 1) {
+                    const std::uint64_t end_bit =
+                        ((index / stream.values) << (block_size_log2 + 3)) +
+                        (index % stream.values + 1) * code_length;
+                    const std::uint8_t* const record = syzygy_decode(only_stream(), index);
+                    const bool there = start + (end_bit + 7) / 8 <= size;
+                    const bool right =
+                        there ? record != nullptr && record[0] == code_at(stream, index)
+                              : record == nullptr;
+                    wrong += right ? 0 : 1;
+                }
+                EXPECT_EQ(wrong, 0U) << code_length << " bits, " << size << " bytes";
+            }
+        }
+    }
+    EXPECT_GE(ended, 8);
+}
+
+// What a code stands for may be missing or run in a circle: that fails the probes that meet it.
+TEST_F(Mapping, ABrokenSymbolFailsItsOwnProbes) {
+    const FlatStream stream{2, 4, 15, 0, 16384, 1, 13, 31332};
+    const std::string whole = flat_table(stream);
+    const std::size_t count = 9 + 1 + 10 + 2; // behind the piece header and one code length
+    for (const bool missing : {true, false}) {
+        std::string file = whole;
+        if (missing)
+            file[count] = 3;
+        else
+            file.replace(count + 2 + 9, 3, "\x03\x30\x00", 3); // a pair of itself and itself
+        use(file);
+        EXPECT_EQ(wdl(queen_board(true, true)).second, PROBE_FAILED);
+        EXPECT_EQ(syzygy_decode(only_stream(), 1), nullptr);
+    }
 }
 
 // An index entry far from the values that it stands for: the walk gives up in time.
 TEST_F(Mapping, AWalkOverTooManyBlocksHasNoAnswer) {
-    OneBitStream stream{2, 18, 199999, 0, 200000, 3, 3};
-    use(one_bit_table(stream));
-    EXPECT_EQ(wdl(queen_board(true, true)), WIN);
-    stream.last_value = 0; // four times as far
-    use(one_bit_table(stream));
+    FlatStream stream{2, 3, 18, 199999, 0, 200000, 3, 4};
+    use(flat_table(stream));
+    EXPECT_NE(wdl(queen_board(true, true)).second, PROBE_FAILED);
+    stream.values = 1; // four times as far
+    use(flat_table(stream));
     EXPECT_EQ(wdl(queen_board(true, true)), NO_ANSWER);
 }
 
