@@ -1,11 +1,11 @@
 #include "tablegen/engine_comparison.h"
 
 #include "board/bitboard.h"
+#include "file/table_maker.h"
 #include "support/support.h"
 #include "tablebase/syzygy.h"
 #include "tablebase/table_support.h"
-#include "verify/table_reader.h"
-#include "writer/table_maker.h"
+#include "verification/table_reader.h"
 
 #include <gtest/gtest.h>
 #include <random>

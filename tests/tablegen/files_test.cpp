@@ -1,9 +1,9 @@
 // Files of solved endgames: what the engine and `tablegen --verify` read from them.
+#include "file/table_maker.h"
 #include "tablebase/syzygy.h"
 #include "tablebase/table_support.h"
 #include "tablegen/engine_comparison.h"
-#include "verify/judge.h"
-#include "writer/table_maker.h"
+#include "verification/judge.h"
 
 #include <gtest/gtest.h>
 #include <memory>

@@ -3,7 +3,7 @@
 #include "tablebase/probe.h"
 #include "tablebase/syzygy.h"
 #include "tablebase/table_support.h"
-#include "verify/table_reader.h"
+#include "verification/table_reader.h"
 
 #include <algorithm>
 #include <bit>

@@ -2,7 +2,7 @@
 // format, and the check that a reader finds each value at its place.
 #pragma once
 
-#include "writer/table_file.h"
+#include "file/table_file.h"
 
 #include <cstdint>
 #include <functional>

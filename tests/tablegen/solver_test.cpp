@@ -1,5 +1,5 @@
-#include "solver/parallel.h"
 #include "solver/solver.h"
+#include "system/parallel.h"
 #include "tablebase/syzygy.h"
 #include "tablebase/table_support.h"
 #include "tablegen/engine_comparison.h"

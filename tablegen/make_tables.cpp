@@ -1,8 +1,8 @@
 // Makes the tables that the command line names, each after those that it converts into.
+#include "file/table_maker.h"
 #include "progress_line.h"
 #include "tasks.h"
-#include "verify/table_reader.h"
-#include "writer/table_maker.h"
+#include "verification/table_reader.h"
 
 #include <algorithm>
 #include <cerrno>

@@ -8,7 +8,7 @@
 // (four for a folded king), are the cell within the chunk, so that moving a man adds to a number.
 #pragma once
 
-#include "solver/signature.h"
+#include "rules/signature.h"
 
 #include <array>
 #include <cstddef>

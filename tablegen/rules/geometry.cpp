@@ -1,4 +1,4 @@
-#include "solver/geometry.h"
+#include "rules/geometry.h"
 
 #include <utility>
 #include <vector>

@@ -1,6 +1,6 @@
-#include "verify/judge.h"
+#include "verification/judge.h"
 
-#include "solver/parallel.h"
+#include "system/parallel.h"
 
 #include <algorithm>
 #include <mutex>

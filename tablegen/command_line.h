@@ -1,7 +1,7 @@
 // What the user asked for.
 #pragma once
 
-#include "solver/signature.h"
+#include "rules/signature.h"
 
 #include <string>
 #include <vector>

@@ -4,8 +4,8 @@
 // checksum of everything before them.
 #pragma once
 
-#include "writer/compress.h"
-#include "writer/numbering.h"
+#include "compression/compress.h"
+#include "numbering/numbering.h"
 
 #include <array>
 #include <cstdint>

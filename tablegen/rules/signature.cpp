@@ -1,4 +1,4 @@
-#include "solver/signature.h"
+#include "rules/signature.h"
 
 #include <algorithm>
 #include <functional>

@@ -2,7 +2,7 @@
 // rays, and the attack test built on them. Squares run a1 = 0, b1 = 1, ... h8 = 63.
 #pragma once
 
-#include "solver/signature.h"
+#include "rules/signature.h"
 
 #include <array>
 #include <cstdint>

@@ -1,7 +1,7 @@
 // The dictionary half of the compression: sequences of values become shorter sequences of symbols.
 #pragma once
 
-#include "writer/compress.h"
+#include "compression/compress.h"
 
 #include <cstdint>
 #include <vector>

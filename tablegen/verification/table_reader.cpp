@@ -1,4 +1,4 @@
-#include "verify/table_reader.h"
+#include "verification/table_reader.h"
 
 #include <algorithm>
 #include <cstdio>

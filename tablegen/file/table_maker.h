@@ -3,8 +3,8 @@
 // will look up, the side to move that the DTZ file stores, the value maps.
 #pragma once
 
+#include "file/table_file.h"
 #include "solver/solver.h"
-#include "writer/table_file.h"
 
 #include <cstdint>
 

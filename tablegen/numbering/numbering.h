@@ -4,7 +4,7 @@
 // and no two indices the same one.
 #pragma once
 
-#include "solver/signature.h"
+#include "rules/signature.h"
 
 #include <array>
 #include <cstddef>

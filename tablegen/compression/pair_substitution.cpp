@@ -1,4 +1,4 @@
-#include "writer/pair_substitution.h"
+#include "compression/pair_substitution.h"
 
 #include <algorithm>
 #include <cassert>

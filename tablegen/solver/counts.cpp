@@ -1,7 +1,7 @@
 // Counts what a solved table holds, by walking over all of it.
-#include "solver/geometry.h"
-#include "solver/parallel.h"
+#include "rules/geometry.h"
 #include "solver/solver.h"
+#include "system/parallel.h"
 
 #include <algorithm>
 #include <mutex>

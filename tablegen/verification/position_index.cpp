@@ -1,5 +1,5 @@
 // The index of a position in a table file, forward from the squares: the writer goes the other way.
-#include "verify/table_reader.h"
+#include "verification/table_reader.h"
 
 #include <algorithm>
 #include <functional>

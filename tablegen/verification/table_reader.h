@@ -2,8 +2,8 @@
 // the engine's reader, and trusting nothing that it reads. The file's bytes are held in memory.
 #pragma once
 
+#include "rules/signature.h"
 #include "solver/layout.h"
-#include "solver/signature.h"
 
 #include <array>
 #include <cstdint>

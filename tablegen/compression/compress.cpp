@@ -1,6 +1,6 @@
-#include "writer/compress.h"
+#include "compression/compress.h"
 
-#include "writer/pair_substitution.h"
+#include "compression/pair_substitution.h"
 
 #include <algorithm>
 #include <cassert>

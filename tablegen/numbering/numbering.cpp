@@ -1,4 +1,4 @@
-#include "writer/numbering.h"
+#include "numbering/numbering.h"
 
 #include <algorithm>
 #include <bit>

@@ -1,4 +1,4 @@
-#include "writer/table_file.h"
+#include "file/table_file.h"
 
 #include "system/system.h"
 

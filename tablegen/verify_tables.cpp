@@ -1,8 +1,8 @@
 // Judges all tables of a directory by solving their endgames afresh.
+#include "file/table_file.h"
 #include "progress_line.h"
 #include "tasks.h"
-#include "verify/judge.h"
-#include "writer/table_file.h"
+#include "verification/judge.h"
 
 #include <cstdio>
 #include <filesystem>

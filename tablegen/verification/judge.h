@@ -2,7 +2,7 @@
 #pragma once
 
 #include "solver/solver.h"
-#include "verify/table_reader.h"
+#include "verification/table_reader.h"
 
 #include <cstdint>
 #include <string>

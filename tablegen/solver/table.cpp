@@ -1,6 +1,6 @@
 #include "solver/table.h"
 
-#include "solver/geometry.h"
+#include "rules/geometry.h"
 
 #include <algorithm>
 #include <cassert>

@@ -1,7 +1,7 @@
 #include "solver/solver.h"
 
-#include "solver/geometry.h"
-#include "solver/parallel.h"
+#include "rules/geometry.h"
+#include "system/parallel.h"
 
 #include <algorithm>
 #include <array>

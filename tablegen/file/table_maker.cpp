@@ -1,6 +1,6 @@
-#include "writer/table_maker.h"
+#include "file/table_maker.h"
 
-#include "solver/parallel.h"
+#include "system/parallel.h"
 
 #include <algorithm>
 #include <bit>
