@@ -77,14 +77,14 @@ int dtz_from_record(TableEntry& entry, const std::uint8_t* record, int file_posi
     if ((flags & DTZ_MAPPED) != 0) {
         const std::uint8_t* const maps = dtz_map(entry);
         const bool wide = (flags & DTZ_WIDE_MAPS) != 0;
-        const auto map_entry = [maps, wide](int i) {
+        const auto map_entry = [maps, wide](std::uint32_t i) {
             return static_cast<int>(wide ? load_le16(maps + 2 * i) : maps[i]);
         };
-        const int offset = dtz_map_offsets(entry, file_position)[wdl_to_map[wdl + 2]];
+        const std::uint32_t offset = dtz_map_offsets(entry, file_position)[wdl_to_map[wdl + 2]];
         // The length of a map stands right before its first entry.
         if (value >= map_entry(offset - 1))
             return fail(success);
-        value = map_entry(offset + value);
+        value = map_entry(offset + static_cast<std::uint32_t>(value));
     }
     return (flags & ply_flags[wdl + 2]) != 0 ? value : 2 * value;
 }
