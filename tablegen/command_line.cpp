@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <charconv>
 #include <optional>
+#include <set>
 #include <thread>
 
 namespace brindlemoth::tablegen {
@@ -59,8 +60,7 @@ static void add_signature(CommandLine& line, const std::string& text) {
 CommandLine read_command_line(const std::vector<std::string>& arguments) {
     CommandLine line;
     line.threads = static_cast<int>(std::max(1U, std::thread::hardware_concurrency()));
-    bool verify = false;
-    bool out = false;
+    std::set<std::string> given;
     for (std::size_t i = 0; i < arguments.size() && line.problem.empty(); ++i) {
         const std::string& word = arguments[i];
         if (word == "--help" || word == "-h")
@@ -71,35 +71,37 @@ CommandLine read_command_line(const std::vector<std::string>& arguments) {
         }
         const bool known =
             word == "--men" || word == "--out" || word == "--verify" || word == "--threads";
-        if (!known || i + 1 == arguments.size()) {
-            line.problem = (known ? "no value after " : "unknown option ") + word;
+        if (!known || i + 1 == arguments.size() || !given.insert(word).second) {
+            line.problem = (!known                      ? "unknown option "
+                            : i + 1 == arguments.size() ? "no value after "
+                                                        : "more than one ") +
+                           word;
             break;
         }
         const std::string& value = arguments[++i];
         if (word == "--men") {
             add_men(line, value);
         } else if (word == "--threads") {
-            const std::optional<int> threads = read_number(value);
-            line.threads = threads.value_or(0);
+            line.threads = read_number(value).value_or(0);
             if (line.threads < 1 || line.threads > MAX_THREADS)
                 line.problem = "--threads takes a number from 1 to 256, not \"" + value + "\"";
         } else {
-            (word == "--out" ? out : verify) = true;
             line.directory = value;
             if (value.empty())
                 line.problem = word + " takes a directory, not \"\"";
         }
     }
-    if (line.problem.empty()) {
-        if (verify) {
-            line.task = Task::VERIFY;
-            line.problem = out || !line.wanted.empty() ? "--verify goes with nothing else" : "";
-        } else {
-            line.task = Task::MAKE;
-            line.problem = line.wanted.empty() ? "nothing to make; try --help"
-                           : !out              ? "no --out DIR to write to"
-                                               : "";
-        }
+    if (!line.problem.empty())
+        return line;
+    const bool out = given.contains("--out");
+    if (given.contains("--verify")) {
+        line.task = Task::VERIFY;
+        line.problem = out || !line.wanted.empty() ? "--verify goes with nothing else" : "";
+    } else {
+        line.task = Task::MAKE;
+        line.problem = line.wanted.empty() ? "nothing to make; try --help"
+                       : !out              ? "no --out DIR to write to"
+                                           : "";
     }
     return line;
 }

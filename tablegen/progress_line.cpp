@@ -11,6 +11,7 @@ namespace brindlemoth::tablegen {
 using Clock = std::chrono::steady_clock;
 
 constexpr auto BETWEEN_UPDATES = std::chrono::milliseconds(200);
+constexpr auto BETWEEN_LOG_LINES = std::chrono::seconds(60);
 
 ProgressLine start_progress(double total) {
     ProgressLine line;
@@ -25,6 +26,10 @@ void begin_table(ProgressLine& line, const std::string& table, double work) {
     line.current = work;
     line.table = table;
     line.shown = {}; // each table is named at once
+    if (!line.terminal) {
+        finish_table(table + ": begun");
+        line.shown = Clock::now();
+    }
     show_progress(line, 0);
 }
 
@@ -43,13 +48,14 @@ static std::string clock_text(double seconds) {
 
 void show_progress(ProgressLine& line, double done) {
     const Clock::time_point now = Clock::now();
-    if (!line.terminal || now - line.shown < BETWEEN_UPDATES)
+    if (now - line.shown < (line.terminal ? BETWEEN_UPDATES : BETWEEN_LOG_LINES))
         return;
     line.shown = now;
     const double share = (line.before + line.current * done) / line.total;
     const double elapsed = std::chrono::duration<double>(now - line.start).count();
     const std::string left = share > 0.001 ? clock_text(elapsed * (1 - share) / share) : "?";
-    std::printf("\r\033[K%s  %.0f%%  %s left", line.table.c_str(), 100 * share, left.c_str());
+    std::printf(line.terminal ? "\r\033[K%s  %.0f%%  %s left" : "%s: %.0f%% of all, %s left\n",
+                line.table.c_str(), 100 * share, left.c_str());
     std::fflush(stdout);
 }
 

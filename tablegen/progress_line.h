@@ -1,5 +1,6 @@
 // Tells the user how far the work is: a line that changes in place on a terminal (table, per cent,
-// time left), one plain line for each finished table otherwise. Standard output.
+// time left); in a log plain lines, when a table begins, each minute, and when it is finished.
+// Standard output.
 #pragma once
 
 #include <chrono>

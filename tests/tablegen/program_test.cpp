@@ -98,6 +98,7 @@ TEST(TablegenProgram, MakesATableWithAllThatItConvertsInto) {
     EXPECT_EQ(made.status, 0) << made.output;
     EXPECT_EQ(files_in(out).size(), 10U);
     EXPECT_EQ(made.output.find('\r'), std::string::npos); // no terminal, no changing line
+    EXPECT_NE(made.output.find("KPvK: begun\nKPvK: "), std::string::npos) << made.output;
     const Result verified = run_tablegen("--verify " + out);
     EXPECT_EQ(verified.status, 0) << verified.output;
     EXPECT_NE(verified.output.find("10 files"), std::string::npos) << verified.output;
@@ -145,6 +146,8 @@ TEST(TablegenProgram, SaysWhatIsWrongInOneLine) {
         {"--men x --out " + directory.path, "--men takes"},
         {"--threads 0 --men 3 --out " + directory.path, "--threads takes"},
         {"--frobnicate", "unknown option"},
+        {"KQvK --out " + directory.path + " --out " + directory.path, "more than one --out"},
+        {"--verify " + directory.path + " --verify " + file, "more than one --verify"},
         {"--men 3 --verify " + directory.path, "nothing else"},
         {"--verify " + directory.path, "no tables"},
         {"--verify " + directory.path + "/none", "cannot read directory"},
