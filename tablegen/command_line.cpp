@@ -9,13 +9,13 @@
 namespace brindlemoth::tablegen {
 
 const char* const help_text =
-    "Usage: tablegen --men 3|4 --out DIR\n"
+    "Usage: tablegen --men 3|4|5 --out DIR\n"
     "       tablegen SIGNATURE... --out DIR\n"
     "       tablegen --verify DIR\n"
     "\n"
     "Makes endgame tables in Syzygy format (.rtbw and .rtbz) from the rules of chess.\n"
     "\n"
-    "  --men N        every table of 3 to N men; N is 3 or 4\n"
+    "  --men N        every table of 3 to N men; N is 3, 4 or 5\n"
     "  SIGNATURE      such as KRPvKR: this table and all that it converts into; up to 5 men\n"
     "  --out DIR      where the tables go; made if it does not exist\n"
     "  --verify DIR   reads every value of every table in DIR back and judges it by solving\n"
@@ -37,8 +37,8 @@ static std::optional<int> read_number(const std::string& text) {
 
 static void add_men(CommandLine& line, const std::string& text) {
     const std::optional<int> men = read_number(text);
-    if (!men || (*men != 3 && *men != 4)) {
-        line.problem = "--men takes 3 or 4, not \"" + text + "\"";
+    if (!men || *men < 3 || *men > MAX_SOLVED_MEN) {
+        line.problem = "--men takes 3, 4 or 5, not \"" + text + "\"";
         return;
     }
     for (int number = 3; number <= *men; ++number) {

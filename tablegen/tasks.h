@@ -15,7 +15,4 @@ int verify_tables(const CommandLine& line);
 int complain(const std::string& problem);
 int complain(const char* problem);
 
-// The path of a table file.
-std::string table_path(const std::string& directory, const Signature& signature, bool dtz);
-
 } // namespace brindlemoth::tablegen

@@ -1,12 +1,16 @@
 // Judges all tables of a directory by solving their endgames afresh.
 #include "file/table_file.h"
 #include "progress_line.h"
+#include "shelf.h"
+#include "system/parallel.h"
 #include "tasks.h"
 #include "verification/judge.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <filesystem>
 #include <map>
+#include <mutex>
 #include <optional>
 #include <set>
 #include <span>
@@ -18,7 +22,8 @@ namespace {
 
 // The table files of a directory.
 struct Inventory {
-    std::vector<Signature> there;     // of a size that can be solved, with one file or both
+    // Signatures of a size that can be solved, with one file or both, after what they convert into.
+    std::vector<Signature> there;
     std::vector<std::string> skipped; // a line for each file that is not judged, and why
     std::error_code error;            // the directory could not be read
 };
@@ -34,7 +39,8 @@ static Inventory take_inventory(const std::string& directory) {
          entry.increment(found.error)) {
         const std::filesystem::path name = entry->path().filename();
         const std::optional<Signature> signature = parse_signature(name.stem().string());
-        const bool table = name.extension() == WDL_EXTENSION || name.extension() == DTZ_EXTENSION;
+        const bool table = name.extension() == extension_of(FileKind::WDL) ||
+                           name.extension() == extension_of(FileKind::DTZ);
         if (!table || !signature || name_of(*signature) != name.stem().string())
             continue;
         files.insert(name.string());
@@ -44,8 +50,8 @@ static Inventory take_inventory(const std::string& directory) {
         const bool solvable = men_of(signature) <= MAX_SOLVED_MEN;
         if (solvable)
             found.there.push_back(signature);
-        for (const char* extension : {WDL_EXTENSION, DTZ_EXTENSION}) {
-            const std::string file = name + extension;
+        for (const FileKind kind : {FileKind::WDL, FileKind::DTZ}) {
+            const std::string file = name + extension_of(kind);
             if (!files.contains(file))
                 found.skipped.push_back(file + ": not there");
             else if (!solvable)
@@ -53,8 +59,24 @@ static Inventory take_inventory(const std::string& directory) {
                                         std::to_string(MAX_SOLVED_MEN) + " men");
         }
     }
+    std::vector<Signature> in_order = closure(found.there);
+    std::erase_if(in_order, [&](const Signature& signature) {
+        return std::find(found.there.begin(), found.there.end(), signature) == found.there.end();
+    });
+    found.there = std::move(in_order);
     return found;
 }
+
+namespace {
+
+struct Judged {
+    std::string path;
+    TableReader reader;
+    std::string fault; // of the file as a whole
+    Verdict verdict;
+};
+
+} // namespace
 
 int verify_tables(const CommandLine& line) {
     const Inventory found = take_inventory(line.directory);
@@ -65,49 +87,57 @@ int verify_tables(const CommandLine& line) {
     if (found.there.empty())
         return complain("no tables of up to " + std::to_string(MAX_SOLVED_MEN) + " men in " +
                         line.directory);
-    const std::vector<Signature> needed = closure(found.there);
     double total = 0;
-    for (const Signature& signature : needed)
-        total += static_cast<double>(cells_of(make_layout(signature)));
+    for (const Signature& signature : found.there)
+        total += work_of(signature);
     ProgressLine progress = start_progress(total);
-    TableSet tables;
+    Shelf shelf{line.directory, line.threads, {}, {}};
     std::uint64_t positions = 0;
     std::size_t files = 0;
     std::size_t bad_files = 0;
-    for (std::size_t i = 0; i < needed.size(); ++i) {
-        const Signature& signature = needed[i];
-        const std::string name = name_of(signature);
-        begin_table(progress, name, static_cast<double>(cells_of(make_layout(signature))));
-        Table& table = solve(signature, tables, line.threads,
-                             [&](double done) { show_progress(progress, 0.5 * done); });
-        for (const bool dtz : {false, true}) {
-            const std::string path = table_path(line.directory, signature, dtz);
+    for (std::size_t i = 0; i < found.there.size(); ++i) {
+        const Signature& signature = found.there[i];
+        begin_table(progress, name_of(signature), work_of(signature));
+        make_room(shelf, std::span(found.there).subspan(i));
+        std::vector<Judged> judged;
+        for (const FileKind kind : {FileKind::WDL, FileKind::DTZ}) {
+            const std::string path = table_path(line.directory, signature, kind);
             std::error_code ignored;
             if (!std::filesystem::exists(path, ignored))
                 continue;
-            ++files;
-            TableReader reader;
-            const std::string fault = open_table(path, signature, dtz, reader);
-            if (!fault.empty()) {
-                ++bad_files;
-                finish_table(path + " " + fault);
-                continue;
-            }
-            auto judging = [&](double done) {
-                show_progress(progress, (dtz ? 0.75 : 0.5) + 0.25 * done);
-            };
-            const Verdict verdict = dtz ? judge_dtz(table, reader, line.threads, judging)
-                                        : judge_wdl(table, reader, line.threads, judging);
-            positions += verdict.positions;
-            bad_files += verdict.wrong != 0 ? 1 : 0;
-            std::string text = path + ": " + std::to_string(verdict.positions) + " positions, ";
-            text += verdict.wrong == 0
-                        ? "all right"
-                        : std::to_string(verdict.wrong) + " wrong, the first" + verdict.first_wrong;
-            finish_table(text);
+            Judged& file = judged.emplace_back();
+            file.path = path;
+            file.fault = open_table(path, signature, kind, file.reader);
         }
-        drop_distances(table);
-        drop_unneeded(tables, std::span(needed).subspan(i + 1));
+        std::mutex judging;
+        solve_from(
+            shelf, signature,
+            [&](const Part& part, int threads, const Progress& report) {
+                SharedProgress shares{report, std::vector<double>(judged.size()), {}};
+                parallel_for(threads, judged.size(), [&](std::size_t j) {
+                    if (!judged[j].fault.empty())
+                        return;
+                    const Verdict verdict =
+                        judge(part, judged[j].reader, progress_of_piece(shares, j));
+                    const std::lock_guard<std::mutex> lock(judging);
+                    add_verdict(judged[j].verdict, verdict);
+                });
+            },
+            [&](double done) { show_progress(progress, done); });
+        for (const auto& [path, reader, fault, verdict] : judged) {
+            ++files;
+            positions += verdict.positions;
+            const bool bad = !fault.empty() || verdict.wrong != 0;
+            bad_files += bad ? 1 : 0;
+            if (!bad && reader.kind == FileKind::WDL)
+                shelf.trusted.insert(name_of(signature));
+            finish_table(!fault.empty()
+                             ? path + " " + fault
+                             : path + ": " + std::to_string(verdict.positions) + " positions, " +
+                                   (bad ? std::to_string(verdict.wrong) + " wrong, the first" +
+                                              verdict.first_wrong
+                                        : "all right"));
+        }
     }
     clear_progress();
     std::printf("%zu files, %llu positions judged\n", files,

@@ -14,17 +14,9 @@ namespace brindlemoth::tablegen {
 constexpr std::uint64_t BLOCKS_PER_ENTRY = 8;
 constexpr int MAX_INDEX_BITS = 20;
 
-std::size_t stream_bytes(const CompressedStream& stream) {
-    if (stream.constant)
-        return 2;
-    const std::size_t symbols = stream.symbols.size();
-    return 12 + 2 * stream.first_symbol.size() + 3 * symbols + symbols % 2 +
-           6 * stream.index_table.size() + 2 * stream.block_lengths.size() + stream.blocks.size();
-}
-
 // The code length of each symbol by Huffman's construction; 0 for symbols that do not occur.
 // Lengths beyond the limit are avoided by flattening the counts until they fit.
-static std::vector<int> code_lengths(std::vector<std::uint64_t> counts, int limit) {
+static std::vector<int> code_lengths(std::vector<std::uint64_t> counts) {
     std::vector<int> lengths(counts.size(), 0);
     while (true) {
         using Node = std::pair<std::uint64_t, std::size_t>; // count, node number
@@ -53,7 +45,7 @@ static std::vector<int> code_lengths(std::vector<std::uint64_t> counts, int limi
             depth[i] = used ? depth[parent[i]] + 1 : 0;
         }
         std::copy_n(depth.begin(), counts.size(), lengths.begin());
-        if (*std::max_element(lengths.begin(), lengths.end()) <= limit)
+        if (*std::max_element(lengths.begin(), lengths.end()) <= MAX_CODE_LENGTH)
             return lengths;
         for (std::uint64_t& count : counts)
             count = count == 0 ? 0 : count / 4 + 1;
@@ -74,12 +66,12 @@ struct Coded {
 
 // Numbers the symbols anew, those with the longest codes first and those without a code last, and
 // gives them codes that count upward in that order.
-static Coded assign_codes(Substitution substitution, int limit, CompressedStream& stream) {
+static Coded assign_codes(Substitution substitution, CompressedStream& stream) {
     const std::size_t count = substitution.symbols.size();
     std::vector<std::uint64_t> counts(count);
     for (const std::uint16_t symbol : substitution.sequence)
         ++counts[symbol];
-    const std::vector<int> lengths = code_lengths(counts, limit);
+    const std::vector<int> lengths = code_lengths(counts);
     std::vector<std::size_t> by_length(count);
     std::iota(by_length.begin(), by_length.end(), std::size_t{0});
     std::stable_sort(by_length.begin(), by_length.end(),
@@ -219,18 +211,19 @@ static void fill_index_table(std::uint64_t positions, int index_bits, Compressed
     assert(stream.extra_blocks <= 255);
 }
 
-CompressedStream compress(std::vector<std::uint16_t> values, const CompressionSettings& settings) {
+CompressedStream compress(std::vector<std::uint16_t> values, const CompressionSettings& settings,
+                          const Progress& progress) {
     CompressedStream stream;
     const bool constant = std::all_of(values.begin(), values.end(),
                                       [&](std::uint16_t value) { return value == values[0]; });
-    if (constant && settings.allow_constant) {
+    if (constant) {
         stream.constant = true;
         stream.constant_value = values[0];
         return stream;
     }
     const std::uint64_t positions = values.size();
-    const Coded coded = assign_codes(substitute_pairs(std::move(values), settings),
-                                     settings.max_code_length, stream);
+    const Coded coded =
+        assign_codes(substitute_pairs(std::move(values), settings, progress), stream);
     stream.block_size_log2 = choose_block_size(coded, settings);
     fill_blocks(coded, settings, stream);
     fill_index_table(positions, settings.index_bits, stream);

@@ -3,6 +3,8 @@
 // size, with an index table that finds the block of any value.
 #pragma once
 
+#include "system/progress.h"
+
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -23,13 +25,8 @@ struct CompressionSettings {
     int max_block_size_log2 = 10;
     int index_bits = 0; // 0: chosen to have an entry for every few blocks
     int max_symbols = MAX_SYMBOLS;
-    // A pair becomes a symbol when it occurs at least so often.
-    std::uint32_t min_pair_count = 10;
-    int max_code_length = MAX_CODE_LENGTH;
     // Values per block are held down to this, for tests that want many blocks.
     std::size_t max_block_values = MAX_BLOCK_VALUES;
-    // Whether a sequence of one value becomes a constant stream.
-    bool allow_constant = true;
 };
 
 constexpr std::uint16_t LEAF = 0xFFF; // as a right part: the left part is a value
@@ -59,11 +56,8 @@ struct CompressedStream {
     std::vector<std::uint8_t> blocks;
 };
 
-// The bytes of all sections of the stream, its header included and padding left out.
-std::size_t stream_bytes(const CompressedStream& stream);
-
 // Compresses the values, each at most MAX_VALUE. Requires at least one value.
 CompressedStream compress(std::vector<std::uint16_t> values,
-                          const CompressionSettings& settings = {});
+                          const CompressionSettings& settings = {}, const Progress& progress = {});
 
 } // namespace brindlemoth::tablegen

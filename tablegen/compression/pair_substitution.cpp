@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cassert>
+#include <tuple>
+#include <utility>
 
 namespace brindlemoth::tablegen {
 
@@ -9,13 +11,14 @@ namespace brindlemoth::tablegen {
 // nearly as good as one pair at a time, in far fewer passes over the sequence.
 constexpr double ROUND_FRACTION = 0.6;
 
-// In the pair table: the entry is a new symbol, not a count.
-constexpr std::uint32_t ACCEPTED = 0x80000000;
+// A pair becomes a symbol when it occurs at least so often.
+constexpr std::uint32_t MIN_PAIR_COUNT = 4;
 
 namespace {
 
 struct Pair {
-    std::uint32_t place; // in the pair table
+    std::uint16_t left;
+    std::uint16_t right;
     std::uint32_t count;
 };
 
@@ -25,21 +28,22 @@ struct PairTable {
     std::vector<std::uint32_t> entries;
     std::vector<std::uint16_t> values; // by symbol
 
-    std::uint32_t& at(std::uint16_t left, std::uint16_t right) {
+    std::uint32_t& at(std::size_t left, std::size_t right) {
         return entries[left * stride + right];
     }
     // Makes room for that many symbols. All entries must be 0 and stay so.
     void reserve(std::size_t symbols) {
         if (symbols > stride) {
             stride = std::min<std::size_t>(std::max<std::size_t>(64, 2 * symbols), MAX_SYMBOLS + 1);
-            entries.assign(stride * stride, 0);
+            entries = std::vector<std::uint32_t>(); // gives its memory back first
+            entries.resize(stride * stride);
         }
     }
 };
 
 } // namespace
 
-// Lists the pairs that may become symbols, the most frequent first.
+// Counts the pairs that stand side by side, and lists those that may become symbols.
 static std::vector<Pair> count_pairs(const std::vector<std::uint16_t>& sequence, PairTable& table) {
     std::vector<Pair> pairs;
     bool counted_twin = false; // the pair before this one was the same symbol twice
@@ -52,44 +56,61 @@ static std::vector<Pair> count_pairs(const std::vector<std::uint16_t>& sequence,
             continue;
         }
         counted_twin = left == right;
-        std::uint32_t& count = table.at(left, right);
-        if (count++ == 0) {
-            const auto place = static_cast<std::uint32_t>(left * table.stride + right);
-            pairs.push_back({place, 0});
-        }
+        if (table.at(left, right)++ == 0)
+            pairs.push_back({left, right, 0});
     }
-    for (Pair& pair : pairs) {
-        pair.count = table.entries[pair.place];
-        table.entries[pair.place] = 0;
-    }
+    for (Pair& pair : pairs)
+        pair.count = std::exchange(table.at(pair.left, pair.right), 0);
     std::erase_if(pairs, [&](const Pair& pair) {
-        return table.values[pair.place / table.stride] + table.values[pair.place % table.stride] >
-               MAX_SYMBOL_VALUES;
-    });
-    std::sort(pairs.begin(), pairs.end(), [](const Pair& a, const Pair& b) {
-        return a.count != b.count ? a.count > b.count : a.place < b.place;
+        return table.values[pair.left] + table.values[pair.right] > MAX_SYMBOL_VALUES;
     });
     return pairs;
 }
 
+// Replaces the pairs whose entries name a symbol.
 static void replace_pairs(std::vector<std::uint16_t>& sequence, PairTable& table) {
     std::size_t write = 0;
     std::size_t read = 0;
     while (read < sequence.size()) {
-        const std::uint32_t entry =
+        const std::uint32_t symbol =
             read + 1 < sequence.size() ? table.at(sequence[read], sequence[read + 1]) : 0;
-        if (entry != 0) {
-            sequence[write++] = static_cast<std::uint16_t>(entry & ~ACCEPTED);
-            read += 2;
-        } else {
-            sequence[write++] = sequence[read++];
-        }
+        sequence[write++] = symbol != 0 ? static_cast<std::uint16_t>(symbol) : sequence[read];
+        read += symbol != 0 ? 2 : 1;
     }
     sequence.resize(write);
 }
 
+// The pairs that are to become symbols next: the most frequent ones that do not compete for a
+// symbol between them.
+static std::vector<Pair> choose_pairs(std::vector<Pair> pairs, std::size_t symbols,
+                                      std::size_t most) {
+    std::uint32_t greatest = 0;
+    for (const Pair& pair : pairs)
+        greatest = std::max(greatest, pair.count);
+    const auto least =
+        std::max(MIN_PAIR_COUNT, static_cast<std::uint32_t>(greatest * ROUND_FRACTION));
+    std::erase_if(pairs, [&](const Pair& pair) { return pair.count < least; });
+    std::sort(pairs.begin(), pairs.end(), [](const Pair& a, const Pair& b) {
+        return std::tuple(b.count, a.left, a.right) < std::tuple(a.count, b.left, b.right);
+    });
+    std::vector<bool> is_left(symbols);
+    std::vector<bool> is_right(symbols);
+    std::vector<Pair> chosen;
+    for (const Pair& pair : pairs) {
+        if (chosen.size() == most)
+            break;
+        if (is_right[pair.left] || is_left[pair.right] ||
+            (pair.left == pair.right && is_left[pair.left]))
+            continue;
+        is_left[pair.left] = true;
+        is_right[pair.right] = true;
+        chosen.push_back(pair);
+    }
+    return chosen;
+}
+
 Substitution substitute_pairs(std::vector<std::uint16_t> values,
-                              const CompressionSettings& settings) {
+                              const CompressionSettings& settings, const Progress& progress) {
     Substitution made;
     made.sequence = std::move(values);
     PairTable table;
@@ -108,34 +129,24 @@ Substitution substitute_pairs(std::vector<std::uint16_t> values,
 
     const auto max_symbols = static_cast<std::size_t>(settings.max_symbols);
     while (made.symbols.size() < max_symbols) {
+        if (progress)
+            progress(static_cast<double>(made.symbols.size()) / static_cast<double>(max_symbols));
         table.reserve(made.symbols.size());
-        const std::vector<Pair> pairs = count_pairs(made.sequence, table);
-        if (pairs.empty() || pairs[0].count < settings.min_pair_count)
+        const std::vector<Pair> chosen =
+            choose_pairs(count_pairs(made.sequence, table), made.symbols.size(),
+                         max_symbols - made.symbols.size());
+        if (chosen.empty())
             break;
-        const auto least = std::max<std::uint32_t>(
-            settings.min_pair_count, static_cast<std::uint32_t>(pairs[0].count * ROUND_FRACTION));
-        // Pairs of one round must not compete for a symbol between them.
-        std::vector<bool> is_left(made.symbols.size());
-        std::vector<bool> is_right(made.symbols.size());
-        std::vector<std::uint32_t> accepted;
-        for (const Pair& pair : pairs) {
-            const auto left = static_cast<std::uint16_t>(pair.place / table.stride);
-            const auto right = static_cast<std::uint16_t>(pair.place % table.stride);
-            if (pair.count < least || made.symbols.size() == max_symbols)
-                break;
-            if (is_right[left] || is_left[right] || (left == right && is_left[left]))
-                continue;
-            is_left[left] = true;
-            is_right[right] = true;
-            table.entries[pair.place] = ACCEPTED | static_cast<std::uint32_t>(made.symbols.size());
-            accepted.push_back(pair.place);
+        for (const auto& [left, right, count] : chosen) {
+            // No pair is the first symbol.
+            table.at(left, right) = static_cast<std::uint32_t>(made.symbols.size());
             made.symbols.push_back({left, right});
             table.values.push_back(
                 static_cast<std::uint16_t>(table.values[left] + table.values[right]));
         }
         replace_pairs(made.sequence, table);
-        for (const std::uint32_t place : accepted)
-            table.entries[place] = 0;
+        for (const Pair& pair : chosen)
+            table.at(pair.left, pair.right) = 0;
     }
     return made;
 }

@@ -14,6 +14,6 @@ struct Substitution {
 };
 
 Substitution substitute_pairs(std::vector<std::uint16_t> values,
-                              const CompressionSettings& settings);
+                              const CompressionSettings& settings, const Progress& progress);
 
 } // namespace brindlemoth::tablegen

@@ -7,11 +7,10 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <filesystem>
 
 namespace brindlemoth::tablegen {
 
-constexpr std::array<std::uint8_t, 4> WDL_MAGIC = {0x71, 0xE8, 0x23, 0x5D};
-constexpr std::array<std::uint8_t, 4> DTZ_MAGIC = {0xD7, 0x66, 0x0C, 0xA5};
 constexpr std::size_t BLOCK_ALIGNMENT = 64;
 
 namespace {
@@ -67,7 +66,7 @@ static void put_stream_header(Bytes& bytes, const CompressedStream& stream, std:
     bytes.align(2);
 }
 
-// The maps of one file position; `start` is where all maps of the file begin.
+// The maps of one file position.
 static void put_maps(Bytes& bytes, const FilePosition& position) {
     const int width = (position.flags & DTZ_WIDE_MAPS) != 0 ? 2 : 1;
     if (width == 2)
@@ -90,9 +89,8 @@ std::uint64_t checksum(const std::uint8_t* bytes, std::size_t size) {
 std::vector<std::uint8_t> lay_out(const TableFile& file) {
     const bool wdl = file.kind == FileKind::WDL;
     const bool split = file.positions.front().streams.size() == 2;
-    const auto& magic = wdl ? WDL_MAGIC : DTZ_MAGIC;
     Bytes bytes;
-    bytes.out.assign(magic.begin(), magic.end());
+    bytes.number(magic_of(file.kind), 4);
     // Bit 1 tells pawn tables apart; no reader needs it.
     const bool pawns = pawns_of(file.signature) != 0;
     bytes.number((split ? 1U : 0U) | (pawns ? 2U : 0U), 1);
@@ -133,6 +131,10 @@ std::vector<std::uint8_t> lay_out(const TableFile& file) {
     bytes.out.insert(bytes.out.end(), TRAILER_TAG.begin(), TRAILER_TAG.end());
     bytes.number(sum, 8);
     return bytes.out;
+}
+
+std::string table_path(const std::string& directory, const Signature& signature, FileKind kind) {
+    return (std::filesystem::path(directory) / (name_of(signature) + extension_of(kind))).string();
 }
 
 std::string temporary_name(const std::string& path) {

@@ -46,14 +46,16 @@ struct TableFile {
     std::vector<FilePosition> positions; // file_positions() of them, all with as many streams
 };
 
-constexpr const char* WDL_EXTENSION = ".rtbw";
-constexpr const char* DTZ_EXTENSION = ".rtbz";
 constexpr std::array<char, 8> TRAILER_TAG = {'t', 'a', 'b', 'l', 'e', 'g', 'e', 'n'};
 constexpr std::size_t TRAILER_BYTES = 16;
 
 constexpr const char* extension_of(FileKind kind) {
-    return kind == FileKind::WDL ? WDL_EXTENSION : DTZ_EXTENSION;
+    return kind == FileKind::WDL ? ".rtbw" : ".rtbz";
 }
+constexpr std::uint32_t magic_of(FileKind kind) {
+    return kind == FileKind::WDL ? 0x5D23E871 : 0xA50C66D7;
+}
+std::string table_path(const std::string& directory, const Signature& signature, FileKind kind);
 
 std::vector<std::uint8_t> lay_out(const TableFile& file);
 

@@ -1,13 +1,12 @@
 #include "file/table_maker.h"
 
+#include "numbering/cell_walk.h"
 #include "system/parallel.h"
 
 #include <algorithm>
 #include <bit>
-#include <cassert>
-#include <map>
-#include <mutex>
-#include <numeric>
+#include <cmath>
+#include <memory>
 #include <utility>
 
 namespace brindlemoth::tablegen {
@@ -16,75 +15,40 @@ namespace brindlemoth::tablegen {
 constexpr int WDL_BLOCK_SIZE_LOG2 = 6;
 constexpr int DTZ_BLOCK_SIZE_LOG2 = 10;
 
-// Orders of men are compared on some stretches of neighbouring indices: this many of them in all
-// orders together, within bounds for each order.
-constexpr std::size_t SAMPLES_IN_ALL = 2400;
-constexpr std::size_t MIN_SAMPLES = 12;
-constexpr std::size_t MAX_SAMPLES = 48;
-constexpr std::uint64_t SAMPLE_LENGTH = 1024;
+// Orders of men are compared on short stretches of indices, in rounds: each leaves the better half
+// in play, and the next looks at more.
+constexpr double FIRST_SAMPLES = 16;
+constexpr double MORE_SAMPLES = 1.7;
+constexpr std::uint64_t SAMPLE_LENGTH = 256;
 
 // Shares of the work on a stream, about, when its order is chosen and when its values are made.
-constexpr double ORDERED = 0.2;
+constexpr double ORDERED = 0.1;
 constexpr double VALUES_MADE = 0.6;
-constexpr std::uint64_t BETWEEN_REPORTS = 1 << 18;
+constexpr std::uint64_t BETWEEN_REPORTS = 1 << 20;
 
 // In a sequence of DTZ values: no reader looks here.
 constexpr std::uint16_t UNUSED = 0xFFFF;
+constexpr int MAP_SHIFT = 12; // where the number of a value's map stands before it is mapped
+constexpr std::uint16_t VALUE_MASK = (1 << MAP_SHIFT) - 1;
 
-WdlChoice wdl_choice(const Table& table, const Placement& placement, Side side) {
-    const int distance = table.distance[side][cell_of(table.layout, placement)];
-    if (distance == ILLEGAL_DISTANCE)
+// The WDL values that may be stored for a position, bit 0 for -2 to bit 4 for 2: its own value;
+// where its best capture is as good, that or any smaller one; where a capture wins, anything.
+using WdlChoice = std::uint8_t;
+constexpr WdlChoice ANY_WDL = 0x1F;
+
+static WdlChoice wdl_choice(Cell cell) {
+    if (!is_legal(cell) || capture_of(cell) == 2)
         return ANY_WDL;
-    const int wdl = wdl_of_distance(distance);
-    const int capture = best_capture(table, placement, side);
-    if (capture == 2)
-        return ANY_WDL;
+    const int wdl = wdl_of_distance(distance_of(cell));
     const int own = 1 << (wdl + 2);
-    return static_cast<WdlChoice>(capture == wdl ? 2 * own - 1 : own);
+    return static_cast<WdlChoice>(capture_of(cell) == wdl ? 2 * own - 1 : own);
 }
 
-bool dtz_matters(const Table& table, const Placement& placement, Side side) {
-    const int distance = table.distance[side][cell_of(table.layout, placement)];
-    if (distance == ILLEGAL_DISTANCE || distance == 0)
-        return false;
-    const int wdl = wdl_of_distance(distance);
-    if (wdl < 0)
-        return true;
-    const ZeroingMoves zeroing = zeroing_moves(table, placement, side);
-    return zeroing.best_capture != wdl && zeroing.best_pawn_move != wdl;
+bool dtz_matters(Cell cell) {
+    return is_legal(cell) && (cell & CELL_PLIES) != 0 && (cell & CELL_ZEROES) == 0;
 }
 
 namespace {
-
-// One stream on its way: which position each of its indices is.
-struct Source {
-    const Table& table;
-    Side side;
-    Numbering numbering;
-    std::array<std::uint8_t, MAX_FILE_MEN> slot{}; // of each man in the stream's order
-
-    Source(const Table& solved, Side to_move, int file_position, const StreamOrder& order)
-        : table(solved), side(to_move),
-          numbering(make_numbering(solved.layout.signature, file_position, order)) {
-        std::array<bool, 8> used{};
-        for (std::size_t man = 0; man < numbering.men; ++man) {
-            const std::uint8_t piece = order.piece[man];
-            std::size_t next = 0;
-            while (used[next] || solved.layout.kind[next] != kind_of(piece) ||
-                   solved.layout.side[next] != side_of(piece))
-                ++next;
-            used[next] = true;
-            slot[man] = static_cast<std::uint8_t>(next);
-        }
-    }
-    Placement placement(std::uint64_t index) const {
-        const FileSquares squares = squares_at(numbering, index);
-        Placement result{};
-        for (std::size_t man = 0; man < numbering.men; ++man)
-            result[slot[man]] = squares[man];
-        return result;
-    }
-};
 
 // Meets the WDL choices in order and settles on values in as few runs as can be: a run goes on
 // as long as one value suits all its positions.
@@ -116,189 +80,195 @@ struct WdlRuns {
     }
 };
 
+// A way to number a stream, and how well it has done so far.
+struct Candidate {
+    Side side;
+    Numbering numbering;
+    std::size_t runs = 0;
+};
+
 } // namespace
 
-// How many plies a value adds to the least of its kind (1, or 101 with the fifty-move rule in
-// play).
-static int plies_beyond_first(int distance) {
-    const int size = std::abs(distance);
-    return size > 100 ? size - 101 : size - 1;
-}
-
-// Which of the four maps a value goes through: wins, losses, spoilt wins, spoilt losses.
-static std::size_t map_of(int distance) {
-    return (distance < 0 ? 1U : 0U) + (std::abs(distance) > 100 ? 2U : 0U);
-}
-
-// What is stored for a position before any map: the map's number and moves to the zeroing move.
-static std::uint16_t dtz_value(const Source& source, std::uint64_t index) {
-    const Placement placement = source.placement(index);
-    if (!dtz_matters(source.table, placement, source.side))
+// What is stored for a position before any map: plies beyond the least of its kind (1, or 101 with
+// the fifty-move rule in play), and which of the four maps it goes through: that of wins, losses,
+// spoilt wins, saved losses.
+static std::uint16_t dtz_value(Cell cell) {
+    if (!dtz_matters(cell))
         return UNUSED;
-    const int distance =
-        source.table.distance[source.side][cell_of(source.table.layout, placement)];
-    const int moves = plies_beyond_first(distance) / 2;
-    return static_cast<std::uint16_t>(map_of(distance) << 12 | static_cast<std::size_t>(moves));
+    const int distance = distance_of(cell);
+    const int plies = std::abs(distance) - 1;
+    const int map = (distance < 0 ? 1 : 0) + (plies >= FIFTY_MOVES ? 2 : 0);
+    return static_cast<std::uint16_t>(map << MAP_SHIFT |
+                                      (plies >= FIFTY_MOVES ? plies - FIFTY_MOVES : plies));
 }
 
-// Counts the runs of like values over sample stretches, for one order of the men.
-template <typename Count>
-static std::size_t sample_runs(const Source& source, std::size_t wanted, const Count& count) {
-    const std::uint64_t positions = source.numbering.positions;
-    std::size_t runs = 0;
-    const std::uint64_t samples = std::min<std::uint64_t>(wanted, 1 + positions / SAMPLE_LENGTH);
-    for (std::uint64_t i = 0; i < samples; ++i) {
-        const std::uint64_t first = i * (positions / samples);
-        runs += count(first, std::min(positions, first + SAMPLE_LENGTH));
+// Calls visit(cell) for indices of a stream in order. The cells lie all over memory: they are
+// fetched in batches, so that many are on their way at once.
+template <typename Visit>
+static void for_cells(const Part& part, const Candidate& candidate, std::uint64_t first,
+                      std::uint64_t last, const Visit& visit, const Progress& progress = {}) {
+    CellWalk walk = cells_from(part.table.layout, candidate.numbering, first);
+    std::array<std::size_t, 256> number;
+    std::array<Cell, 256> cell;
+    for (std::uint64_t index = first; index < last; index += number.size()) {
+        if (progress && index % BETWEEN_REPORTS == 0)
+            progress(ORDERED + (VALUES_MADE - ORDERED) * static_cast<double>(index) /
+                                   static_cast<double>(last));
+        const std::size_t count = std::min<std::uint64_t>(number.size(), last - index);
+        for (std::size_t i = 0; i < count; ++i, advance(walk))
+            number[i] = walk.cell;
+        for (std::size_t i = 0; i < count; ++i)
+            cell[i] = part.cell(candidate.side, number[i]);
+        for (std::size_t i = 0; i < count; ++i)
+            visit(cell[i]);
     }
-    return runs;
 }
 
-static std::size_t sample_wdl_runs(const Source& source, std::size_t samples) {
-    return sample_runs(source, samples, [&](std::uint64_t first, std::uint64_t last) {
-        WdlRuns runs;
-        for (std::uint64_t index = first; index < last; ++index)
-            runs.meet(wdl_choice(source.table, source.placement(index), source.side));
-        runs.close();
-        return runs.runs;
+static std::size_t runs_of(const Part& part, const Candidate& candidate, FileKind kind,
+                           std::uint64_t first, std::uint64_t last) {
+    WdlRuns wdl;
+    std::size_t runs = 0;
+    std::uint16_t current = UNUSED;
+    for_cells(part, candidate, first, last, [&](Cell cell) {
+        if (kind == FileKind::WDL) {
+            wdl.meet(wdl_choice(cell));
+            return;
+        }
+        const std::uint16_t value = dtz_value(cell);
+        if (value != UNUSED && value / 2 != current) {
+            ++runs;
+            current = value / 2;
+        }
     });
+    wdl.close();
+    return runs + wdl.runs;
 }
 
-static std::size_t sample_dtz_runs(const Source& source, std::size_t samples) {
-    return sample_runs(source, samples, [&](std::uint64_t first, std::uint64_t last) {
-        std::size_t runs = 1;
-        std::uint16_t current = UNUSED;
-        for (std::uint64_t index = first; index < last; ++index) {
-            const std::uint16_t value = dtz_value(source, index);
-            if (value != UNUSED && value != current) {
-                runs += current != UNUSED ? 1 : 0;
-                current = value;
+// The order of the men, and the side to move where there is a choice, with the fewest runs.
+static Candidate choose_numbering(const Part& part, FileKind kind, std::span<const Side> sides) {
+    std::vector<Candidate> candidates;
+    for (const StreamOrder& order : possible_orders(part.table.layout.signature))
+        for (const Side side : sides)
+            candidates.push_back(
+                {side, make_numbering(part.table.layout.signature, part.file_position, order)});
+    // Each sample lies where those before it leave most room.
+    constexpr double GOLDEN = 0.6180339887498949;
+    double place = 0;
+    for (double samples = FIRST_SAMPLES; candidates.size() > 1; samples *= MORE_SAMPLES) {
+        for (int sample = 0; sample < samples; ++sample, place += GOLDEN) {
+            for (Candidate& candidate : candidates) {
+                const std::uint64_t positions = candidate.numbering.positions;
+                const auto first = static_cast<std::uint64_t>((place - std::floor(place)) *
+                                                              static_cast<double>(positions));
+                candidate.runs += runs_of(part, candidate, kind, first,
+                                          std::min(positions, first + SAMPLE_LENGTH));
             }
         }
-        return runs;
-    });
-}
-
-// The order with the fewest runs.
-template <typename Runs>
-static StreamOrder choose_order(const Table& table, Side side, int file_position,
-                                const Progress& report, const Runs& runs_of) {
-    StreamOrder best;
-    std::size_t fewest = SIZE_MAX;
-    double tried = 0;
-    const std::vector<StreamOrder> orders = possible_orders(table.layout.signature);
-    const std::size_t samples =
-        std::clamp(SAMPLES_IN_ALL / orders.size(), MIN_SAMPLES, MAX_SAMPLES);
-    for (const StreamOrder& order : orders) {
-        const std::size_t runs = runs_of(Source(table, side, file_position, order), samples);
-        if (runs < fewest) {
-            fewest = runs;
-            best = order;
-        }
-        tried += 1;
-        report(ORDERED * tried / static_cast<double>(orders.size()));
+        std::stable_sort(candidates.begin(), candidates.end(),
+                         [](const auto& a, const auto& b) { return a.runs < b.runs; });
+        candidates.erase(candidates.begin() + static_cast<long>((candidates.size() + 1) / 2),
+                         candidates.end());
     }
-    return best;
+    return candidates[0];
 }
 
-// Calls visit(index) for every index of the stream in order.
-template <typename Visit>
-static void for_indices(const Source& source, const Progress& report, const Visit& visit) {
-    const std::uint64_t positions = source.numbering.positions;
-    for (std::uint64_t index = 0; index < positions; ++index) {
-        if (index % BETWEEN_REPORTS == 0) {
-            const double share = static_cast<double>(index) / static_cast<double>(positions);
-            report(ORDERED + (VALUES_MADE - ORDERED) * share);
-        }
-        visit(index);
-    }
-    report(VALUES_MADE);
+static CompressedStream compress_values(std::vector<std::uint16_t> values, int max_block_size_log2,
+                                        const Progress& progress) {
+    CompressionSettings settings;
+    settings.max_block_size_log2 = max_block_size_log2;
+    return compress(std::move(values), settings,
+                    [&](double share) { progress(VALUES_MADE + (1 - VALUES_MADE) * share); });
 }
 
-static FileStream make_wdl_stream(const Table& table, Side side, int file_position,
-                                  const Progress& report) {
-    FileStream stream;
-    stream.order = choose_order(table, side, file_position, report, sample_wdl_runs);
-    const Source source(table, side, file_position, stream.order);
+static FileStream make_wdl_stream(const Part& part, Side side, const Progress& progress) {
+    const Candidate chosen = choose_numbering(part, FileKind::WDL, {&side, 1});
     std::vector<std::uint16_t> values;
-    values.reserve(source.numbering.positions);
+    values.reserve(chosen.numbering.positions);
     WdlRuns runs;
     runs.values = &values;
-    for_indices(source, report, [&](std::uint64_t index) {
-        runs.meet(wdl_choice(table, source.placement(index), side));
-    });
+    for_cells(
+        part, chosen, 0, chosen.numbering.positions,
+        [&](Cell cell) { runs.meet(wdl_choice(cell)); }, progress);
     runs.close();
-    CompressionSettings settings;
-    settings.max_block_size_log2 = WDL_BLOCK_SIZE_LOG2;
-    stream.data = compress(std::move(values), settings);
-    return stream;
+    return {chosen.numbering.order,
+            compress_values(std::move(values), WDL_BLOCK_SIZE_LOG2, progress)};
 }
 
-// Turns raw values into what is stored, through maps if they help: each map lists its values from
-// the most frequent down, so that wins and losses share small numbers.
+// Turns raw values into what is stored: moves, or plies where the loss of one would move a distance
+// across the fifty-move line; through maps if they help. Each map lists its values from the most
+// frequent down, so that wins and losses share small numbers.
 static void make_maps(std::vector<std::uint16_t>& values, FilePosition& position) {
-    std::array<std::map<std::uint16_t, std::size_t>, 4> counts;
-    std::uint16_t greatest = 0;
-    for (const std::uint16_t value : values) {
-        if (value != UNUSED) {
-            ++counts[value >> 12][value & 0xFFF];
-            greatest = std::max<std::uint16_t>(greatest, value & 0xFFF);
-        }
+    using Counts = std::array<std::size_t, VALUE_MASK + 1>;
+    const auto count_values = [&] {
+        auto counts = std::make_unique<std::array<Counts, 4>>();
+        for (const std::uint16_t value : values)
+            if (value != UNUSED)
+                ++(*counts)[value >> MAP_SHIFT][value & VALUE_MASK];
+        return counts;
+    };
+    const auto plies = count_values();
+    for (std::size_t map = 0; map < 2; ++map)
+        if ((*plies)[map][FIFTY_MOVES - 1] != 0)
+            position.flags |= map == 0 ? DTZ_WINS_IN_PLIES : DTZ_LOSSES_IN_PLIES;
+    for (std::uint16_t& value : values) {
+        const int map = value >> MAP_SHIFT;
+        const bool in_plies = (map == 0 && (position.flags & DTZ_WINS_IN_PLIES) != 0) ||
+                              (map == 1 && (position.flags & DTZ_LOSSES_IN_PLIES) != 0);
+        if (value != UNUSED && !in_plies)
+            value = static_cast<std::uint16_t>(map << MAP_SHIFT | (value & VALUE_MASK) / 2);
     }
-    const auto kinds = std::count_if(counts.begin(), counts.end(),
-                                     [](const auto& count) { return !count.empty(); });
-    // Values of one kind that are all in use need no map, unless they are too big for a leaf.
-    const bool mapped = kinds > 1;
+    const auto counts = count_values();
     std::array<std::vector<std::uint16_t>, 4> number;
     for (std::size_t map = 0; map < 4; ++map) {
-        std::vector<std::pair<std::size_t, std::uint16_t>> by_count;
-        for (const auto& [value, count] : counts[map])
-            by_count.emplace_back(count, value);
-        std::stable_sort(by_count.begin(), by_count.end(),
-                         [](const auto& a, const auto& b) { return a.first > b.first; });
-        number[map].resize(std::size_t{greatest} + 1);
-        for (const auto& [count, value] : by_count) {
-            number[map][value] = static_cast<std::uint16_t>(position.maps[map].size());
-            position.maps[map].push_back(value);
-        }
+        std::vector<std::uint16_t>& list = position.maps[map];
+        for (std::uint16_t value = 0; value <= VALUE_MASK; ++value)
+            if ((*counts)[map][value] != 0)
+                list.push_back(value);
+        std::stable_sort(list.begin(), list.end(), [&](std::uint16_t a, std::uint16_t b) {
+            return (*counts)[map][a] > (*counts)[map][b];
+        });
+        number[map].resize(VALUE_MASK + 1);
+        for (std::size_t i = 0; i < list.size(); ++i)
+            number[map][list[i]] = static_cast<std::uint16_t>(i);
     }
-    // Where no reader looks, the run before goes on.
-    std::uint16_t current = UNUSED;
-    for (std::uint16_t& value : values) {
-        if (value != UNUSED) {
-            const std::uint16_t plain = value & 0xFFF;
-            current = mapped ? number[value >> 12][plain] : plain;
-        }
-        value = current;
-    }
+    // Values of one kind need no map. Where no reader looks, the run before goes on.
+    const bool mapped = std::count_if(position.maps.begin(), position.maps.end(),
+                                      [](const auto& map) { return !map.empty(); }) > 1;
     const auto first_used =
         std::find_if(values.begin(), values.end(), [](auto value) { return value != UNUSED; });
-    std::fill(values.begin(), first_used,
-              first_used == values.end() ? std::uint16_t{0} : *first_used);
+    std::uint16_t current = first_used == values.end() ? std::uint16_t{0} : *first_used;
+    for (std::uint16_t& value : values) {
+        current = value != UNUSED ? value : current;
+        value = current & VALUE_MASK;
+        if (mapped)
+            value = number[current >> MAP_SHIFT][value];
+    }
     if (!mapped) {
         position.maps = {};
         return;
     }
     position.flags |= DTZ_MAPPED;
-    const bool wide = greatest > 255 || std::any_of(position.maps.begin(), position.maps.end(),
-                                                    [](const auto& m) { return m.size() > 255; });
-    position.flags |= wide ? DTZ_WIDE_MAPS : 0;
+    for (const std::vector<std::uint16_t>& map : position.maps)
+        if (map.size() > 255 || std::any_of(map.begin(), map.end(), [](auto v) { return v > 255; }))
+            position.flags |= DTZ_WIDE_MAPS;
 }
 
-static FilePosition make_dtz_position(const Table& table, Side side, int file_position,
-                                      const Progress& report) {
+static FilePosition make_dtz_position(const Part& part, const Progress& progress) {
+    // A reader finds the other side by a search of one ply: the one that is likely to be smaller
+    // will do.
+    constexpr std::array<Side, 2> both = {WHITE, BLACK};
+    const std::size_t sides = is_symmetric(part.table.layout.signature) ? 1 : 2;
+    const Candidate chosen = choose_numbering(part, FileKind::DTZ, std::span(both).first(sides));
+    std::vector<std::uint16_t> values;
+    values.reserve(chosen.numbering.positions);
+    for_cells(
+        part, chosen, 0, chosen.numbering.positions,
+        [&](Cell cell) { values.push_back(dtz_value(cell)); }, progress);
     FilePosition position;
-    FileStream stream;
-    stream.order = choose_order(table, side, file_position, report, sample_dtz_runs);
-    const Source source(table, side, file_position, stream.order);
-    std::vector<std::uint16_t> values(source.numbering.positions);
-    for_indices(source, report,
-                [&](std::uint64_t index) { values[index] = dtz_value(source, index); });
-    position.flags = side == BLACK ? DTZ_BLACK_TO_MOVE : 0;
+    position.flags = chosen.side == BLACK ? DTZ_BLACK_TO_MOVE : 0;
     make_maps(values, position);
-    CompressionSettings settings;
-    settings.max_block_size_log2 = DTZ_BLOCK_SIZE_LOG2;
-    stream.data = compress(std::move(values), settings);
+    FileStream stream{chosen.numbering.order,
+                      compress_values(std::move(values), DTZ_BLOCK_SIZE_LOG2, progress)};
     if (stream.data.constant && stream.data.constant_value != 0) {
         // A constant DTZ stream means 0: the map makes the value of it.
         const std::uint16_t value = stream.data.constant_value;
@@ -307,67 +277,43 @@ static FilePosition make_dtz_position(const Table& table, Side side, int file_po
         position.flags |= DTZ_MAPPED;
         position.flags |= value > 255 ? DTZ_WIDE_MAPS : 0;
     }
-    position.streams.push_back(std::move(stream));
+    position.streams = {std::move(stream)};
     return position;
 }
 
-// Makes all streams of both sides to move, or of White alone where both sides have the same men.
-// Calls make(side, file position, report) for each; it reports its share of the stream's work.
-template <typename Make>
-static void for_streams(const Table& table, int threads, const Progress& progress,
-                        const Make& make) {
-    const std::size_t sides = is_symmetric(table.layout.signature) ? 1 : 2;
-    const auto files = static_cast<std::size_t>(file_positions(table.layout.signature));
-    std::vector<double> done(sides * files);
-    std::mutex reporting;
-    parallel_for(threads, sides * files, [&](std::size_t i) {
-        auto report = [&](double share) {
-            const std::lock_guard<std::mutex> lock(reporting);
-            done[i] = share;
-            if (progress)
-                progress(std::accumulate(done.begin(), done.end(), 0.0) /
-                         static_cast<double>(done.size()));
-        };
-        make(i % sides == 0 ? WHITE : BLACK, static_cast<int>(i / sides), report);
+TableFile empty_file(FileKind kind, const Signature& signature) {
+    TableFile file;
+    file.kind = kind;
+    file.signature = signature;
+    file.positions.resize(static_cast<std::size_t>(file_positions(signature)));
+    return file;
+}
+
+void add_part(const Part& part, std::span<TableFile> files, int threads, const Progress& progress) {
+    struct Task {
+        TableFile& file;
+        Side side;
+    };
+    std::vector<Task> tasks;
+    const auto number = static_cast<std::size_t>(part.file_position);
+    for (TableFile& file : files) {
+        const bool both = file.kind == FileKind::WDL && !is_symmetric(file.signature);
+        tasks.push_back({file, WHITE});
+        if (both)
+            tasks.push_back({file, BLACK});
+        file.positions[number].streams.resize(both ? 2 : 1);
+    }
+    SharedProgress shares{progress, std::vector<double>(tasks.size()), {}};
+    parallel_for(threads, tasks.size(), [&](std::size_t i) {
+        const auto& [file, side] = tasks[i];
+        FilePosition& position = file.positions[number];
+        const Progress report = progress_of_piece(shares, i);
+        if (file.kind == FileKind::WDL)
+            position.streams[side] = make_wdl_stream(part, side, report);
+        else
+            position = make_dtz_position(part, report);
         report(1);
     });
-}
-
-TableFile make_wdl_file(const Table& table, int threads, const Progress& progress) {
-    TableFile file;
-    file.kind = FileKind::WDL;
-    file.signature = table.layout.signature;
-    file.positions.resize(static_cast<std::size_t>(file_positions(file.signature)));
-    for (FilePosition& position : file.positions)
-        position.streams.resize(is_symmetric(file.signature) ? 1 : 2);
-    for_streams(table, threads, progress,
-                [&](Side side, int file_position, const Progress& report) {
-                    file.positions[static_cast<std::size_t>(file_position)].streams[side] =
-                        make_wdl_stream(table, side, file_position, report);
-                });
-    return file;
-}
-
-TableFile make_dtz_file(const Table& table, int threads, const Progress& progress) {
-    TableFile file;
-    file.kind = FileKind::DTZ;
-    file.signature = table.layout.signature;
-    const auto files = static_cast<std::size_t>(file_positions(file.signature));
-    std::array<std::vector<FilePosition>, 2> made;
-    made.fill(std::vector<FilePosition>(files));
-    for_streams(table, threads, progress,
-                [&](Side side, int file_position, const Progress& report) {
-                    made[side][static_cast<std::size_t>(file_position)] =
-                        make_dtz_position(table, side, file_position, report);
-                });
-    // A reader finds the other side by a search of one ply: the smaller file will do.
-    std::array<std::size_t, 2> bytes{};
-    for (const Side side : {WHITE, BLACK})
-        for (const FilePosition& position : made[side])
-            bytes[side] += position.streams.empty() ? 0 : stream_bytes(position.streams[0].data);
-    const bool symmetric = is_symmetric(file.signature);
-    file.positions = std::move(made[!symmetric && bytes[BLACK] < bytes[WHITE] ? BLACK : WHITE]);
-    return file;
 }
 
 } // namespace brindlemoth::tablegen

@@ -31,42 +31,50 @@ constexpr Side side_of(std::uint8_t piece) {
     return (piece & 8) != 0 ? BLACK : WHITE;
 }
 
-// Whether the only single men are the two kings: they then lead, and not three single men.
-bool kings_lead(const Signature& signature);
-
-// The colour whose pawns lead: the one with fewer, but some. Requires pawns.
-Side leading_colour(const Signature& signature);
-
-// How many file positions the tables of a signature have: 1 without pawns, 4 with.
-int file_positions(const Signature& signature);
-
 // Every order that a stream of the signature can have. All sets of groups in every order, and all
 // turns: some dozens for four men, a few thousand for six.
 std::vector<StreamOrder> possible_orders(const Signature& signature);
 
-enum class GroupKind : std::uint8_t { THREE_MEN, TWO_KINGS, LEADING_PAWNS, OTHER_PAWNS, MEN };
+// The squares of the men, in the stream's order.
+using FileSquares = std::array<std::uint8_t, MAX_FILE_MEN>;
 
+// Men that enter the index together: the leading ones, the other colour's pawns, or like men.
 struct Group {
-    GroupKind kind;
     std::size_t first; // place of its first man
     std::size_t size;
+    std::uint8_t lowest_square; // pawns have no first rank
     std::uint64_t placements;
     std::uint64_t multiplier;
 };
 
 struct Numbering {
     std::size_t men = 0;
-    int file_position = 0;
     std::uint64_t positions = 0;
     StreamOrder order;
-    std::vector<Group> groups; // in order of their men
+    std::vector<Group> groups;               // in order of their men
+    std::vector<std::size_t> turns;          // the groups from the one that varies fastest
+    const std::vector<FileSquares>* leading; // the placements of the first group
 };
 
 // Requires an order out of possible_orders() and a file position that the signature has.
 Numbering make_numbering(const Signature& signature, int file_position, const StreamOrder& order);
 
-// The squares of the men, in the stream's order, at an index below `positions`.
-using FileSquares = std::array<std::uint8_t, MAX_FILE_MEN>;
-FileSquares squares_at(const Numbering& numbering, std::uint64_t index);
+// An index on its way through a numbering. The numbering must outlive it.
+struct Walk {
+    const Numbering* numbering;
+    FileSquares squares{};
+    std::array<std::uint64_t, MAX_FILE_MEN> place{}; // of each group
+    // Of the men of a later group: the members of their combination, before the squares that are
+    // taken are skipped; least first.
+    FileSquares member{};
+    // Squares that men of groups before the fastest one take, and those behind it.
+    std::uint64_t before = 0;
+    std::uint64_t behind = 0;
+};
+Walk walk_from(const Numbering& numbering, std::uint64_t index);
+// To the next index; from the last one to the first. Returns the place of the only man whose square
+// has changed, or MANY_MEN.
+constexpr std::size_t MANY_MEN = MAX_FILE_MEN;
+std::size_t advance(Walk& walk);
 
 } // namespace brindlemoth::tablegen

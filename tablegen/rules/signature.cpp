@@ -28,6 +28,16 @@ bool is_symmetric(const Signature& signature) {
     return signature.count[WHITE] == signature.count[BLACK];
 }
 
+Side leading_colour(const Signature& signature) {
+    const int white = signature.count[WHITE][PAWN];
+    const int black = signature.count[BLACK][PAWN];
+    return black > 0 && (white == 0 || black < white) ? BLACK : WHITE;
+}
+
+int file_positions(const Signature& signature) {
+    return pawns_of(signature) == 0 ? 1 : 4;
+}
+
 std::string name_of(const Signature& signature) {
     std::string name;
     for (const Side side : {WHITE, BLACK}) {
@@ -111,7 +121,7 @@ std::vector<Signature> conversions(const Signature& signature) {
             result.push_back(form);
     };
     for (const Side mover : {WHITE, BLACK}) {
-        const Side other = mover == WHITE ? BLACK : WHITE;
+        const Side other = opponent(mover);
         // Capturing nothing comes first, then each kind the other side has but its king.
         for (std::size_t victim = NO_KIND; victim < KING; ++victim) {
             Signature after = signature;

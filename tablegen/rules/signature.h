@@ -16,6 +16,10 @@ namespace brindlemoth::tablegen {
 enum Kind : std::uint8_t { NO_KIND, PAWN, KNIGHT, BISHOP, ROOK, QUEEN, KING };
 enum Side : std::uint8_t { WHITE, BLACK };
 
+constexpr Side opponent(Side side) {
+    return side == WHITE ? BLACK : WHITE;
+}
+
 constexpr int MAX_SOLVED_MEN = 5; // what fits into memory
 constexpr int MAX_FILE_MEN = 7;   // what the file format provides for
 
@@ -30,6 +34,12 @@ int men_of(const Signature& signature);
 int pawns_of(const Signature& signature);
 Signature exchange_sides(const Signature& signature);
 bool is_symmetric(const Signature& signature);
+
+// The colour whose pawns lead: the one with fewer, but some; White if both have as many.
+Side leading_colour(const Signature& signature);
+
+// How many file positions a table has, by the file of its leading pawn: 1 without pawns, 4 with.
+int file_positions(const Signature& signature);
 
 // The text of a signature as tables are called, KRPvKR, in the given order of sides.
 std::string name_of(const Signature& signature);

@@ -1,18 +1,22 @@
 // Where the solver keeps each position of a signature: a numbering of its own, made for speed and
-// unlike that of the table files. Men stand in slots: pawns first (White's, then Black's), then
-// the white king, the black king and the pieces. Like men have slots of their own, so that a
-// position with two knights is kept under both orders.
+// unlike that of the table files. Men stand in slots: pawns first (those of the leading colour,
+// then the others), the white king, the pieces, the black king. A word of 64 bits stands for all
+// squares of the black king while the others stand still; a cell is one position of a word.
 //
-// The man in slot 0 folds the board: the first pawn to files a-d, or without pawns the white king
-// to the quarter a1-d4. The pawns' squares choose a chunk. The other men's squares, six bits each
-// (four for a folded king), are the cell within the chunk, so that moving a man adds to a number.
+// Like pawns count as a set, and the leading one of them folds the board: the pawns' squares choose
+// a chunk of words. Without pawns the white king folds the board, to the triangle a1-d1-d4, and all
+// is one chunk. Within a chunk the squares of king and pieces make the number of a word, six bits
+// each, so that moving a man adds to a number. Like pieces are kept in every order, and so is a
+// position that the folding leaves two images of.
 #pragma once
 
+#include "rules/geometry.h"
 #include "rules/signature.h"
 
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <vector>
 
 namespace brindlemoth::tablegen {
 
@@ -26,27 +30,38 @@ struct Layout {
     std::array<Kind, 8> kind{};
     std::array<Side, 8> side{};
     std::array<std::size_t, 2> king_slot{};
-    std::array<int, 8> shift{}; // place of a slot's square in the cell number; not for pawns
-    std::size_t chunk_cells = 0;
-    std::size_t chunks = 0;
+    std::array<int, 8> shift{};  // place of a slot's square in a word's number
+    std::size_t chunk_words = 0; // words of a chunk
+    // The pawns' squares, chunk by chunk. The parts of a table follow each other: its file
+    // positions. Within a part the pawns that have gone furthest come first.
+    std::vector<Placement> chunks;
+    std::vector<std::size_t> part_start; // first chunk of each part, and of the one behind the last
+    // By the squares of the pawns in any order: twice the chunk, plus 1 if the board is mirrored.
+    std::vector<std::uint32_t> chunk_number;
 };
 
+// Requires at most MAX_SOLVED_MEN men.
 Layout make_layout(const Signature& signature);
 
-inline std::size_t cells_of(const Layout& layout) {
-    return layout.chunks * layout.chunk_cells;
+inline std::size_t words_of(const Layout& layout) {
+    return layout.chunks.size() * layout.chunk_words;
 }
 
-// How many positions one cell stands for: its reflections.
-inline int images_of(const Layout& layout) {
-    return layout.pawns == 0 ? 4 : 2;
+// The placement that a word stands for, the black king's square left out. Two men may be on one
+// square, as words of no position exist too.
+Placement placement_of(const Layout& layout, std::size_t word);
+
+// The word that holds a placement, and the reflection that leads there.
+struct WordPlace {
+    std::size_t word;
+    Reflection reflection;
+};
+WordPlace word_of(const Layout& layout, const Placement& placement);
+
+// 64 times the word, plus the square of the black king there.
+inline std::size_t cell_of(const Layout& layout, const Placement& placement) {
+    const WordPlace place = word_of(layout, placement);
+    return 64 * place.word + reflect(place.reflection, placement[layout.men - 1]);
 }
-
-// The placement that a cell stands for. Pawns are never on the first or last rank; two men may be
-// on one square, as cells of no position exist too.
-Placement placement_of(const Layout& layout, std::size_t cell);
-
-// The cell of a placement, which need not be folded.
-std::size_t cell_of(const Layout& layout, const Placement& placement);
 
 } // namespace brindlemoth::tablegen

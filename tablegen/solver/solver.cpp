@@ -1,402 +1,426 @@
 #include "solver/solver.h"
 
-#include "rules/geometry.h"
 #include "system/parallel.h"
 
 #include <algorithm>
 #include <array>
 #include <atomic>
-#include <mutex>
-#include <set>
+#include <bit>
 #include <stdexcept>
 #include <string>
 #include <utility>
 
 namespace brindlemoth::tablegen {
 
-// While a chunk is being solved its cells hold codes. A win in n plies is n, a loss in n plies is
-// -(n + 1), so that a mated side has -1 and still differs from a loss in one. A cell without a
-// value yet is UNDECIDED, plus the number of quiet moves that do not lose yet, plus what the best
-// capture or pawn move is worth.
-enum Code : int {
-    UNDECIDED = 0x4000,
-    ZEROING_LOSES = 0,          // or there is none
-    ZEROING_IS_BLESSED = 0x100, // a loss saved by the fifty-move rule
-    ZEROING_DRAWS = 0x200,
-    ZEROING_IS_CURSED = 0x300, // a win spoilt by the fifty-move rule
-    ZEROING_MASK = 0x300,
-    COUNT_MASK = 0xFF,
-};
+constexpr std::size_t PIECES_OF_WORK = 64;
 
-constexpr std::size_t PIECES_OF_WORK = 256;
-
-// Shares of a chunk's work, about, when a step ends. How many plies the third step takes is known
-// only in the end: each takes the same part of what is left.
-constexpr double MARKED = 0.05;
+// Shares of a part's work, about. How many plies the spreading takes is known only in the end: each
+// takes the same part of what is left.
 constexpr double STARTED = 0.35;
 constexpr double PART_OF_A_PLY = 0.04;
 
-using Cell = std::atomic_ref<std::int16_t>;
-
-static int load(const std::int16_t& cell) {
-    return Cell(const_cast<std::int16_t&>(cell)).load(std::memory_order_relaxed);
-}
-
-static void store(std::int16_t& cell, int code) {
-    Cell(cell).store(static_cast<std::int16_t>(code), std::memory_order_relaxed);
-}
+// The longest way to a zeroing move that the cells have room for: far beyond what five men need.
+constexpr int MAX_DISTANCE = 2000;
 
 namespace {
 
-// The part of a table whose pawns stand on given squares. Quiet moves stay within it, and all
-// that captures and pawn moves lead to is known before it is begun.
+// A set of positions with one side to move: a bit for each square of the black king, word by word.
+// `filled` has a bit for each word, set where the word may not be empty.
+struct PositionSet {
+    std::vector<Squares> words;
+    std::vector<Squares> filled;
+
+    void clear(std::size_t count) {
+        words.assign(count, 0);
+        filled.assign((count + 63) / 64, 0);
+    }
+    // Several threads may add at once.
+    void add(std::size_t word, Squares squares) {
+        set_bits(words[word], squares);
+        if (squares != 0)
+            set_bits(filled[word / 64], Squares{1} << word % 64);
+    }
+    static void set_bits(Squares& target, Squares squares) {
+        const std::atomic_ref<Squares> place(target);
+        if ((squares & ~place.load(std::memory_order_relaxed)) != 0)
+            place.fetch_or(squares, std::memory_order_relaxed);
+    }
+};
+
+// What is known so far of the positions of a chunk with one side to move.
+struct SideState {
+    std::vector<Squares> not_won;   // legal, and not yet known to be won
+    std::vector<Squares> undecided; // legal, without a value yet
+    // Of the undecided ones, by the best capture or pawn move: it loses or there is none; it is
+    // saved by the fifty-move rule; it wins but for the rule.
+    std::vector<Squares> can_lose;
+    std::vector<Squares> saved;
+    std::vector<Squares> spoilt;
+    PositionSet wins;                  // of the present ply, or that may be
+    std::array<PositionSet, 2> losses; // of an even ply, and of an odd one
+};
+
+// The words whose pawns stand on given squares. Quiet moves stay within them, and all that captures
+// and pawn moves lead to is known before they are begun.
 struct Chunk {
     Table& table;
-    std::size_t first_cell;
+    Part& part;
     int threads;
-    Progress report; // of this chunk's work; empty for one among many
-    // Whether some cell waits for the first ply beyond the limit to become a spoilt win or loss.
-    std::atomic<bool> any_waiting{false};
-
-    // A win or loss takes this many plies at least when the fifty-move rule has spoilt it.
-    const std::size_t first_spoilt = static_cast<std::size_t>(table.limit) + 1;
-
-    const Layout& layout() const { return table.layout; }
-    std::int16_t& cell(int side, std::size_t within) {
-        return table.distance[static_cast<std::size_t>(side)][first_cell + within];
-    }
+    std::size_t first_word = 0;
+    std::array<SideState, 2> state{}; // by side to move
 };
 
 } // namespace
 
-static Squares occupied_by(const Layout& layout, const Placement& placement, bool* overlap) {
-    Squares occupied = 0;
-    *overlap = false;
-    for (std::size_t slot = 0; slot < layout.men; ++slot) {
-        *overlap |= (occupied & bit(placement[slot])) != 0;
-        occupied |= bit(placement[slot]);
+// Runs work(first, last) over stretches of numbers below the count.
+template <typename Work>
+static void for_stretches(int threads, std::size_t count, const Work& work) {
+    if (threads == 1) {
+        work(std::size_t{0}, count);
+        return;
     }
-    return occupied;
+    const std::size_t stretch = std::max<std::size_t>(count / PIECES_OF_WORK, 64);
+    parallel_for(threads, (count + stretch - 1) / stretch,
+                 [&](std::size_t i) { work(i * stretch, std::min((i + 1) * stretch, count)); });
 }
 
-// Calls visit(cell within the chunk) for each placement that one quiet move, forward or backward,
-// of a man of `side` leads to. The cells need not be of legal positions.
+// Calls visit(word) for each word of the set that may not be empty, in rising order in each thread.
 template <typename Visit>
-static void for_quiet_moves(const Layout& layout, const Placement& placement, std::size_t within,
-                            Side side, Squares occupied, const Visit& visit) {
-    for (std::size_t slot = layout.pawns; slot < layout.men; ++slot) {
+static void for_filled(const Chunk& chunk, const PositionSet& set, const Visit& visit) {
+    for_stretches(chunk.threads, set.filled.size(), [&](std::size_t first, std::size_t last) {
+        for (std::size_t group = first; group < last; ++group)
+            for (Squares left = set.filled[group]; left != 0; left &= left - 1)
+                visit(64 * group + static_cast<std::size_t>(std::countr_zero(left)));
+    });
+}
+
+template <typename Visit> static void for_squares(Squares squares, const Visit& visit) {
+    for (; squares != 0; squares &= squares - 1)
+        visit(static_cast<std::size_t>(std::countr_zero(squares)));
+}
+
+// Quiet moves, forward or backward, of the men of `side` but the black king, from the positions of
+// a word: calls visit(word, squares, reflection) with the word that a move leads to and the squares
+// of the black king that let it pass, until that returns false. The reflection leads to the other
+// word. The positions need not be legal.
+template <typename Visit>
+static void for_quiet_moves(const Layout& layout, const Placement& placement, std::size_t word,
+                            Side side, Squares squares, const Visit& visit) {
+    const Squares fixed = fixed_men(layout, placement);
+    for (std::size_t slot = layout.pawns; slot + 1 < layout.men; ++slot) {
         if (layout.side[slot] != side)
             continue;
         const Kind kind = layout.kind[slot];
         const std::size_t from = placement[slot];
-        const std::size_t others = within - (from << layout.shift[slot]);
-        for (int i = 0; i < geometry.ray_count[kind]; ++i) {
-            const Ray& ray = geometry.rays[kind][from][static_cast<std::size_t>(i)];
+        const bool folds = layout.pawns == 0 && slot == 0;
+        const std::size_t others = folds ? 0 : word - (from << layout.shift[slot]);
+        for (std::size_t i = 0; i < geometry.ray_count[kind]; ++i) {
+            const Ray& ray = geometry.rays[kind][from][i];
+            Squares passing = squares;
             for (std::size_t k = 0; k < ray.length; ++k) {
                 const std::size_t to = ray.square[k];
-                if ((occupied & bit(static_cast<int>(to))) != 0)
+                passing &= ~bit(static_cast<int>(to));
+                if ((fixed >> to & 1) != 0 || passing == 0)
                     break;
-                if (slot == 0) {
-                    Placement after = placement;
-                    after[0] = static_cast<std::uint8_t>(to);
-                    visit(cell_of(layout, after));
-                } else {
-                    visit(others + (to << layout.shift[slot]));
+                if (!folds) {
+                    if (!visit(others + (to << layout.shift[slot]), passing, Reflection{0}))
+                        return;
+                    continue;
+                }
+                Placement after = placement;
+                after[0] = static_cast<std::uint8_t>(to);
+                const WordPlace place = word_of(layout, after);
+                if (!visit(place.word, passing, place.reflection))
+                    return;
+                // A white king on the diagonal leaves two images of the position.
+                if (to % 8 == to / 8 || to % 8 + to / 8 == 7) {
+                    const Reflection other = place.reflection ^ DIAGONAL;
+                    for (std::size_t man = 1; man + 1 < layout.men; ++man)
+                        after[man] = reflect(other, placement[man]);
+                    after[0] = reflect(other, to);
+                    if (!visit(word_of(layout, after).word, passing, other))
+                        return;
                 }
             }
         }
     }
 }
 
-// Runs work(first, last) over stretches of the chunk's cells.
-template <typename Work> static void for_stretches(const Chunk& chunk, const Work& work) {
-    const std::size_t cells = chunk.layout().chunk_cells;
-    const std::size_t stretch = std::max<std::size_t>(cells / PIECES_OF_WORK, 1024);
-    parallel_for(chunk.threads, (cells + stretch - 1) / stretch,
-                 [&](std::size_t i) { work(i * stretch, std::min((i + 1) * stretch, cells)); });
+// Adds the positions that one quiet move of the other side leads from, where `open` has them.
+static void add_predecessors(Chunk& chunk, std::size_t word, Side side, Squares squares,
+                             const std::vector<Squares>& open, PositionSet& set) {
+    const Layout& layout = chunk.table.layout;
+    const Side mover = opponent(side);
+    if (mover == BLACK)
+        set.add(word, king_steps(squares) & open[word]);
+    for_quiet_moves(layout, placement_of(layout, chunk.first_word + word), word, mover, squares,
+                    [&](std::size_t before, Squares passing, Reflection reflection) {
+                        if (reflection != 0)
+                            passing = reflect_all(reflection, passing);
+                        set.add(before, passing & open[before]);
+                        return true;
+                    });
 }
 
-// The same, for the part of the chunk's work that lies between two shares of it.
-template <typename Work>
-static void for_stretches(const Chunk& chunk, double from, double to, const Work& work) {
-    std::atomic<std::size_t> cells{0};
-    for_stretches(chunk, [&](std::size_t first, std::size_t last) {
-        work(first, last);
-        cells += last - first;
-        if (chunk.report) {
-            const double done =
-                static_cast<double>(cells) / static_cast<double>(chunk.layout().chunk_cells);
-            chunk.report(from + (to - from) * done);
-        }
-    });
+// Of these positions, those without a quiet move to one that is not yet won for the other side.
+static Squares without_escape(const Chunk& chunk, std::size_t word, Side side, Squares squares) {
+    const Layout& layout = chunk.table.layout;
+    const std::vector<Squares>& escapes = chunk.state[opponent(side)].not_won;
+    if (side == BLACK)
+        squares &= ~king_steps(escapes[word]);
+    if (squares == 0)
+        return 0;
+    for_quiet_moves(layout, placement_of(layout, chunk.first_word + word), word, side, squares,
+                    [&](std::size_t after, Squares passing, Reflection reflection) {
+                        squares &= ~(passing & reflect_all_back(reflection, escapes[after]));
+                        return squares != 0;
+                    });
+    return squares;
+}
+
+// The cells of a word.
+static Cell* cells_of(Chunk& chunk, std::size_t word, Side side) {
+    return &chunk.part.cells[side][64 * (chunk.first_word + word - chunk.part.first_word)];
+}
+
+// Gives positions of a word their value: won or lost in n plies.
+static void decide(Chunk& chunk, std::size_t word, Side side, Squares squares, int n, bool lost) {
+    SideState& state = chunk.state[side];
+    state.undecided[word] &= ~squares;
+    state.can_lose[word] &= ~squares;
+    state.not_won[word] &= lost ? ~Squares{0} : ~squares;
+    const bool spoilt = n > chunk.table.limit;
+    const int wdl = lost ? (spoilt ? -1 : -2) : (spoilt ? 1 : 2);
+    WordValues& values = chunk.table.values[side][chunk.first_word + word];
+    for (std::size_t i = 0; i < values.size(); ++i)
+        values[i] |= ((wdl + 3) >> i & 1) != 0 ? squares : 0;
+    const auto cell = static_cast<Cell>(lost ? CELL_LOSS | std::max(n, 1) : n);
+    Cell* const cells = cells_of(chunk, word, side);
+    for_squares(squares, [&](std::size_t square) { cells[square] |= cell; });
 }
 
 // Step 1: tells legal positions from others.
-static void mark_illegal(Chunk& chunk) {
-    const Layout& layout = chunk.layout();
-    for_stretches(chunk, 0, MARKED, [&](std::size_t first, std::size_t last) {
-        for (std::size_t within = first; within < last; ++within) {
-            const Placement placement = placement_of(layout, chunk.first_cell + within);
-            bool overlap;
-            const Squares occupied = occupied_by(layout, placement, &overlap);
-            // A side to move is impossible when the other side's king could be taken.
-            bool impossible[2] = {overlap, overlap};
-            for (std::size_t slot = 0; slot < layout.men && !overlap; ++slot) {
-                const Side side = layout.side[slot];
-                const std::size_t king = layout.king_slot[side == WHITE ? BLACK : WHITE];
-                impossible[side] |=
-                    attacks(side, layout.kind[slot], placement[slot], placement[king], occupied);
-            }
-            for (const Side side : {WHITE, BLACK})
-                chunk.cell(side, within) =
-                    static_cast<std::int16_t>(impossible[side] ? ILLEGAL_DISTANCE : int{UNDECIDED});
-        }
-    });
+static void mark_legal(Chunk& chunk) {
+    for_stretches(chunk.threads, chunk.table.layout.chunk_words,
+                  [&](std::size_t first, std::size_t last) {
+                      for (std::size_t word = first; word < last; ++word) {
+                          const Placement placement =
+                              placement_of(chunk.table.layout, chunk.first_word + word);
+                          for (const Side side : {WHITE, BLACK})
+                              chunk.state[side].not_won[word] =
+                                  legal_squares(chunk.table.layout, placement, side);
+                      }
+                  });
 }
 
-// What a legal position starts with: its quiet moves counted, its other moves judged.
-static int starting_code(Chunk& chunk, std::size_t within, Side side) {
-    const Layout& layout = chunk.layout();
-    const Side other = side == WHITE ? BLACK : WHITE;
-    const Placement placement = placement_of(layout, chunk.first_cell + within);
-    const ZeroingMoves zeroing = zeroing_moves(chunk.table, placement, side);
-    const int best = std::max(zeroing.best_capture, zeroing.best_pawn_move);
-    if (best == 2)
-        return 1;
-    bool overlap;
-    const Squares occupied = occupied_by(layout, placement, &overlap);
-    int quiet = 0;
-    for_quiet_moves(layout, placement, within, side, occupied, [&](std::size_t after) {
-        quiet += load(chunk.cell(other, after)) != ILLEGAL_DISTANCE ? 1 : 0;
-    });
-    switch (best) {
-    case 1:
-        return UNDECIDED + ZEROING_IS_CURSED + quiet;
-    case 0:
-        return UNDECIDED + ZEROING_DRAWS + quiet;
-    case -1:
-        return UNDECIDED + ZEROING_IS_BLESSED + quiet;
-    default:
-        break;
+// Step 2 for a word: its captures and pawn moves judged, and where there is nothing else to play
+// the loss or stalemate that comes of it.
+static void start_word(Chunk& chunk, std::size_t word, Side side) {
+    SideState& state = chunk.state[side];
+    const Squares legal = state.not_won[word];
+    const std::size_t in_table = chunk.first_word + word;
+    Cell* const cells = cells_of(chunk, word, side);
+    state.undecided[word] = legal;
+    state.can_lose[word] = state.saved[word] = state.spoilt[word] = 0;
+    AtLeast best{};
+    WordValues captures{};
+    if (legal != 0) {
+        const Placement placement = placement_of(chunk.table.layout, in_table);
+        best = best_captures(chunk.table, placement, side);
+        captures = pack(best);
+        const AtLeast pawn_moves = best_pawn_moves(chunk.table, placement, side);
+        for (std::size_t value = 0; value < best.size(); ++value)
+            best[value] = (best[value] | pawn_moves[value]) & legal;
     }
-    if (quiet > 0)
-        return UNDECIDED + ZEROING_LOSES + quiet;
-    if (best == -2)
-        return -2; // every move loses, and at once
-    return king_attacked(layout, placement, side) ? -1 : UNDECIDED + ZEROING_DRAWS;
+    for (std::size_t square = 0; square < 64; ++square) {
+        const Squares code = (captures[0] >> square & 1) | (captures[1] >> square & 1) << 1 |
+                             (captures[2] >> square & 1) << 2 | (best[4] >> square & 1) << 3;
+        cells[square] =
+            (legal >> square & 1) != 0 ? static_cast<Cell>(code << CELL_CAPTURE) : CELL_ILLEGAL;
+    }
+    state.wins.add(word, best[4]);
+    state.spoilt[word] = best[3] & ~best[4];
+    state.saved[word] = best[1] & ~best[2];
+    const Squares no_better = legal & ~best[1];
+    const Squares stuck = without_escape(chunk, word, side, no_better);
+    const Squares in_check = ~chunk.state[opponent(side)].not_won[word];
+    const Squares stalemate = stuck & ~best[0] & ~in_check;
+    state.can_lose[word] = no_better & ~stalemate;
+    chunk.table.values[side][in_table] = {0, stalemate, stalemate};
+    decide(chunk, word, side, stuck & ~best[0] & in_check, 0, true);
+    decide(chunk, word, side, stuck & best[0], 1, true);
+    state.losses[0].add(word, stuck & ~best[0] & in_check);
+    state.losses[1].add(word, stuck & best[0]);
 }
 
-// The longest way to a zeroing move that the codes have room for: far beyond what five men need.
-constexpr std::size_t MAX_DISTANCE = 2000;
-
-namespace {
-
-// Which distances some cell of the chunk has taken.
-struct Tally {
-    std::array<std::atomic<bool>, MAX_DISTANCE + 2> wins{};
-    std::array<std::atomic<bool>, MAX_DISTANCE + 2> losses{};
-};
-
-} // namespace
-
-static void note(std::atomic<bool>& seen) {
-    if (!seen.load(std::memory_order_relaxed))
-        seen.store(true, std::memory_order_relaxed);
+static void start_chunk(Chunk& chunk) {
+    mark_legal(chunk);
+    for_stretches(chunk.threads, chunk.table.layout.chunk_words,
+                  [&](std::size_t first, std::size_t last) {
+                      for (std::size_t word = first; word < last; ++word)
+                          for (const Side side : {WHITE, BLACK})
+                              start_word(chunk, word, side);
+                  });
 }
 
-// Step 2: gives every legal position its starting code.
-static void start_codes(Chunk& chunk, Tally& tally) {
-    for_stretches(chunk, MARKED, STARTED, [&](std::size_t first, std::size_t last) {
-        for (std::size_t within = first; within < last; ++within) {
-            for (const Side side : {WHITE, BLACK}) {
-                std::int16_t& cell = chunk.cell(side, within);
-                if (load(cell) == ILLEGAL_DISTANCE)
-                    continue;
-                const int code = starting_code(chunk, within, side);
-                store(cell, code);
-                const int zeroing = code & ZEROING_MASK;
-                if (code == 1)
-                    note(tally.wins[1]);
-                else if (code < 0)
-                    note(tally.losses[static_cast<std::size_t>(-code - 1)]);
-                else if (zeroing == ZEROING_IS_BLESSED || zeroing == ZEROING_IS_CURSED)
-                    note(chunk.any_waiting);
-            }
-        }
-    });
+// Spoilt wins that a capture or pawn move decides are due at the first ply beyond the limit.
+static void add_spoilt_wins(Chunk& chunk, Side side) {
+    SideState& state = chunk.state[side];
+    for (std::size_t word = 0; word < chunk.table.layout.chunk_words; ++word) {
+        const Squares due = state.spoilt[word] & state.undecided[word];
+        state.wins.add(word, due);
+        Cell* const cells = cells_of(chunk, word, side);
+        for_squares(due, [&](std::size_t square) { cells[square] |= CELL_ZEROES; });
+    }
 }
 
-// Calls visit(side, cell within the chunk, placement) for each cell that holds the code.
-template <typename Visit> static void for_code(Chunk& chunk, int code, const Visit& visit) {
-    for_stretches(chunk, [&](std::size_t first, std::size_t last) {
-        for (const Side side : {WHITE, BLACK}) {
-            for (std::size_t within = first; within < last; ++within)
-                if (load(chunk.cell(side, within)) == code)
-                    visit(side, within);
-        }
-    });
-}
-
-// Calls visit(cell) for each undecided cell of the other side from which a quiet move leads here.
-template <typename Visit>
-static void for_predecessors(Chunk& chunk, Side side, std::size_t within, const Visit& visit) {
-    const Layout& layout = chunk.layout();
-    const Side mover = side == WHITE ? BLACK : WHITE;
-    const Placement placement = placement_of(layout, chunk.first_cell + within);
-    bool overlap;
-    const Squares occupied = occupied_by(layout, placement, &overlap);
-    for_quiet_moves(layout, placement, within, mover, occupied, [&](std::size_t before) {
-        std::int16_t& cell = chunk.cell(mover, before);
-        if (load(cell) >= UNDECIDED)
-            visit(cell);
-    });
-}
-
-// Spoilt wins and losses whose captures or pawn moves decide become due at the first ply
-// beyond the limit.
-static void release_waiting(Chunk& chunk, Tally& tally) {
-    const int spoilt = static_cast<int>(chunk.first_spoilt);
-    for_stretches(chunk, [&](std::size_t first, std::size_t last) {
-        for (const Side side : {WHITE, BLACK}) {
-            for (std::size_t within = first; within < last; ++within) {
-                std::int16_t& cell = chunk.cell(side, within);
-                const int code = load(cell);
-                if (code < UNDECIDED)
-                    continue;
-                if ((code & ZEROING_MASK) == ZEROING_IS_CURSED) {
-                    store(cell, spoilt);
-                    note(tally.wins[chunk.first_spoilt]);
-                } else if (code == UNDECIDED + ZEROING_IS_BLESSED) {
-                    store(cell, -(spoilt + 1));
-                    note(tally.losses[chunk.first_spoilt]);
-                }
-            }
-        }
-    });
+// From the last ply of the limit on, positions lose whose captures and pawn moves the fifty-move
+// rule saves.
+static void add_saved_losses(Chunk& chunk, Side side, PositionSet& candidates) {
+    SideState& state = chunk.state[side];
+    for (std::size_t word = 0; word < chunk.table.layout.chunk_words; ++word) {
+        state.can_lose[word] |= state.saved[word];
+        candidates.add(word, state.saved[word] & state.undecided[word]);
+    }
 }
 
 // Step 3, for n rising: who can move to a loss in n - 1 wins in n; who can only move to wins,
 // the longest of them in n, loses in n + 1.
-static void spread(Chunk& chunk, Tally& tally) {
+static void spread(Chunk& chunk, const Progress& progress) {
+    const int limit = chunk.table.limit;
+    bool waiting = false;
+    for (const SideState& state : chunk.state)
+        for (std::size_t word = 0; word < chunk.table.layout.chunk_words && !waiting; ++word)
+            waiting = (state.saved[word] | state.spoilt[word]) != 0;
     double left = 1 - STARTED;
-    for (std::size_t n = 1; n <= MAX_DISTANCE; ++n) {
-        left -= PART_OF_A_PLY * left;
-        if (chunk.report)
-            chunk.report(1 - left);
-        if (n == chunk.first_spoilt && chunk.any_waiting)
-            release_waiting(chunk, tally);
-        if (tally.losses[n - 1]) {
-            for_code(chunk, -static_cast<int>(n), [&](Side side, std::size_t within) {
-                for_predecessors(chunk, side, within, [&](std::int16_t& cell) {
-                    store(cell, static_cast<int>(n));
-                    note(tally.wins[n]);
-                });
+    for (int n = 1; n <= MAX_DISTANCE; ++n) {
+        if (progress)
+            progress(1 - (left -= PART_OF_A_PLY * left));
+        const auto ply = static_cast<std::size_t>(n);
+        for (const Side side : {WHITE, BLACK}) {
+            PositionSet& lost = chunk.state[side].losses[(ply - 1) % 2];
+            SideState& other = chunk.state[opponent(side)];
+            for_filled(chunk, lost, [&](std::size_t word) {
+                add_predecessors(chunk, word, side, lost.words[word], other.undecided, other.wins);
+                lost.words[word] = 0;
             });
+            std::fill(lost.filled.begin(), lost.filled.end(), 0);
+            if (n == limit + 1)
+                add_spoilt_wins(chunk, side);
         }
-        if (tally.wins[n]) {
-            for_code(chunk, static_cast<int>(n), [&](Side side, std::size_t within) {
-                for_predecessors(chunk, side, within, [&](std::int16_t& cell) {
-                    const int code = Cell(cell).fetch_sub(1, std::memory_order_relaxed) - 1;
-                    const bool loses =
-                        code == UNDECIDED + ZEROING_LOSES ||
-                        (code == UNDECIDED + ZEROING_IS_BLESSED && n + 1 >= chunk.first_spoilt);
-                    if (loses) {
-                        store(cell, -static_cast<int>(n + 2));
-                        note(tally.losses[n + 1]);
-                    }
-                });
+        std::atomic<bool> going_on{false};
+        for (const Side side : {WHITE, BLACK}) {
+            SideState& state = chunk.state[side];
+            SideState& other = chunk.state[opponent(side)];
+            for_filled(chunk, state.wins, [&](std::size_t word) {
+                const Squares won = state.wins.words[word];
+                decide(chunk, word, side, won, n, false);
+                add_predecessors(chunk, word, side, won, other.can_lose,
+                                 other.losses[(ply + 1) % 2]);
+                state.wins.words[word] = 0;
+                going_on.store(true, std::memory_order_relaxed);
             });
+            std::fill(state.wins.filled.begin(), state.wins.filled.end(), 0);
         }
-        if (!tally.losses[n - 1] && !tally.wins[n] && !tally.losses[n]) {
-            if (n >= chunk.first_spoilt || !chunk.any_waiting)
+        for (const Side side : {WHITE, BLACK}) {
+            SideState& state = chunk.state[side];
+            PositionSet& candidates = state.losses[(ply + 1) % 2];
+            if (n == limit)
+                add_saved_losses(chunk, side, candidates);
+            for_filled(chunk, candidates, [&](std::size_t word) {
+                Squares& lost = candidates.words[word];
+                lost = without_escape(chunk, word, side, lost & state.undecided[word]);
+                if (lost != 0) {
+                    decide(chunk, word, side, lost, n + 1, true);
+                    going_on.store(true, std::memory_order_relaxed);
+                }
+            });
+            going_on = going_on || std::any_of(state.losses[ply % 2].filled.begin(),
+                                               state.losses[ply % 2].filled.end(),
+                                               [](Squares filled) { return filled != 0; });
+        }
+        if (!going_on) {
+            if (n > limit || !waiting)
                 return;
-            n = chunk.first_spoilt - 1;
+            n = std::max(n, limit - 1);
         }
     }
-    throw std::runtime_error(name_of(chunk.layout().signature) + " has wins of more than " +
+    throw std::runtime_error(name_of(chunk.table.layout.signature) + " has wins of more than " +
                              std::to_string(MAX_DISTANCE) + " plies");
 }
 
-// Step 4: turns codes into distances.
-static void finish(Chunk& chunk) {
-    for_stretches(chunk, [&](std::size_t first, std::size_t last) {
-        for (const Side side : {WHITE, BLACK}) {
-            for (std::size_t within = first; within < last; ++within) {
-                std::int16_t& cell = chunk.cell(side, within);
-                if (cell >= UNDECIDED)
-                    cell = 0;
-                else if (cell < -1 && cell != ILLEGAL_DISTANCE)
-                    cell = static_cast<std::int16_t>(cell + 1);
-            }
+// Step 4: what has no value by then is a draw.
+static void mark_draws(Chunk& chunk) {
+    for (const Side side : {WHITE, BLACK}) {
+        for (std::size_t word = 0; word < chunk.table.layout.chunk_words; ++word) {
+            WordValues& values = chunk.table.values[side][chunk.first_word + word];
+            const Squares drawn = chunk.state[side].undecided[word] & ~values[2];
+            values[0] |= drawn;
+            values[1] |= drawn;
         }
-    });
-}
-
-static void solve_chunk(Table& table, std::size_t number, int threads, const Progress& report) {
-    Chunk chunk{table, number * table.layout.chunk_cells, threads, report};
-    Tally tally;
-    mark_illegal(chunk);
-    start_codes(chunk, tally);
-    spread(chunk, tally);
-    finish(chunk);
-}
-
-// The chunks in the order in which they can be solved: pawns only move forward, so those whose
-// pawns have gone furthest come first. Chunks of one group do not depend on each other.
-static std::vector<std::vector<std::size_t>> chunk_groups(const Layout& layout) {
-    std::vector<std::vector<std::size_t>> groups(layout.pawns * 5 + 1);
-    for (std::size_t number = 0; number < layout.chunks; ++number) {
-        const Placement placement = placement_of(layout, number * layout.chunk_cells);
-        std::size_t to_go = 0;
-        for (std::size_t slot = 0; slot < layout.pawns; ++slot) {
-            const std::size_t rank = placement[slot] / 8U;
-            to_go += layout.side[slot] == WHITE ? 6 - rank : rank - 1;
-        }
-        groups[to_go].push_back(number);
     }
-    return groups;
 }
 
-Table& solve(const Signature& signature, TableSet& solved, int threads, const Progress& progress,
-             int limit) {
+static void solve_part(Table& table, Part& part, int threads, const Progress& progress) {
+    const Layout& layout = table.layout;
+    const auto number = static_cast<std::size_t>(part.file_position);
+    const std::size_t first = layout.part_start[number];
+    const std::size_t last = layout.part_start[number + 1];
+    part.first_word = first * layout.chunk_words;
+    Chunk chunk{table, part, threads};
+    for (const Side side : {WHITE, BLACK}) {
+        part.cells[side].resize(64 * (last - first) * layout.chunk_words);
+        SideState& state = chunk.state[side];
+        for (std::vector<Squares>* words :
+             {&state.not_won, &state.undecided, &state.can_lose, &state.saved, &state.spoilt})
+            words->resize(layout.chunk_words);
+        state.wins.clear(layout.chunk_words);
+        for (PositionSet& losses : state.losses)
+            losses.clear(layout.chunk_words);
+    }
+    for (std::size_t i = first; i < last; ++i) {
+        chunk.first_word = i * layout.chunk_words;
+        const bool lone = first + 1 == last;
+        start_chunk(chunk);
+        spread(chunk, lone ? progress : Progress());
+        mark_draws(chunk);
+        progress(static_cast<double>(i + 1 - first) / static_cast<double>(last - first));
+    }
+}
+
+Table& solve(const Signature& signature, TableSet& solved, int threads, const VisitPart& visit,
+             const Progress& progress, int limit) {
     std::unique_ptr<Table> made = make_table(signature, solved, limit);
     Table& table = *made;
-    for (const Side side : {WHITE, BLACK})
-        table.distance[side].resize(cells_of(table.layout));
-    std::atomic<std::size_t> done{0};
-    std::mutex reporting;
-    auto report = [&](double share) {
-        const std::lock_guard<std::mutex> lock(reporting);
-        if (progress)
-            progress((static_cast<double>(done) + share) /
-                     static_cast<double>(table.layout.chunks));
-    };
-    for (const std::vector<std::size_t>& group : chunk_groups(table.layout)) {
-        // The threads share out the chunks, or a lone chunk's cells.
-        const bool lone = group.size() == 1;
-        parallel_for(threads, group.size(), [&](std::size_t i) {
-            solve_chunk(table, group[i], lone ? threads : 1, lone ? Progress(report) : Progress());
-            ++done;
-            report(0);
-        });
-    }
+    // The threads share out the parts, or the words of a lone one.
+    const auto parts = static_cast<std::size_t>(file_positions(signature));
+    const int threads_each = std::max(threads / file_positions(signature), 1);
+    SharedProgress shares{progress, std::vector<double>(2 * parts), {}};
+    parallel_for(threads, parts, [&](std::size_t i) {
+        Part part{table, static_cast<int>(i), 0, {}};
+        solve_part(table, part, parts == 1 ? threads : 1, progress_of_piece(shares, 2 * i));
+        if (visit)
+            visit(part, threads_each, progress_of_piece(shares, 2 * i + 1));
+    });
     solved[name_of(signature)] = std::move(made);
     return table;
 }
 
-void drop_unneeded(TableSet& tables, std::span<const Signature> to_come) {
-    std::set<std::string> needed;
-    for (const Signature& signature : to_come)
-        for (const Signature& conversion : conversions(signature))
-            needed.insert(name_of(conversion));
-    std::erase_if(tables, [&](const auto& table) { return !needed.contains(table.first); });
-}
-
-Table& solve_closure(const Signature& signature, TableSet& solved, int threads, int limit) {
-    for (const Signature& needed : closure({signature}))
-        if (solved.find(name_of(needed)) == solved.end())
-            solve(needed, solved, threads, {}, limit);
-    return *solved.at(name_of(signature));
+void complete_values(Table& table, int threads) {
+    for_stretches(threads, words_of(table.layout), [&](std::size_t first, std::size_t last) {
+        for (std::size_t word = first; word < last; ++word) {
+            const Placement placement = placement_of(table.layout, word);
+            for (const Side side : {WHITE, BLACK}) {
+                const Squares legal = legal_squares(table.layout, placement, side);
+                AtLeast values = unpack(table.values[side][word]);
+                const AtLeast captures =
+                    legal != 0 ? best_captures(table, placement, side) : AtLeast{};
+                for (std::size_t value = 0; value < values.size(); ++value)
+                    values[value] = (values[value] | captures[value]) & legal;
+                table.values[side][word] = pack(values);
+            }
+        }
+    });
 }
 
 } // namespace brindlemoth::tablegen

@@ -1,49 +1,66 @@
-// Solves an endgame from nothing by retrograde analysis: see solver/table.h for what comes out.
+// Solves an endgame from nothing by retrograde analysis.
+//
+// A distance counts plies to the next capture or pawn move with both sides playing for the value:
+// positive for the winning side, negative for the losing one, 0 for a draw, of a size above the
+// fifty-move rule's limit exactly when the WDL value is -1 or 1. A mated side has distance -1.
 #pragma once
 
 #include "solver/table.h"
+#include "system/progress.h"
 
 #include <cstdint>
 #include <functional>
-#include <memory>
 #include <span>
 
 namespace brindlemoth::tablegen {
 
-// Told how much of the work is done, from 0 to 1. Called from one thread at a time.
-using Progress = std::function<void(double)>;
+// What is known of a position: its distance, the best capture, and whether a capture or pawn move
+// wins as well as anything.
+using Cell = std::uint16_t;
+constexpr Cell CELL_PLIES = 0x7FF; // size of the distance, 0 in a draw
+constexpr Cell CELL_LOSS = 0x800;  // it is the side to move that loses
+constexpr int CELL_CAPTURE = 12;   // where the best capture stands: three bits as in WordValues
+constexpr Cell CELL_ILLEGAL = 7 << CELL_CAPTURE;
+constexpr Cell CELL_ZEROES = 0x8000;
+
+constexpr bool is_legal(Cell cell) {
+    return (cell & CELL_ILLEGAL) != CELL_ILLEGAL;
+}
+constexpr int distance_of(Cell cell) {
+    return (cell & CELL_LOSS) != 0 ? -(cell & CELL_PLIES) : cell & CELL_PLIES;
+}
+// The WDL value of the best capture, -3 if there is none.
+constexpr int capture_of(Cell cell) {
+    return (cell >> CELL_CAPTURE & 7) - 3;
+}
+constexpr int wdl_of_distance(int distance, int limit = FIFTY_MOVES) {
+    if (distance == 0)
+        return 0;
+    return distance > 0 ? (distance > limit ? 1 : 2) : (distance < -limit ? -1 : -2);
+}
+
+// The solved positions of one file position of a table. They are handed on as soon as they are
+// complete, and then forgotten: tables that convert into this one need no more than the values.
+struct Part {
+    const Table& table;
+    int file_position;
+    std::size_t first_word;
+    std::array<std::vector<Cell>, 2> cells; // by side to move; 64 to a word
+
+    Cell cell(Side side, std::size_t number) const { return cells[side][number - 64 * first_word]; }
+};
+// Called for one part after the other, or for several at once, from as many threads. The second
+// is how many threads the visitor may use itself.
+using VisitPart = std::function<void(const Part&, int threads, const Progress&)>;
 
 // Solves a signature on that many threads. Everything that it converts into must be in the set;
 // the new table is added to it and returned. `limit` is that of the fifty-move rule, in plies,
 // the same for all tables of a set: with a low one small endgames have spoilt wins too. Throws
-// std::runtime_error where a distance is beyond what the table has room for.
-Table& solve(const Signature& signature, TableSet& solved, int threads,
+// std::runtime_error where a distance is beyond what a cell has room for.
+Table& solve(const Signature& signature, TableSet& solved, int threads, const VisitPart& visit = {},
              const Progress& progress = {}, int limit = FIFTY_MOVES);
 
-// Solves the signature and whatever it needs that the set has not.
-Table& solve_closure(const Signature& signature, TableSet& solved, int threads,
-                     int limit = FIFTY_MOVES);
-
-// Takes out of the set what none of the signatures still to be solved converts into.
-void drop_unneeded(TableSet& tables, std::span<const Signature> to_come);
-
-// What a whole table holds, over both sides to move, all reflections counted and like men not
-// told apart. A position counts once more for each double step that may just have been played
-// and that an enemy pawn stands ready to capture.
-struct TableCounts {
-    std::uint64_t legal = 0;
-    std::uint64_t en_passant = 0; // of the legal ones
-    std::uint64_t not_drawn = 0;
-    std::uint64_t mated = 0;
-
-    bool operator==(const TableCounts&) const = default;
-};
-// Requires a table that still has its distances.
-TableCounts count_positions(const Table& table, int threads);
-
-// Calls visit(slot) for each double step that may have led to this position: the slot of the
-// pawn that may just have made it, with an enemy pawn ready to capture. Requires a legal position.
-void for_en_passant(const Table& table, const Placement& placement, Side side,
-                    const std::function<void(std::size_t)>& visit);
+// Makes true values of those that a WDL file holds, which may be anything at or below a capture's.
+void complete_values(Table& table, int threads);
 
 } // namespace brindlemoth::tablegen

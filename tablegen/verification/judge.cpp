@@ -1,9 +1,8 @@
 #include "verification/judge.h"
 
-#include "system/parallel.h"
+#include "numbering/cell_walk.h"
 
 #include <algorithm>
-#include <mutex>
 
 namespace brindlemoth::tablegen {
 
@@ -18,95 +17,75 @@ static std::string describe(const Layout& layout, const Placement& placement, Si
     return text + (side == WHITE ? ", White to move" : ", Black to move");
 }
 
-// Calls is_right(placement, side) for each legal position.
-template <typename IsRight>
-static Verdict judge_all(const Table& table, int threads, const Progress& progress,
-                         const IsRight& is_right) {
-    Verdict total;
-    std::size_t first_piece = SIZE_MAX; // with something wrong, so far
-    std::size_t done = 0;
-    std::mutex adding;
-    const std::size_t cells = cells_of(table.layout);
-    const std::size_t stretch = 1 << 14;
-    parallel_for(threads, (cells + stretch - 1) / stretch, [&](std::size_t piece) {
-        Verdict part;
-        for (std::size_t cell = piece * stretch; cell < std::min(cells, (piece + 1) * stretch);
-             ++cell) {
-            const Placement placement = placement_of(table.layout, cell);
-            for (const Side side : {WHITE, BLACK}) {
-                if (table.distance[side][cell] == ILLEGAL_DISTANCE)
-                    continue;
-                ++part.positions;
-                if (!is_right(placement, side, table.distance[side][cell])) {
-                    if (part.wrong++ == 0)
-                        part.first_wrong = describe(table.layout, placement, side);
-                }
+// A reader takes the better of the stored value and the best capture.
+static bool wdl_is_right(Cell cell, int stored) {
+    const int capture = capture_of(cell);
+    return stored <= 4 &&
+           (capture == 2 || std::max(stored - 2, capture) == wdl_of_distance(distance_of(cell)));
+}
+
+static bool dtz_is_right(Cell cell, const ReaderStream& stream, int stored) {
+    const int distance = distance_of(cell);
+    if (distance == 0 || (cell & CELL_ZEROES) != 0)
+        return true; // readers do not look here
+    const int size = distance < 0 ? -distance : distance;
+    const bool spoilt = size > FIFTY_MOVES;
+    if ((stream.flags & DTZ_MAPPED) != 0) {
+        // Wins, losses, spoilt wins, saved losses.
+        const std::vector<int>& map = stream.maps[(distance < 0 ? 1U : 0U) + (spoilt ? 2U : 0U)];
+        if (static_cast<std::size_t>(stored) >= map.size())
+            return false;
+        stored = map[static_cast<std::size_t>(stored)];
+    }
+    const bool plies =
+        !spoilt && (stream.flags & (distance < 0 ? DTZ_LOSSES_IN_PLIES : DTZ_WINS_IN_PLIES)) != 0;
+    const int read = (spoilt ? FIFTY_MOVES : 0) + 1 + (plies ? stored : 2 * stored);
+    return read == size || (!plies && read + 1 == size);
+}
+
+static void judge_stream(const Part& part, const TableReader& reader, const ReaderStream& stream,
+                         Side side, const Progress& progress, Verdict& verdict) {
+    const Layout& layout = part.table.layout;
+    CellWalk walk = cells_from(layout, stream.numbering, 0);
+    std::uint64_t done = 0;
+    const bool whole = read_values(reader, stream, [&](std::span<const std::uint16_t> values) {
+        for (const std::uint16_t value : values) {
+            const Cell cell = part.cell(side, walk.cell);
+            if (is_legal(cell)) {
+                ++verdict.positions;
+                const bool right = reader.kind == FileKind::DTZ ? dtz_is_right(cell, stream, value)
+                                                                : wdl_is_right(cell, value);
+                if (!right && verdict.wrong++ == 0)
+                    verdict.first_wrong = describe(layout, placement_of(walk), side);
             }
+            advance(walk);
         }
-        const std::lock_guard<std::mutex> lock(adding);
-        total.positions += part.positions;
-        total.wrong += part.wrong;
-        if (part.wrong != 0 && piece < first_piece) {
-            first_piece = piece;
-            total.first_wrong = part.first_wrong;
-        }
-        ++done;
-        if (progress)
-            progress(static_cast<double>(done * stretch) / static_cast<double>(cells + stretch));
+        done += values.size();
+        progress(static_cast<double>(done) / static_cast<double>(stream.numbering.positions));
     });
-    return total;
+    if (!whole && verdict.wrong++ == 0)
+        verdict.first_wrong = " where the data end";
 }
 
-Verdict judge_wdl(const Table& table, const TableReader& reader, int threads,
-                  const Progress& progress) {
-    return judge_all(
-        table, threads, progress, [&](const Placement& placement, Side side, int distance) {
-            const auto place = find_position(reader, table.layout, placement, side);
-            if (!place || place->index >= place->stream->positions)
-                return false;
-            const std::optional<int> stored = value_at(reader, *place->stream, place->index);
-            if (!stored || *stored > 4)
-                return false;
-            // A reader takes the better of the stored value and the best capture; it does not look
-            // at the stored value when a capture wins.
-            const int wdl = wdl_of_distance(distance);
-            const int capture = best_capture(table, placement, side);
-            return capture == 2 || std::max(*stored - 2, capture) == wdl;
-        });
+void add_verdict(Verdict& verdict, const Verdict& other) {
+    if (verdict.wrong == 0)
+        verdict.first_wrong = other.first_wrong;
+    verdict.wrong += other.wrong;
+    verdict.positions += other.positions;
 }
 
-Verdict judge_dtz(const Table& table, const TableReader& reader, int threads,
-                  const Progress& progress) {
-    return judge_all(
-        table, threads, progress, [&](const Placement& placement, Side side, int distance) {
-            const auto place = find_position(reader, table.layout, placement, side);
-            const int wdl = wdl_of_distance(distance);
-            if (!place || wdl == 0)
-                return true; // not stored, not looked up
-            if (wdl > 0) {
-                const ZeroingMoves zeroing = zeroing_moves(table, placement, side);
-                if (zeroing.best_capture == wdl || zeroing.best_pawn_move == wdl)
-                    return true;
-            }
-            if (place->index >= place->stream->positions)
-                return false;
-            std::optional<int> value = value_at(reader, *place->stream, place->index);
-            if (value && (place->stream->flags & 2) != 0) {
-                // By WDL value: loss, spoilt loss, (draw), spoilt win, win.
-                constexpr std::size_t map_of_wdl[5] = {1, 3, 0, 2, 0};
-                const auto& map = place->stream->maps[map_of_wdl[wdl + 2]];
-                const auto entry = static_cast<std::size_t>(*value);
-                value = entry < map.size() ? std::optional<int>(map[entry]) : std::nullopt;
-            }
-            if (!value)
-                return false;
-            const int flags = place->stream->flags;
-            const bool plies = (wdl == 2 && (flags & 4) != 0) || (wdl == -2 && (flags & 8) != 0);
-            const int base = wdl == 2 || wdl == -2 ? 1 : 101;
-            const int size = distance < 0 ? -distance : distance;
-            const int read = base + (plies ? *value : 2 * *value);
-            return read == size || (!plies && read + 1 == size);
-        });
+Verdict judge(const Part& part, const TableReader& reader, const Progress& progress) {
+    Verdict verdict;
+    const std::size_t first = static_cast<std::size_t>(part.file_position) * reader.sides;
+    // The second of two like sides is asked by no one.
+    const bool symmetric = is_symmetric(reader.signature);
+    const bool dtz = reader.kind == FileKind::DTZ;
+    for (std::size_t i = 0; i < (symmetric ? 1 : reader.sides); ++i) {
+        const ReaderStream& stream = reader.streams[first + i];
+        const bool black = dtz ? !symmetric && (stream.flags & DTZ_BLACK_TO_MOVE) != 0 : i == 1;
+        judge_stream(part, reader, stream, black ? BLACK : WHITE, progress, verdict);
+    }
+    return verdict;
 }
 
 } // namespace brindlemoth::tablegen

@@ -1,8 +1,8 @@
-// Holds the files of a table against the endgame solved afresh, position by position.
+// Holds the files of a table against the endgame solved afresh, value by value.
 #pragma once
 
+#include "file/table_reader.h"
 #include "solver/solver.h"
-#include "verification/table_reader.h"
 
 #include <cstdint>
 #include <string>
@@ -10,19 +10,16 @@
 namespace brindlemoth::tablegen {
 
 struct Verdict {
-    std::uint64_t positions = 0; // legal positions looked up
+    std::uint64_t positions = 0; // legal positions that have a value
     std::uint64_t wrong = 0;     // of these: another value than the solver's
     std::string first_wrong;     // the first of these, for a message
 };
 
-// Looks up every legal position of the solver's table, for both sides to move, in a WDL file. A
-// stored value is right if a reader that also tries captures gets the solver's value from it.
-Verdict judge_wdl(const Table& table, const TableReader& reader, int threads,
-                  const Progress& progress = {});
+void add_verdict(Verdict& verdict, const Verdict& other);
 
-// The same for a DTZ file and the positions that readers look up in it. A stream that counts
-// moves may be one ply short of the distance.
-Verdict judge_dtz(const Table& table, const TableReader& reader, int threads,
-                  const Progress& progress = {});
+// Reads the streams of a part's file position from end to end. A stored WDL value is right if a
+// reader that also tries captures gets the solver's value from it; in a DTZ file only the positions
+// count that readers look up, and a stream that counts moves may be one ply short of the distance.
+Verdict judge(const Part& part, const TableReader& reader, const Progress& progress);
 
 } // namespace brindlemoth::tablegen

@@ -4,8 +4,8 @@
 #include "board/bitboard.h"
 #include "board/make_move.h"
 #include "movegen/legality.h"
-#include "solver/solver.h"
 #include "support/support.h"
+#include "tablegen/solved_table.h"
 
 #include <algorithm>
 #include <array>
@@ -15,7 +15,7 @@
 
 namespace brindlemoth {
 
-static int solved_or_judged(Position& position, const tablegen::TableSet& tables, int limit);
+static int solved_or_judged(Position& position, const SolvedSet& tables, int limit);
 
 // Both turn a distance after a move into one before it.
 static int distance_by_zeroing(int after, int limit) {
@@ -43,7 +43,7 @@ static int rank_of_distance(int distance) {
 }
 
 // The distance by definition: the best of all legal moves.
-static int judged_distance(Position& position, const tablegen::TableSet& tables, int limit) {
+static int judged_distance(Position& position, const SolvedSet& tables, int limit) {
     MoveList list;
     generate_legal(position, list);
     if (list.count == 0)
@@ -66,7 +66,7 @@ static int judged_distance(Position& position, const tablegen::TableSet& tables,
 }
 
 // What the position's own table says. It knows no en passant: that is judged.
-static int solved_or_judged(Position& position, const tablegen::TableSet& tables, int limit) {
+static int solved_or_judged(Position& position, const SolvedSet& tables, int limit) {
     if (position.ep_square != NO_SQUARE)
         return judged_distance(position, tables, limit);
     tablegen::Signature signature;
@@ -77,19 +77,20 @@ static int solved_or_judged(Position& position, const tablegen::TableSet& tables
                              [static_cast<std::size_t>(piece_type(piece) + 1)];
     }
     bool exchanged = false;
-    const tablegen::Table& table = *tables.at(name_of(canonical(signature, &exchanged)));
+    const SolvedTable& table = tables.solved.at(name_of(canonical(signature, &exchanged)));
+    const tablegen::Layout& layout = table.parts[0].table.layout;
     tablegen::Placement placement{};
     std::array<Bitboard, 2> left = {position.occupied[WHITE], position.occupied[BLACK]};
-    for (std::size_t slot = 0; slot < table.layout.men; ++slot) {
-        const int colour = table.layout.side[slot] ^ (exchanged ? 1 : 0);
-        Bitboard men = left[static_cast<std::size_t>(colour)] &
-                       position.pieces[colour][table.layout.kind[slot] - 1];
+    for (std::size_t slot = 0; slot < layout.men; ++slot) {
+        const int colour = layout.side[slot] ^ (exchanged ? 1 : 0);
+        Bitboard men =
+            left[static_cast<std::size_t>(colour)] & position.pieces[colour][layout.kind[slot] - 1];
         const int square = lowest_square(men);
         left[static_cast<std::size_t>(colour)] ^= square_bit(square);
         placement[slot] = static_cast<std::uint8_t>(exchanged ? flip_rank(square) : square);
     }
     const int side = position.side ^ (exchanged ? 1 : 0);
-    return table.distance[static_cast<std::size_t>(side)][cell_of(table.layout, placement)];
+    return tablegen::distance_of(cell_at(table, placement, static_cast<tablegen::Side>(side)));
 }
 
 static std::string fen_of(const tablegen::Layout& layout, const tablegen::Placement& placement,
@@ -105,45 +106,63 @@ static std::string fen_of(const tablegen::Layout& layout, const tablegen::Placem
     return fen + (side == tablegen::WHITE ? " w - - 1 1" : " b - - 1 1");
 }
 
-TEST(TablegenLimit, EveryValueFollowsFromThoseOfItsSuccessors) {
-    struct {
-        const char* name;
-        int limit;
-        unsigned one_in;   // of the cells, drawn at random
-        std::size_t saved; // at least so many spoilt wins and saved losses
-    } const rows[] = {
-        {"KRvK", 10, 1, 50000}, {"KQvK", 10, 1, 10000},  {"KPvK", 10, 1, 10000},
-        {"KPvK", 4, 1, 10000},  {"KPvKP", 10, 60, 1000}, {"KRvKP", 10, 60, 1000},
-    };
-    std::map<int, tablegen::TableSet> by_limit;
-    for (const auto& row : rows) {
-        tablegen::TableSet& tables = by_limit[row.limit];
-        const tablegen::Table& table =
-            solve_closure(*tablegen::parse_signature(row.name), tables, 2, row.limit);
-        std::mt19937 random(7);
-        Position position = position_from(starting_fen);
-        std::size_t saved = 0;
-        std::size_t wrong = 0;
-        std::string first_wrong;
-        for (std::size_t cell = 0; cell < cells_of(table.layout); ++cell) {
-            if (random() % row.one_in != 0)
+namespace {
+
+struct LimitRow {
+    const char* name;
+    int limit;
+    unsigned one_in;   // of the words, drawn at random
+    std::size_t saved; // at least so many spoilt wins and saved losses
+};
+
+} // namespace
+
+static void judge_row(const LimitRow& row, SolvedSet& tables) {
+    const SolvedTable& table = solve_into(tables, row.name);
+    const tablegen::Layout& layout = table.parts[0].table.layout;
+    std::mt19937 random(7);
+    Position position = position_from(starting_fen);
+    std::size_t saved = 0;
+    std::size_t wrong = 0;
+    std::string first_wrong;
+    for (std::size_t word = 0; word < words_of(layout); ++word) {
+        if (random() % row.one_in != 0)
+            continue;
+        tablegen::Placement placement = tablegen::placement_of(layout, word);
+        for (int king = 0; king < 128; ++king) {
+            placement[layout.men - 1] = static_cast<std::uint8_t>(king % 64);
+            const tablegen::Side side = king < 64 ? tablegen::WHITE : tablegen::BLACK;
+            const tablegen::Cell cell = cell_at(table, placement, side);
+            if (!tablegen::is_legal(cell))
                 continue;
-            const tablegen::Placement placement = placement_of(table.layout, cell);
-            for (const tablegen::Side side : {tablegen::WHITE, tablegen::BLACK}) {
-                const int solved = table.distance[side][cell];
-                if (solved == tablegen::ILLEGAL_DISTANCE)
-                    continue;
-                saved += std::abs(solved) > row.limit ? 1 : 0;
-                const std::string fen = fen_of(table.layout, placement, side);
-                position_set_fen(position, fen.c_str());
-                const int judged = judged_distance(position, tables, row.limit);
-                if (judged != solved && wrong++ == 0)
-                    first_wrong = fen + ": solved " + std::to_string(solved) + ", judged " +
-                                  std::to_string(judged);
-            }
+            const int solved = tablegen::distance_of(cell);
+            saved += std::abs(solved) > row.limit ? 1 : 0;
+            const std::string fen = fen_of(layout, placement, side);
+            position_set_fen(position, fen.c_str());
+            const int judged = judged_distance(position, tables, row.limit);
+            if (judged != solved && wrong++ == 0)
+                first_wrong = fen + ": solved " + std::to_string(solved) + ", judged " +
+                              std::to_string(judged);
         }
-        EXPECT_EQ(wrong, 0U) << row.name << ": " << first_wrong;
-        EXPECT_GT(saved, row.saved) << row.name;
+    }
+    EXPECT_EQ(wrong, 0U) << row.name << ": " << first_wrong;
+    EXPECT_GT(saved, row.saved) << row.name;
+}
+
+TEST(TablegenLimit, EveryValueFollowsFromThoseOfItsSuccessors) {
+    // One program takes a sample, another all or many positions.
+    const LimitRow rows[] = {
+        {"KRvK", 10, ALL_POSITIONS ? 1 : 8, ALL_POSITIONS ? 10000 : 1000},
+        {"KQvK", 10, ALL_POSITIONS ? 1 : 8, ALL_POSITIONS ? 2000 : 200},
+        {"KPvK", 10, ALL_POSITIONS ? 1 : 16, ALL_POSITIONS ? 5000 : 300},
+        {"KPvK", 4, ALL_POSITIONS ? 1 : 16, ALL_POSITIONS ? 5000 : 300},
+        {"KPvKP", 10, ALL_POSITIONS ? 60 : 1000, ALL_POSITIONS ? 1000 : 60},
+        {"KRvKP", 10, ALL_POSITIONS ? 60 : 1000, ALL_POSITIONS ? 1000 : 60},
+    };
+    std::map<int, SolvedSet> by_limit;
+    for (const LimitRow& row : rows) {
+        by_limit[row.limit].limit = row.limit;
+        judge_row(row, by_limit[row.limit]);
     }
 }
 

@@ -1,9 +1,9 @@
 #include "tablegen/made_up_file.h"
 
+#include "file/table_reader.h"
 #include "tablebase/probe.h"
 #include "tablebase/syzygy.h"
 #include "tablebase/table_support.h"
-#include "verification/table_reader.h"
 
 #include <algorithm>
 #include <bit>
@@ -16,9 +16,6 @@ using tablegen::FileKind;
 
 constexpr int WDL_VALUES = 5;
 constexpr int DTZ_VALUES = 300;
-// The generator's own reader is slow and looks at fewer places; it has whole tables to read in
-// other tests.
-constexpr std::uint64_t JUDGED_EVERY = 11;
 
 static std::vector<std::uint16_t> make_values(Values kind, std::uint64_t count, int limit,
                                               std::mt19937_64& random) {
@@ -119,59 +116,7 @@ static tablegen::TableFile make_wdl_companion(const tablegen::Signature& signatu
     return file;
 }
 
-namespace {
-
-struct SymbolShape {
-    std::size_t values;
-    int depth;
-};
-
-} // namespace
-
-static SymbolShape shape_of(const tablegen::CompressedStream& stream, std::size_t symbol) {
-    const tablegen::Symbol& pair = stream.symbols[symbol];
-    if (pair.right == tablegen::LEAF)
-        return {1, 0};
-    const SymbolShape left = shape_of(stream, pair.left);
-    const SymbolShape right = shape_of(stream, pair.right);
-    return {left.values + right.values, 1 + std::max(left.depth, right.depth)};
-}
-
-// Decodes some blocks, to see where their codes lie.
-static void look_at_codes(const tablegen::CompressedStream& stream, ReadBack& result) {
-    std::vector<SymbolShape> shapes;
-    for (std::size_t symbol = 0; symbol < stream.symbols.size(); ++symbol) {
-        shapes.push_back(shape_of(stream, symbol));
-        result.pair_depth = std::max(result.pair_depth, shapes.back().depth);
-    }
-    const auto& first = stream.first_symbol;
-    std::vector<std::uint64_t> base(first.size(), 0); // the least code of each length
-    for (std::size_t i = first.size() - 1; i-- > 0;)
-        base[i] = (base[i + 1] + first[i] - first[i + 1]) / 2;
-    const std::size_t size = std::size_t{1} << stream.block_size_log2;
-    const std::size_t blocks = std::min<std::size_t>(stream.blocks.size() / size, 200);
-    for (std::size_t block = 0; block < blocks; ++block) {
-        std::size_t bit = 0;
-        for (std::size_t values = 0; values <= stream.block_lengths[block];) {
-            const std::size_t start = bit;
-            std::uint64_t code = 0;
-            std::size_t length = 0;
-            const auto shortest = static_cast<std::size_t>(stream.min_code_length);
-            while (length < shortest || code < base[length - shortest]) {
-                const unsigned byte = stream.blocks[block * size + bit / 8];
-                code = code << 1 | (byte >> (7 - bit % 8) & 1);
-                ++bit;
-                ++length;
-            }
-            values += shapes[first[length - shortest] + code - base[length - shortest]].values;
-            result.crossings += start / 32 != (bit - 1) / 32 ? 1 : 0;
-        }
-    }
-}
-
 static void look_at_stream(const tablegen::CompressedStream& stream, ReadBack& result) {
-    if (!stream.constant)
-        look_at_codes(stream, result);
     result.blocks += stream.blocks.size() >> stream.block_size_log2;
     result.longest_code = std::max(result.longest_code, stream.max_code_length);
     const std::uint64_t half = stream.constant ? 0 : std::uint64_t{1} << (stream.index_bits - 1);
@@ -194,21 +139,18 @@ static int expected_value(const tablegen::FilePosition& position, bool dtz, int 
     return (position.flags & ply_flag[wdl + 2]) != 0 ? value : 2 * value;
 }
 
-// The slots of a layout filled with the men of a stream.
-static tablegen::Placement placement_of(const tablegen::Layout& layout,
-                                        const tablegen::Numbering& numbering,
-                                        const tablegen::FileSquares& squares) {
-    tablegen::Placement placement{};
-    std::size_t used = 0;
-    for (std::size_t slot = 0; slot < layout.men; ++slot) {
-        const auto code = static_cast<std::uint8_t>(layout.kind[slot] + 8 * layout.side[slot]);
-        std::size_t man = 0;
-        while ((used >> man & 1) != 0 || numbering.order.piece[man] != code)
-            ++man;
-        used |= std::size_t{1} << man;
-        placement[slot] = squares[man];
-    }
-    return placement;
+// How many of a stream's values the generator's own reader gets wrong.
+static std::uint64_t misread_values(const tablegen::TableReader& reader, std::size_t stream,
+                                    const std::vector<std::uint16_t>& expected) {
+    if (reader.streams[stream].constant)
+        return reader.streams[stream].constant_value != expected[0] ? 1 : 0;
+    std::uint64_t index = 0;
+    std::uint64_t wrong = 0;
+    const bool whole = read_values(reader, reader.streams[stream], [&](auto values) {
+        for (const std::uint16_t value : values)
+            wrong += value != expected[index++] ? 1 : 0;
+    });
+    return wrong + (whole ? 0 : 1);
 }
 
 ReadBack write_and_read(const MadeUpFile& made_up) {
@@ -222,14 +164,12 @@ ReadBack write_and_read(const MadeUpFile& made_up) {
     EXPECT_EQ(tablegen::write_whole_file(path + extension_of(made_up.kind), lay_out(made.file)),
               "");
     if (dtz) {
-        EXPECT_EQ(tablegen::write_whole_file(path + tablegen::WDL_EXTENSION,
-                                             lay_out(make_wdl_companion(signature))),
-                  "");
+        EXPECT_EQ(
+            tablegen::write_whole_file(path + ".rtbw", lay_out(make_wdl_companion(signature))), "");
     }
     syzygy_init(directory.path.c_str());
     tablegen::TableReader reader;
-    EXPECT_EQ(open_table(path + extension_of(made_up.kind), signature, dtz, reader), "");
-    tablegen::Layout layout = tablegen::make_layout(signature);
+    EXPECT_EQ(open_table(path + extension_of(made_up.kind), signature, made_up.kind, reader), "");
     const bool symmetric = tablegen::is_symmetric(signature);
 
     for (std::size_t s = 0; s < made.values.size(); ++s) {
@@ -240,17 +180,20 @@ ReadBack write_and_read(const MadeUpFile& made_up) {
         result.later_turns += stream.order.order != 0 ? 1 : 0;
         if (symmetric && s % sides == 1)
             continue; // nobody asks for the second side of equal sides
+        result.judge_wrong += misread_values(reader, s, made.values[s]);
         const auto numbering = make_numbering(signature, static_cast<int>(s / sides), stream.order);
         const bool black = dtz ? !symmetric && (position.flags & 1) != 0 : s % sides == 1;
         // A constant stream is read here and there.
         const bool constant = stream.data.constant;
         const std::uint64_t step = constant ? 1 + numbering.positions / 1000 : made_up.every;
+        tablegen::Walk walk = walk_from(numbering, 0);
         for (std::uint64_t index = 0; index < numbering.positions; index += step) {
-            const tablegen::FileSquares squares = squares_at(numbering, index);
+            if (step > 1)
+                walk = walk_from(numbering, index);
             ProbeBoard board = empty_board(!black);
             for (std::size_t man = 0; man < numbering.men; ++man) {
                 const std::uint8_t piece = stream.order.piece[man];
-                put_man(board, {piece < 8 ? 1 : 0, piece % 8}, squares[man]);
+                put_man(board, {piece < 8 ? 1 : 0, piece % 8}, walk.squares[man]);
             }
             constexpr int wdls[4] = {2, -2, 1, -1};
             const int wdl = wdls[index % 4];
@@ -259,25 +202,23 @@ ReadBack write_and_read(const MadeUpFile& made_up) {
             int success = PROBE_GOOD;
             const int read = syzygy_probe_table(index % 2 == 0 ? board : colours_exchanged(board),
                                                 wdl, success, dtz ? KIND_DTZ : KIND_WDL);
-            const bool engine_right = success == PROBE_GOOD && read == expected;
-
-            ++result.values;
-            bool judge_right = true;
-            if (index % JUDGED_EVERY == 0) {
-                const auto found =
-                    find_position(reader, layout, placement_of(layout, numbering, squares),
-                                  black ? tablegen::BLACK : tablegen::WHITE);
-                judge_right = found && found->index == index &&
-                              value_at(reader, *found->stream, found->index) == raw;
+            bool engine_right = success == PROBE_GOOD && read == expected;
+            if (dtz && !symmetric) {
+                // The other side to move is reported as such.
+                board.white_to_move ^= 1;
+                syzygy_probe_table(board, wdl, success, KIND_DTZ);
+                engine_right = engine_right && success == PROBE_OTHER_SIDE;
             }
+            ++result.values;
             result.engine_wrong += engine_right ? 0 : 1;
-            result.judge_wrong += judge_right ? 0 : 1;
-            if (!(engine_right && judge_right) && result.first_wrong.empty()) {
+            if (!engine_right && result.first_wrong.empty()) {
                 result.first_wrong = "stream " + std::to_string(s) + " index " +
                                      std::to_string(index) + " " + board_text(board) +
                                      ": expected " + std::to_string(expected) + ", read " +
                                      std::to_string(read) + ", success " + std::to_string(success);
             }
+            if (step == 1)
+                advance(walk);
         }
     }
     syzygy_init("");

@@ -46,8 +46,6 @@ struct ReadBack {
     std::uint64_t walks_back = 0; // index entries whose stretch begins in an earlier block
     std::uint64_t walks_on = 0;   // index entries whose stretch ends in a later block
     int later_turns = 0;          // streams whose leading group does not vary fastest
-    int pair_depth = 0;           // of pairs within pairs
-    std::uint64_t crossings = 0;  // codes with a 32-bit boundary of their block within them
 };
 
 // Writes the file, and what must lie beside it, into a directory of its own, reads it with both

@@ -5,7 +5,9 @@
 #include <filesystem>
 #include <future>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
 namespace brindlemoth {
 
@@ -142,7 +144,7 @@ TEST(TablegenProgram, SaysWhatIsWrongInOneLine) {
         {"KvK --out " + directory.path, "no signature"},
         {"KKvK --out " + directory.path, "no signature"},
         {"KQQvKRR --out " + directory.path, "more than 5 men"},
-        {"--men 5 --out " + directory.path, "--men takes"},
+        {"--men 6 --out " + directory.path, "--men takes"},
         {"--men x --out " + directory.path, "--men takes"},
         {"--threads 0 --men 3 --out " + directory.path, "--threads takes"},
         {"--frobnicate", "unknown option"},
@@ -169,6 +171,22 @@ TEST(TablegenProgram, SaysWhatIsWrongInOneLine) {
     const Result help = run_tablegen("--help");
     EXPECT_EQ(help.status, 0);
     EXPECT_NE(help.output.find("--verify DIR"), std::string::npos);
+}
+
+// A pipe or a device with a table's name is never opened; a table that is made takes its name.
+TEST(TablegenProgram, OnlyRegularFilesAreOpened) {
+    const TemporaryDirectory directory;
+    const std::string fifo = directory.file("KQvK.rtbw");
+    const std::string device = directory.file("KQvK.rtbz");
+    ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
+    ASSERT_EQ(symlink("/dev/zero", device.c_str()), 0);
+    const Result verified = run_tablegen("--verify " + directory.path);
+    EXPECT_EQ(verified.status, 1);
+    for (const std::string& path : {fifo, device})
+        EXPECT_NE(verified.output.find(path + " is no regular file"), std::string::npos)
+            << verified.output;
+    EXPECT_EQ(run_tablegen("KQvK --out " + directory.path).status, 0);
+    EXPECT_TRUE(std::filesystem::is_regular_file(std::filesystem::symlink_status(device)));
 }
 
 // A limit on the size of files stands in for a full disk: writes fail in the same place.

@@ -1,8 +1,7 @@
-#include "solver/solver.h"
 #include "system/parallel.h"
 #include "tablebase/syzygy.h"
 #include "tablebase/table_support.h"
-#include "tablegen/engine_comparison.h"
+#include "tablegen/solved_table.h"
 
 #include <atomic>
 #include <gtest/gtest.h>
@@ -11,46 +10,24 @@
 
 namespace brindlemoth {
 
-struct CountRow {
-    const char* name;
-    tablegen::TableCounts counts;
-};
-
-// What an independent solver found.
-static const CountRow count_rows[] = {
-    {"KQvK", {368452, 0, 345404, 364}},
-    {"KRvK", {399112, 0, 376868, 216}},
-    {"KPvK", {331352, 0, 222564, 0}},
-    {"KNNvK", {12579944, 0, 736, 120}},
-};
-
-TEST(TablegenSolver, FindsKnownCounts) {
-    tablegen::TableSet tables;
-    for (const CountRow& row : count_rows) {
-        const tablegen::Table& table =
-            solve_closure(*tablegen::parse_signature(row.name), tables, 2);
-        EXPECT_EQ(count_positions(table, 2), row.counts) << row.name;
-    }
-}
-
 TEST(TablegenSolver, SolvesTheSameOnAnyNumberOfThreads) {
-    const tablegen::Signature signature = *tablegen::parse_signature("KQvKR");
-    tablegen::TableSet one;
-    tablegen::TableSet three;
-    EXPECT_TRUE(solve_closure(signature, one, 1).distance ==
-                solve_closure(signature, three, 3).distance);
+    SolvedSet one;
+    SolvedSet three;
+    const auto& cells = solve_into(one, "KQvKR", 1).parts[0].cells;
+    EXPECT_TRUE(solve_into(three, "KQvKR", 3).parts[0].cells == cells);
 }
 
+// A sample; long tests take all positions of all endgames.
 TEST(TablegenSolver, AgreesWithTheGenuineTables) {
     SKIP_WITHOUT_TABLES();
     syzygy_init(syzygy_directory().c_str());
-    tablegen::TableSet tables;
-    for (const char* name : {"KQvK", "KRvK", "KBvK", "KNvK", "KPvK", "KPPvK"}) {
-        const Comparison compared = compare_with_engine(
-            solve_closure(*tablegen::parse_signature(name), tables, 2), syzygy_directory());
+    SolvedSet set;
+    for (const char* name : {"KPvK", "KPPvK", "KPvKP", "KRRvK", "KRvKR"}) {
+        const Comparison compared = compare_with_engine(solve_into(set, name), 97);
         EXPECT_EQ(compared.wrong_wdl + compared.wrong_dtz, 0U)
             << name << " of " << compared.positions << ":" << compared.first_wrong;
     }
+    syzygy_init("");
 }
 
 TEST(TablegenThreads, WhatAPieceThrowsComesOutWhenAllHaveEnded) {
