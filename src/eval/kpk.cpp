@@ -4,105 +4,105 @@
 #include "board/bitboard.h"
 #include "eval/evaluate.h"
 
-#include <algorithm>
-#include <iterator>
-
 namespace brindlemoth {
 
 std::uint8_t kpk_table[KPK_SIZE];
 
 namespace {
 
-int entry(int strong_king, int weak_king, int weak_to_move, int pawn) {
-    return kpk_table[kpk_index(strong_king, weak_king, weak_to_move, pawn)];
+// What one pawn is worth, by square of the strong king: the squares of the weak king with which the
+// strong side wins. So all 64 are decided at once.
+struct PawnWins {
+    Bitboard strong_to_move[SQUARE_COUNT];
+    Bitboard weak_to_move[SQUARE_COUNT];
+};
+
+// Every square that a king on one of these squares attacks.
+Bitboard king_attack_set(Bitboard kings) {
+    const Bitboard beside = ((kings & ~FILE_A) >> 1) | ((kings & ~FILE_H) << 1);
+    const Bitboard rows = kings | beside;
+    return beside | rows << 8 | rows >> 8;
 }
 
-int classify_strong_to_move(int strong_king, int weak_king, int pawn) {
-    if ((pawn_attacks[WHITE][pawn] & square_bit(weak_king)) != 0)
-        return KPK_INVALID; // the weak side is in check, out of turn
-    const Bitboard kings = square_bit(strong_king) | square_bit(weak_king);
+// Where the weak king may stand, whoever is to move.
+Bitboard weak_king_squares(int strong_king, int pawn) {
+    return strong_king == pawn
+               ? 0
+               : ~(king_attacks[strong_king] | square_bit(strong_king) | square_bit(pawn));
+}
+
+// The squares of the weak king with which a move of the pawn wins.
+Bitboard wins_by_pawn_move(const PawnWins wins[], int strong_king, int pawn) {
     const int stop = pawn + 8;
-    const bool stop_free = (kings & square_bit(stop)) == 0;
-
-    // A promotion that the weak king can take counts as no move at all.
-    if (rank_of(pawn) == 6 && stop_free &&
-        ((king_attacks[weak_king] & square_bit(stop)) == 0 ||
-         (king_attacks[strong_king] & square_bit(stop)) != 0))
-        return KPK_WIN;
-
-    int results = 0;
-    for (Bitboard moves = king_attacks[strong_king] & ~king_attacks[weak_king] & ~square_bit(pawn);
-         moves != 0;)
-        results |= entry(pop_lowest(moves), weak_king, 1, pawn);
-    if (rank_of(pawn) < 6 && stop_free) {
-        results |= entry(strong_king, weak_king, 1, stop);
-        if (rank_of(pawn) == 1 && (kings & square_bit(stop + 8)) == 0)
-            results |= entry(strong_king, weak_king, 1, stop + 8);
+    if (strong_king == stop)
+        return 0;
+    Bitboard won;
+    if (rank_of(pawn) == 6) {
+        // A promotion that the weak king can take counts as no move at all.
+        const bool guarded = (king_attacks[strong_king] & square_bit(stop)) != 0;
+        won = guarded ? ~Bitboard{0} : ~king_attacks[stop];
+    } else {
+        won = wins[stop].weak_to_move[strong_king];
+        if (rank_of(pawn) == 1)
+            won |= wins[stop + 8].weak_to_move[strong_king];
     }
-    if ((results & KPK_WIN) != 0)
-        return KPK_WIN;
-    return (results & KPK_UNKNOWN) != 0 ? KPK_UNKNOWN : KPK_DRAW; // stalemate among the draws
+    return won & ~square_bit(stop);
 }
 
-int classify_weak_to_move(int strong_king, int weak_king, int pawn) {
-    int results = 0;
-    for (Bitboard moves =
-             king_attacks[weak_king] & ~king_attacks[strong_king] & ~pawn_attacks[WHITE][pawn];
-         moves != 0;) {
-        const int target = pop_lowest(moves);
-        if (target == pawn)
-            return KPK_DRAW;
-        results |= entry(strong_king, target, 0, pawn);
-    }
-    if ((results & KPK_DRAW) != 0)
-        return KPK_DRAW;
-    if (results != 0)
-        return (results & KPK_UNKNOWN) != 0 ? KPK_UNKNOWN : KPK_WIN;
-    const bool checkmate = (pawn_attacks[WHITE][pawn] & square_bit(weak_king)) != 0;
-    return checkmate ? KPK_WIN : KPK_DRAW;
+// Wins with the weak king to move, as far as those with the strong side to move are known: he has
+// no move to a square from which he holds, and is in check if he has no move at all.
+Bitboard weak_to_move_wins(Bitboard strong_to_move_wins, int strong_king, int pawn) {
+    const Bitboard checks = pawn_attacks[WHITE][pawn];
+    const Bitboard safe = ~(king_attacks[strong_king] | checks);
+    return weak_king_squares(strong_king, pawn) & ~king_attack_set(safe & ~strong_to_move_wins) &
+           (king_attack_set(safe) | checks);
 }
 
-// Classifies every entry that is still unknown. Returns whether any was decided.
-bool sweep() {
-    bool changed = false;
-    for (int pawn_file = 0; pawn_file < 4; ++pawn_file) {
-        for (int pawn_rank = 1; pawn_rank <= 6; ++pawn_rank) {
-            const int pawn = make_square(pawn_file, pawn_rank);
-            for (int strong_king = 0; strong_king < SQUARE_COUNT; ++strong_king) {
-                for (int weak_king = 0; weak_king < SQUARE_COUNT; ++weak_king) {
-                    for (int weak_to_move = 0; weak_to_move <= 1; ++weak_to_move) {
-                        std::uint8_t& slot =
-                            kpk_table[kpk_index(strong_king, weak_king, weak_to_move, pawn)];
-                        if (slot == KPK_UNKNOWN) {
-                            slot = static_cast<std::uint8_t>(
-                                kpk_classify(strong_king, weak_king, weak_to_move, pawn));
-                            changed |= slot != KPK_UNKNOWN;
-                        }
-                    }
-                }
-            }
+// Requires the pawns further up the file to be solved.
+void solve_pawn(PawnWins wins[], int pawn) {
+    PawnWins& known = wins[pawn];
+    for (bool changed = true; changed;) {
+        changed = false;
+        for (int king = 0; king < SQUARE_COUNT; ++king)
+            known.weak_to_move[king] = weak_to_move_wins(known.strong_to_move[king], king, pawn);
+        for (int king = 0; king < SQUARE_COUNT; ++king) {
+            Bitboard won = wins_by_pawn_move(wins, king, pawn);
+            for (Bitboard moves = king_attacks[king] & ~square_bit(pawn); moves != 0;)
+                won |= known.weak_to_move[pop_lowest(moves)];
+            won &= weak_king_squares(king, pawn) & ~pawn_attacks[WHITE][pawn];
+            changed |= won != known.strong_to_move[king];
+            known.strong_to_move[king] = won;
         }
     }
-    return changed;
+}
+
+// The squares won are among the legal ones; from the others of these the weak side holds for ever.
+void store_entries(int strong_king, int weak_to_move, int pawn, Bitboard legal, Bitboard won) {
+    for (int weak_king = 0; weak_king < SQUARE_COUNT; ++weak_king) {
+        std::uint8_t& entry = kpk_table[kpk_index(strong_king, weak_king, weak_to_move, pawn)];
+        entry = KPK_INVALID;
+        if ((legal & square_bit(weak_king)) != 0)
+            entry = (won & square_bit(weak_king)) != 0 ? KPK_WIN : KPK_DRAW;
+    }
 }
 
 } // namespace
 
-int kpk_classify(int strong_king, int weak_king, int weak_to_move, int pawn) {
-    if (strong_king == weak_king || strong_king == pawn || weak_king == pawn ||
-        (king_attacks[strong_king] & square_bit(weak_king)) != 0 || rank_of(pawn) == 0 ||
-        rank_of(pawn) == 7)
-        return KPK_INVALID;
-    return weak_to_move != 0 ? classify_weak_to_move(strong_king, weak_king, pawn)
-                             : classify_strong_to_move(strong_king, weak_king, pawn);
-}
-
 void kpk_init() {
-    std::fill(std::begin(kpk_table), std::end(kpk_table), KPK_UNKNOWN);
-    while (sweep()) {
+    static PawnWins wins[SQUARE_COUNT];
+    for (int rank = 6; rank >= 1; --rank) {
+        for (int file = 0; file < 4; ++file) {
+            const int pawn = make_square(file, rank);
+            solve_pawn(wins, pawn);
+            for (int king = 0; king < SQUARE_COUNT; ++king) {
+                const Bitboard legal = weak_king_squares(king, pawn);
+                // In check out of turn is no position of the game.
+                store_entries(king, 0, pawn, legal & ~pawn_attacks[WHITE][pawn],
+                              wins[pawn].strong_to_move[king]);
+                store_entries(king, 1, pawn, legal, wins[pawn].weak_to_move[king]);
+            }
+        }
     }
-    // What no sweep decides the weak side can hold for ever.
-    std::replace(std::begin(kpk_table), std::end(kpk_table), KPK_UNKNOWN, KPK_DRAW);
 }
 
 } // namespace brindlemoth

@@ -9,10 +9,8 @@
 
 namespace brindlemoth {
 
-// Distinct bits: the solver collects results by OR.
 enum : std::uint8_t {
     KPK_INVALID = 0, // not a position of the game
-    KPK_UNKNOWN = 1, // not decided yet; only while solving
     KPK_DRAW = 2,
     KPK_WIN = 4, // for the side with the pawn
 };
@@ -26,9 +24,5 @@ constexpr int kpk_index(int strong_king, int weak_king, int weak_to_move, int pa
     return strong_king | weak_king << 6 | weak_to_move << 12 | file_of(pawn) << 13 |
            (rank_of(pawn) - 1) << 15;
 }
-
-// What the position is, as far as the entries of its successors in kpk_table tell. The flag
-// weak_to_move is 0 or 1; the pawn stands on files a to d.
-int kpk_classify(int strong_king, int weak_king, int weak_to_move, int pawn);
 
 } // namespace brindlemoth
