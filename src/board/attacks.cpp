@@ -1,9 +1,9 @@
 #include "board/attacks.h"
 
 #include "board/bitboard.h"
+#include "board/magic_search.h"
 
 #include <array>
-#include <cstdio>
 
 namespace brindlemoth {
 
@@ -32,7 +32,7 @@ constexpr std::array<Step, 4> BISHOP_STEPS = {{{1, 1}, {1, -1}, {-1, -1}, {-1, 1
 constexpr std::array<Step, 4> ROOK_STEPS = {{{0, 1}, {1, 0}, {0, -1}, {-1, 0}}};
 
 constexpr bool on_board(int file, int rank) {
-    return file >= 0 && file < 8 && rank >= 0 && rank < 8;
+    return ((file | rank) & ~7) == 0;
 }
 
 Bitboard leaper_attacks(int square, const std::array<Step, 8>& steps) {
@@ -79,60 +79,34 @@ Bitboard relevant_mask(int square, const std::array<Step, 4>& steps) {
     return mask;
 }
 
-// The subset of mask whose members are chosen by the bits of index, lowest square first.
-Bitboard mask_subset(unsigned index, Bitboard mask) {
-    Bitboard subset = 0;
-    for (; mask != 0; index >>= 1) {
-        const int square = pop_lowest(mask);
-        if (index & 1U)
-            subset |= square_bit(square);
+// Fewest men first: each occupancy adds one man below the lowest of an earlier one.
+void list_occupancies(OccupancyList& list, int square, const std::array<Step, 4>& steps) {
+    list.mask = relevant_mask(square, steps);
+    list.bits = popcount(list.mask);
+    list.occupancies[0] = 0;
+    list.count = 1;
+    for (int i = 0; i < list.count; ++i) {
+        const Bitboard occupancy = list.occupancies[i];
+        list.attacks[i] = ray_attacks(square, occupancy, steps);
+        for (Bitboard below = list.mask & ~occupancy & (occupancy - 1); below != 0;)
+            list.occupancies[list.count++] = occupancy | square_bit(pop_highest(below));
     }
-    return subset;
 }
 
-// The subset after this one when the subsets of mask are counted with the highest square as the
-// lowest digit; the empty subset follows the whole mask.
-Bitboard next_subset_from_the_top(Bitboard subset, Bitboard mask) {
-    while (mask != 0) {
-        const Bitboard top = square_bit(63 - std::countl_zero(mask));
-        subset ^= top;
-        if (subset & top)
-            break;
-        mask ^= top;
+// Sets up the slider squares, their attack sets packed from `block` on.
+void init_sliders(MagicEntry (&entries)[64], Bitboard* block, const std::array<Step, 4>& steps) {
+    static OccupancyList list;
+    for (int square = 0; square < SQUARE_COUNT; ++square) {
+        list_occupancies(list, square, steps);
+        MagicEntry& entry = entries[square];
+        entry.mask = list.mask;
+        entry.shift = 64 - list.bits;
+        entry.attacks = block;
+        entry.magic = find_magic(square, list);
+        for (int i = 0; i < list.count; ++i)
+            block[(list.occupancies[i] * entry.magic) >> entry.shift] = list.attacks[i];
+        block += list.count;
     }
-    return subset;
-}
-
-constexpr int MAX_MAGIC_BITS = 12;
-constexpr int MAX_MAGIC_ATTEMPTS = 100'000'000;
-
-// One state serves all 128 searches, one behind the other.
-std::uint64_t magic_rng_state = 0x1234567890ABCDEFULL;
-
-std::uint64_t next_magic_random() {
-    std::uint64_t x = magic_rng_state;
-    x ^= x >> 12;
-    x ^= x << 25;
-    x ^= x >> 27;
-    magic_rng_state = x;
-    return x * 0x2545F4914F6CDD1DULL;
-}
-
-// Sets up one slider square whose attack sets begin at `block`; returns the end of the block.
-Bitboard* init_slider_square(MagicEntry& entry, int square, Bitboard* block,
-                             const std::array<Step, 4>& steps, SliderAttacks slow_attacks) {
-    const Bitboard mask = relevant_mask(square, steps);
-    const int bits = popcount(mask);
-    entry.mask = mask;
-    entry.shift = 64 - bits;
-    entry.attacks = block;
-    entry.magic = find_magic(square, mask, bits, slow_attacks);
-    const unsigned size = 1U << bits;
-    for (unsigned i = 0; i < size; ++i) {
-        const Bitboard subset = mask_subset(i, mask);
-        block[(subset * entry.magic) >> entry.shift] = slow_attacks(square, subset);
-    }
-    return block + size;
 }
 
 } // namespace
@@ -145,48 +119,6 @@ Bitboard rook_attacks_slow(int square, Bitboard occupancy) {
     return ray_attacks(square, occupancy, ROOK_STEPS);
 }
 
-Bitboard find_magic(int square, Bitboard mask, int bits, SliderAttacks slow_attacks) {
-    // A scratch entry counts as free unless this very candidate wrote it, so that a new trial
-    // starts with an empty table at no cost.
-    struct Scratch {
-        Bitboard attacks;
-        std::uint64_t candidate;
-    };
-    static Scratch scratch[1 << MAX_MAGIC_BITS];
-    static Bitboard subsets[1 << MAX_MAGIC_BITS];
-    static Bitboard attack_sets[1 << MAX_MAGIC_BITS];
-
-    const unsigned size = 1U << bits;
-    const int shift = 64 - bits;
-    // Any order of the subsets gives the same verdict on a candidate. Counting through them with
-    // the highest squares changing fastest finds most clashes soonest.
-    Bitboard subset = 0;
-    for (unsigned i = 0; i < size; ++i) {
-        subsets[i] = subset;
-        attack_sets[i] = slow_attacks(square, subset);
-        scratch[i] = {0, 0};
-        subset = next_subset_from_the_top(subset, mask);
-    }
-
-    for (int attempt = 0; attempt < MAX_MAGIC_ATTEMPTS; ++attempt) {
-        std::uint64_t candidate = next_magic_random();
-        candidate &= next_magic_random();
-        candidate &= next_magic_random();
-        if (popcount((candidate * mask) & 0xFF00000000000000ULL) < 6)
-            continue;
-        bool clash = false;
-        for (unsigned i = 0; i < size && !clash; ++i) {
-            Scratch& entry = scratch[(candidate * subsets[i]) >> shift];
-            clash = entry.candidate == candidate && entry.attacks != attack_sets[i];
-            entry = {attack_sets[i], candidate};
-        }
-        if (!clash)
-            return candidate;
-    }
-    std::fprintf(stderr, "FATAL: failed to find magic for sq %d\n", square);
-    return 0;
-}
-
 void init_attacks() {
     for (int square = 0; square < SQUARE_COUNT; ++square) {
         for (int colour = WHITE; colour <= BLACK; ++colour)
@@ -196,14 +128,8 @@ void init_attacks() {
     }
 
     // The order of the squares and the seed together fix every magic.
-    Bitboard* block = bishop_table;
-    for (int square = 0; square < SQUARE_COUNT; ++square)
-        block = init_slider_square(bishop_magics[square], square, block, BISHOP_STEPS,
-                                   bishop_attacks_slow);
-    block = rook_table;
-    for (int square = 0; square < SQUARE_COUNT; ++square)
-        block =
-            init_slider_square(rook_magics[square], square, block, ROOK_STEPS, rook_attacks_slow);
+    init_sliders(bishop_magics, bishop_table, BISHOP_STEPS);
+    init_sliders(rook_magics, rook_table, ROOK_STEPS);
 }
 
 } // namespace brindlemoth

@@ -37,14 +37,8 @@ inline Bitboard queen_attacks(int square, Bitboard occupancy) {
     return bishop_attacks(square, occupancy) | rook_attacks(square, occupancy);
 }
 
-// The same sets by walking the rays: slow, for the magic search and for tests.
+// The same sets by walking the rays, as start-up does to fill the tables: slow, for tests.
 Bitboard bishop_attacks_slow(int square, Bitboard occupancy);
 Bitboard rook_attacks_slow(int square, Bitboard occupancy);
-
-using SliderAttacks = Bitboard (*)(int square, Bitboard occupancy);
-
-// Returns a multiplier that maps every subset of mask (bits = its number of squares) to a table
-// index without a harmful clash, or 0 after 100,000,000 failed candidates.
-Bitboard find_magic(int square, Bitboard mask, int bits, SliderAttacks slow_attacks);
 
 } // namespace brindlemoth

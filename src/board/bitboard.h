@@ -42,6 +42,12 @@ constexpr int pop_lowest(Bitboard& b) {
     b &= b - 1;
     return square;
 }
+// Likewise the highest.
+constexpr int pop_highest(Bitboard& b) {
+    const int square = 63 - std::countl_zero(b);
+    b ^= 1ULL << square;
+    return square;
+}
 constexpr bool more_than_one(Bitboard b) {
     return (b & (b - 1)) != 0;
 }
