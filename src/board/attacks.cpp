@@ -31,10 +31,6 @@ constexpr std::array<Step, 8> KING_STEPS = {
 constexpr std::array<Step, 4> BISHOP_STEPS = {{{1, 1}, {1, -1}, {-1, -1}, {-1, 1}}};
 constexpr std::array<Step, 4> ROOK_STEPS = {{{0, 1}, {1, 0}, {0, -1}, {-1, 0}}};
 
-constexpr bool on_board(int file, int rank) {
-    return ((file | rank) & ~7) == 0;
-}
-
 Bitboard leaper_attacks(int square, const std::array<Step, 8>& steps) {
     Bitboard attacks = 0;
     for (const Step step : steps) {

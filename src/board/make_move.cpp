@@ -6,6 +6,19 @@
 
 namespace brindlemoth {
 
+// clang-format off
+const int castling_mask[64] = {
+    ~WHITE_LONG, 15, 15, 15, ~(WHITE_SHORT | WHITE_LONG), 15, 15, ~WHITE_SHORT, // a1 to h1
+    15, 15, 15, 15, 15, 15, 15, 15,
+    15, 15, 15, 15, 15, 15, 15, 15,
+    15, 15, 15, 15, 15, 15, 15, 15,
+    15, 15, 15, 15, 15, 15, 15, 15,
+    15, 15, 15, 15, 15, 15, 15, 15,
+    15, 15, 15, 15, 15, 15, 15, 15,
+    ~BLACK_LONG, 15, 15, 15, ~(BLACK_SHORT | BLACK_LONG), 15, 15, ~BLACK_SHORT, // a8 to h8
+};
+// clang-format on
+
 namespace {
 
 // What debug builds check around every change (one at a time: the memory is a single one): the
@@ -35,15 +48,15 @@ Drift current_drift(const Position& position) {
     return views_agree(position) && current_drift(position) == drift_before;
 }
 
-// Bitboards, board and psq in one step each; the keys are the callers' business, because taking a
-// move back restores them from the undo record.
+// Piece and colour bitboards, board and psq in one step each. The union of the colours and the keys
+// are the callers' business: they set the one at the end, and taking a move back restores the
+// others from the undo record.
 
 inline void put_piece(Position& position, int colour, int type, int square) {
     const int piece = make_piece(colour, type);
     const Bitboard bit = square_bit(square);
     position.pieces[colour][type] ^= bit;
     position.occupied[colour] ^= bit;
-    position.all_pieces ^= bit;
     position.board[square] = piece;
     position.psq += psq_table[piece][square];
 }
@@ -53,7 +66,6 @@ inline void remove_piece(Position& position, int colour, int type, int square) {
     const Bitboard bit = square_bit(square);
     position.pieces[colour][type] ^= bit;
     position.occupied[colour] ^= bit;
-    position.all_pieces ^= bit;
     position.board[square] = EMPTY_SQUARE;
     position.psq -= psq_table[piece][square];
 }
@@ -63,29 +75,35 @@ inline void shift_piece(Position& position, int colour, int type, int from, int 
     const Bitboard bits = square_bit(from) | square_bit(to);
     position.pieces[colour][type] ^= bits;
     position.occupied[colour] ^= bits;
-    position.all_pieces ^= bits;
     position.board[from] = EMPTY_SQUARE;
     position.board[to] = piece;
     position.psq += psq_table[piece][to] - psq_table[piece][from];
 }
 
-inline void push_undo(Position& position) {
-    assert(position.undo_count >= 0 && position.undo_count < MAX_UNDO);
-    UndoRecord& record = position.undo[position.undo_count];
-    record.ep_square = position.ep_square;
-    record.castling = position.castling;
-    record.halfmove = position.halfmove;
-    record.captured = NO_CAPTURE;
-    record.key = position.key;
-    record.pawn_key = position.pawn_key;
+// Changes which piece stands on the square.
+inline void replace_piece(Position& position, int colour, int old_type, int new_type, int square) {
+    remove_piece(position, colour, old_type, square);
+    put_piece(position, colour, new_type, square);
 }
 
-inline void restore_from(Position& position, const UndoRecord& record) {
+// Saves the state that no move gives back. The record is the caller's to complete.
+inline UndoRecord& push_undo(Position& position) {
+    assert(position.undo_count >= 0 && position.undo_count < MAX_UNDO);
+    UndoRecord& record = position.undo[position.undo_count++];
+    record = {position.ep_square, position.castling, position.halfmove,
+              NO_CAPTURE,         position.key,      position.pawn_key};
+    return record;
+}
+
+// Restores that state.
+inline const UndoRecord& pop_undo(Position& position) {
+    const UndoRecord& record = position.undo[--position.undo_count];
     position.ep_square = record.ep_square;
     position.castling = record.castling;
     position.halfmove = record.halfmove;
     position.key = record.key;
     position.pawn_key = record.pawn_key;
+    return record;
 }
 
 // A counter from a FEN may stand at its limit; it then wraps instead of overflowing.
@@ -104,118 +122,107 @@ inline void clear_ep_square(Position& position) {
     }
 }
 
-} // namespace
+// One pawn step of the colour.
+template <int Us> constexpr int FORWARD = Us == WHITE ? 8 : -8;
 
-// clang-format off
-const int castling_mask[64] = {
-    ~WHITE_LONG, 15, 15, 15, ~(WHITE_SHORT | WHITE_LONG), 15, 15, ~WHITE_SHORT, // a1 to h1
-    15, 15, 15, 15, 15, 15, 15, 15,
-    15, 15, 15, 15, 15, 15, 15, 15,
-    15, 15, 15, 15, 15, 15, 15, 15,
-    15, 15, 15, 15, 15, 15, 15, 15,
-    15, 15, 15, 15, 15, 15, 15, 15,
-    15, 15, 15, 15, 15, 15, 15, 15,
-    ~BLACK_LONG, 15, 15, 15, ~(BLACK_SHORT | BLACK_LONG), 15, 15, ~BLACK_SHORT, // a8 to h8
-};
-// clang-format on
-
-void make_move(Position& position, Move move) {
-    assert(remember_drift(position));
+template <int Us> void make_move_of(Position& position, Move move) {
     const int from = move_from(move);
     const int to = move_to(move);
     const int flag = move_flag(move);
-    const int us = position.side;
-    const int them = us ^ 1;
-    const int forward = us == WHITE ? 8 : -8;
-    const int piece = position.board[from];
-    const int type = piece - 6 * us;
-    assert(piece != EMPTY_SQUARE && piece_colour(piece) == us);
 
-    push_undo(position);
+    UndoRecord& record = push_undo(position);
     clear_ep_square(position);
     position.halfmove = add_one(position.halfmove);
-    Key key = position.key ^ castling_keys[position.castling];
+    Key key = position.key ^ side_key;
 
     if (is_capture(move)) {
-        const int square = flag == FLAG_EN_PASSANT ? to - forward : to;
+        const int square = flag == FLAG_EN_PASSANT ? to - FORWARD<Us> : to;
         const int victim = position.board[square];
-        const int victim_type = victim - 6 * them;
-        assert(victim != EMPTY_SQUARE && piece_colour(victim) == them);
-        position.undo[position.undo_count].captured = victim_type;
-        remove_piece(position, them, victim_type, square);
+        assert(victim != EMPTY_SQUARE && piece_colour(victim) == (Us ^ 1));
+        record.captured = victim - make_piece(Us ^ 1, PAWN);
+        remove_piece(position, Us ^ 1, record.captured, square);
         key ^= piece_keys[victim][square];
-        if (victim_type == PAWN)
+        if (record.captured == PAWN)
             position.pawn_key ^= piece_keys[victim][square];
         position.halfmove = 0;
     }
 
-    if (is_promotion(move)) {
-        const int promoted = promoted_type(move);
-        remove_piece(position, us, PAWN, from);
-        put_piece(position, us, promoted, to);
-        key ^= piece_keys[piece][from] ^ piece_keys[make_piece(us, promoted)][to];
-        position.pawn_key ^= piece_keys[piece][from];
+    const int piece = position.board[from];
+    const int type = piece - make_piece(Us, PAWN);
+    assert(piece != EMPTY_SQUARE && piece_colour(piece) == Us);
+    shift_piece(position, Us, type, from, to);
+    const Key change = piece_keys[piece][from] ^ piece_keys[piece][to];
+    key ^= change;
+    if (type == PAWN) {
+        position.pawn_key ^= change;
         position.halfmove = 0;
-    } else {
-        shift_piece(position, us, type, from, to);
-        const Key change = piece_keys[piece][from] ^ piece_keys[piece][to];
-        key ^= change;
-        if (type == PAWN) {
-            position.pawn_key ^= change;
-            position.halfmove = 0;
-            if (flag == FLAG_DOUBLE_PUSH) {
-                position.ep_square = from + forward;
-                key ^= ep_file_keys[file_of(from)];
-            }
-        } else if (flag == FLAG_SHORT_CASTLING || flag == FLAG_LONG_CASTLING) {
-            const RookMove rook = castling_rook_move(us, flag);
-            assert(type == KING && position.board[rook.from] == make_piece(us, ROOK));
-            shift_piece(position, us, ROOK, rook.from, rook.to);
-            key ^= piece_keys[make_piece(us, ROOK)][rook.from] ^
-                   piece_keys[make_piece(us, ROOK)][rook.to];
+        if (flag == FLAG_DOUBLE_PUSH) {
+            position.ep_square = from + FORWARD<Us>;
+            key ^= ep_file_keys[file_of(from)];
+        } else if (is_promotion(move)) {
+            // The pawn has come to the last rank and changes there.
+            const int promoted = promoted_type(move);
+            replace_piece(position, Us, PAWN, promoted, to);
+            key ^= piece_keys[piece][to] ^ piece_keys[make_piece(Us, promoted)][to];
+            position.pawn_key ^= piece_keys[piece][to];
         }
+    } else if (is_castling(move)) {
+        constexpr int ROOK_PIECE = make_piece(Us, ROOK);
+        const RookMove rook = castling_rook_move(Us, flag);
+        assert(type == KING && position.board[rook.from] == ROOK_PIECE);
+        shift_piece(position, Us, ROOK, rook.from, rook.to);
+        key ^= piece_keys[ROOK_PIECE][rook.from] ^ piece_keys[ROOK_PIECE][rook.to];
     }
+    position.all_pieces = position.occupied[WHITE] | position.occupied[BLACK];
 
-    position.castling &= castling_mask[from] & castling_mask[to];
-    position.side = them;
-    position.key = key ^ castling_keys[position.castling] ^ side_key;
-    if (us == BLACK)
+    const int rights = position.castling & castling_mask[from] & castling_mask[to];
+    if (rights != position.castling) {
+        key ^= castling_keys[position.castling] ^ castling_keys[rights];
+        position.castling = rights;
+    }
+    position.key = key;
+    position.side = Us ^ 1;
+    if constexpr (Us == BLACK)
         position.fullmove = add_one(position.fullmove);
-    ++position.undo_count;
+}
+
+template <int Us> void unmake_move_of(Position& position, Move move) {
+    const int from = move_from(move);
+    const int to = move_to(move);
+    const int flag = move_flag(move);
+
+    const UndoRecord& record = pop_undo(position);
+    position.side = Us;
+    if constexpr (Us == BLACK)
+        position.fullmove = subtract_one(position.fullmove);
+
+    // The mover leaves the to-square before the captured piece comes back to it.
+    if (is_promotion(move))
+        replace_piece(position, Us, promoted_type(move), PAWN, to);
+    shift_piece(position, Us, position.board[to] - make_piece(Us, PAWN), to, from);
+    if (is_capture(move)) {
+        const int square = flag == FLAG_EN_PASSANT ? to - FORWARD<Us> : to;
+        put_piece(position, Us ^ 1, record.captured, square);
+    } else if (is_castling(move)) {
+        const RookMove rook = castling_rook_move(Us, flag);
+        shift_piece(position, Us, ROOK, rook.to, rook.from);
+    }
+    position.all_pieces = position.occupied[WHITE] | position.occupied[BLACK];
+}
+
+} // namespace
+
+void make_move(Position& position, Move move) {
+    assert(remember_drift(position));
+    position.side == WHITE ? make_move_of<WHITE>(position, move)
+                           : make_move_of<BLACK>(position, move);
     assert(drift_unchanged(position));
 }
 
 void unmake_move(Position& position, Move move) {
     assert(position.undo_count > 0 && remember_drift(position));
-    const int from = move_from(move);
-    const int to = move_to(move);
-    const int flag = move_flag(move);
-    const int us = position.side ^ 1;
-    const int them = position.side;
-
-    --position.undo_count;
-    const UndoRecord& record = position.undo[position.undo_count];
-    position.side = us;
-
-    if (flag == FLAG_SHORT_CASTLING || flag == FLAG_LONG_CASTLING) {
-        const RookMove rook = castling_rook_move(us, flag);
-        shift_piece(position, us, ROOK, rook.to, rook.from);
-    }
-    // The mover leaves the to-square before the captured piece comes back to it.
-    if (is_promotion(move)) {
-        remove_piece(position, us, promoted_type(move), to);
-        put_piece(position, us, PAWN, from);
-    } else {
-        shift_piece(position, us, position.board[to] - 6 * us, to, from);
-    }
-    if (is_capture(move)) {
-        const int square = flag == FLAG_EN_PASSANT ? (us == WHITE ? to - 8 : to + 8) : to;
-        put_piece(position, them, record.captured, square);
-    }
-
-    restore_from(position, record);
-    if (us == BLACK)
-        position.fullmove = subtract_one(position.fullmove);
+    position.side == BLACK ? unmake_move_of<WHITE>(position, move)
+                           : unmake_move_of<BLACK>(position, move);
     assert(drift_unchanged(position));
 }
 
@@ -226,15 +233,13 @@ void make_null_move(Position& position) {
     position.key ^= side_key;
     position.side ^= 1;
     position.halfmove = add_one(position.halfmove);
-    ++position.undo_count;
     assert(drift_unchanged(position));
 }
 
 void unmake_null_move(Position& position) {
     assert(position.undo_count > 0 && remember_drift(position));
+    pop_undo(position);
     position.side ^= 1;
-    --position.undo_count;
-    restore_from(position, position.undo[position.undo_count]);
     assert(drift_unchanged(position));
 }
 

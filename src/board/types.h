@@ -53,6 +53,10 @@ constexpr int rank_of(int square) {
 constexpr int make_square(int file, int rank) {
     return rank * 8 + file;
 }
+// Whether such a square exists.
+constexpr bool on_board(int file, int rank) {
+    return ((file | rank) & ~7) == 0;
+}
 // The square mirrored top to bottom: a1 and a8 change places.
 constexpr int flip_rank(int square) {
     return square ^ 56;
@@ -101,6 +105,9 @@ constexpr bool is_promotion(Move move) {
 }
 constexpr bool is_capture(Move move) {
     return (move & 0x4000) != 0;
+}
+constexpr bool is_castling(Move move) {
+    return move_flag(move) == FLAG_SHORT_CASTLING || move_flag(move) == FLAG_LONG_CASTLING;
 }
 // The type that a promotion puts on the board; meaningless for other moves.
 constexpr int promoted_type(Move move) {
