@@ -24,14 +24,45 @@ Bitboard attacks_from(int type, int square, int colour, Bitboard occupancy) {
     }
 }
 
-bool move_is_legal(const Position& position, Move move) {
+namespace {
+
+struct PairTable {
+    Bitboard squares[64][64];
+};
+
+// The squares strictly between two squares of one rank, file or diagonal; none for other pairs.
+constexpr PairTable BETWEEN = [] {
+    PairTable table{};
+    for (int from = 0; from < SQUARE_COUNT; ++from) {
+        for (int file_step = -1; file_step <= 1; ++file_step) {
+            for (int rank_step = -1; rank_step <= 1; ++rank_step) {
+                if (file_step == 0 && rank_step == 0)
+                    continue;
+                Bitboard passed = 0;
+                int file = file_of(from) + file_step;
+                int rank = rank_of(from) + rank_step;
+                while (on_board(file, rank)) {
+                    const int to = make_square(file, rank);
+                    table.squares[from][to] = passed;
+                    passed |= square_bit(to);
+                    file += file_step;
+                    rank += rank_step;
+                }
+            }
+        }
+    }
+    return table;
+}();
+
+// Plays the move as far as an attack on the king can tell: who stands where of the mover's side
+// does not matter, only which squares are occupied, what is taken, and where the king is. Never
+// inlined, so that king moves, which are far more frequent, pass without a stack frame.
+[[gnu::noinline]] bool king_is_safe_after(const Position& position, Move move) {
     const int us = position.side;
     const Bitboard from = square_bit(move_from(move));
     const Bitboard to = square_bit(move_to(move));
     const int flag = move_flag(move);
 
-    // Play the move as far as an attack on the king can tell: who stands where of the mover's side
-    // does not matter, only which squares are occupied, what is taken, and where the king is.
     Bitboard king = position.pieces[us][KING];
     Bitboard occupancy = (position.all_pieces ^ from) | to;
     Bitboard taken = to;
@@ -40,7 +71,7 @@ bool move_is_legal(const Position& position, Move move) {
     if (flag == FLAG_EN_PASSANT) {
         taken = us == WHITE ? to >> 8 : to << 8;
         occupancy ^= taken;
-    } else if (flag == FLAG_SHORT_CASTLING || flag == FLAG_LONG_CASTLING) {
+    } else if (is_castling(move)) {
         const RookMove rook = castling_rook_move(us, flag);
         occupancy ^= square_bit(rook.from) | square_bit(rook.to);
     }
@@ -58,12 +89,58 @@ bool move_is_legal(const Position& position, Move move) {
            (rook_attacks(square, occupancy) & straight) == 0;
 }
 
+} // namespace
+
+LegalityMasks legality_masks(const Position& position) {
+    const int us = position.side;
+    const Bitboard kings = position.pieces[us][KING];
+    if (kings == 0)
+        return {0, 0, 0};
+    const int king = lowest_square(kings);
+    const Bitboard* const by = position.pieces[us ^ 1];
+    Bitboard checkers = (pawn_attacks[us][king] & by[PAWN]) | (knight_attacks[king] & by[KNIGHT]) |
+                        (king_attacks[king] & by[KING]);
+    Bitboard tried = kings;
+    Bitboard ways = 0; // of the sliders that give check
+
+    // Enemy sliders that nothing but men in between keeps from the king.
+    Bitboard sliders = (bishop_attacks(king, 0) & (by[BISHOP] | by[QUEEN])) |
+                       (rook_attacks(king, 0) & (by[ROOK] | by[QUEEN]));
+    while (sliders != 0) {
+        const int slider = pop_lowest(sliders);
+        const Bitboard way = BETWEEN.squares[king][slider];
+        const Bitboard men = way & position.all_pieces;
+        if (men == 0) {
+            checkers |= square_bit(slider);
+            ways |= way;
+        } else if (!more_than_one(men)) {
+            tried |= men;
+        }
+    }
+
+    const Bitboard targets = checkers == 0             ? ~Bitboard{0}
+                             : more_than_one(checkers) ? 0 // only the king can move
+                                                       : checkers | ways;
+    return {checkers, tried, targets};
+}
+
+bool move_is_legal(const Position& position, Move move) {
+    const int us = position.side;
+    const Bitboard from = square_bit(move_from(move));
+    // The only king leaves its square and changes nothing else that its attackers see: the rook of
+    // castling comes from the edge and stands between the king and what it passed.
+    if (position.pieces[us][KING] == from)
+        return !square_attacked(move_to(move), us ^ 1, position.all_pieces ^ from, position);
+    return king_is_safe_after(position, move);
+}
+
 void generate_legal(Position& position, MoveList& list) {
     Move buffer[MAX_MOVES];
     const Move* const end = generate_pseudo_legal(position, buffer);
+    const LegalityMasks masks = legality_masks(position);
     list.count = 0;
     for (const Move* move = buffer; move != end; ++move)
-        if (move_is_legal(position, *move))
+        if (move_is_legal(position, masks, *move))
             list.moves[list.count++] = *move;
 }
 

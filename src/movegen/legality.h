@@ -1,6 +1,6 @@
-// Attack tests and legality by trial: a move is legal exactly when the mover's king is not attacked
-// after it. A side without a king has no legal moves and is never in check; of
-// several kings the one on the lowest square counts.
+// Attack tests and legality: a move is legal exactly when the mover's king is not attacked after
+// it. A side without a king has no legal moves and is never in check; of several kings the one on
+// the lowest square counts.
 #pragma once
 
 #include "board/attacks.h"
@@ -31,9 +31,28 @@ inline bool in_check(const Position& position) {
            square_attacked(lowest_square(king), position.side ^ 1, position.all_pieces, position);
 }
 
-// True when the pseudo-legal move does not leave the mover's king attacked. Every move is tried,
-// on a copy of the occupied squares; the position is only read.
+// What one look around the king tells about all moves of a position. A search node takes it once.
+struct LegalityMasks {
+    Bitboard checkers; // enemy men that attack the king
+    // The moves of these men have to be tried: every king, and what stands alone between the king
+    // and an enemy slider.
+    Bitboard tried;
+    // Where any other man may go: everywhere, but in check only to the checker or in its way.
+    Bitboard targets;
+};
+
+LegalityMasks legality_masks(const Position& position);
+
+// True when the pseudo-legal move does not leave the mover's king attacked. The move is tried on a
+// copy of the occupied squares; the position is only read.
 bool move_is_legal(const Position& position, Move move);
+
+// The same, where the masks of the position are at hand: few moves are tried.
+inline bool move_is_legal(const Position& position, const LegalityMasks& masks, Move move) {
+    if ((masks.tried >> move_from(move) & 1) != 0 || move_flag(move) == FLAG_EN_PASSANT)
+        return move_is_legal(position, move);
+    return (masks.targets >> move_to(move) & 1) != 0;
+}
 
 // All legal moves of the side to move, in the order of generate_pseudo_legal. The position is
 // unchanged afterwards.

@@ -26,9 +26,10 @@ std::uint64_t perft(Position& position, int depth) {
         return 1;
     Move buffer[MAX_MOVES];
     const Move* const end = generate_pseudo_legal(position, buffer);
+    const LegalityMasks masks = legality_masks(position);
     std::uint64_t count = 0;
     for (const Move* move = buffer; move != end; ++move) {
-        if (!move_is_legal(position, *move))
+        if (!move_is_legal(position, masks, *move))
             continue;
         if (depth == 1) {
             ++count;
@@ -46,9 +47,10 @@ void perft_divide(Position& position, int depth) {
     depth = std::min(depth, MAX_UNDO - position.undo_count);
     Move buffer[MAX_MOVES];
     const Move* const end = generate_pseudo_legal(position, buffer);
+    const LegalityMasks masks = legality_masks(position);
     std::uint64_t total = 0;
     for (const Move* move = buffer; move != end; ++move) {
-        if (!move_is_legal(position, *move))
+        if (!move_is_legal(position, masks, *move))
             continue;
         make_move(position, *move);
         const std::uint64_t count = perft(position, depth - 1);
