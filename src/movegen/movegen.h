@@ -28,4 +28,7 @@ Move* generate_captures(const Position& position, Move* out);
 // What generate_captures leaves: pushes, piece moves to empty squares, castling.
 Move* generate_quiets(const Position& position, Move* out);
 
+// The number of legal moves among those of generate_pseudo_legal, mostly without writing them.
+int count_legal(const Position& position);
+
 } // namespace brindlemoth

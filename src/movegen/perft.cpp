@@ -24,6 +24,8 @@ const PerftCase perft_cases[PERFT_CASE_COUNT] = {
 std::uint64_t perft(Position& position, int depth) {
     if (depth == 0)
         return 1;
+    if (depth == 1)
+        return static_cast<std::uint64_t>(count_legal(position));
     Move buffer[MAX_MOVES];
     const Move* const end = generate_pseudo_legal(position, buffer);
     const LegalityMasks masks = legality_masks(position);
@@ -31,10 +33,6 @@ std::uint64_t perft(Position& position, int depth) {
     for (const Move* move = buffer; move != end; ++move) {
         if (!move_is_legal(position, masks, *move))
             continue;
-        if (depth == 1) {
-            ++count;
-            continue;
-        }
         make_move(position, *move);
         count += perft(position, depth - 1);
         unmake_move(position, *move);

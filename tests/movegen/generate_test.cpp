@@ -5,7 +5,9 @@
 
 #include <algorithm>
 #include <gtest/gtest.h>
+#include <random>
 #include <set>
+#include <string_view>
 
 namespace brindlemoth {
 namespace {
@@ -41,9 +43,6 @@ TEST(Generators, OrderOfEmission) {
         {"1n1n3k/2P5/8/3pPp2/8/8/8/K7 w - d6 0 1", generate_pseudo_legal,
          "c7c8q/11 c7c8r/10 c7c8b/9 c7c8n/8 e5e6/0 c7b8q/15 c7b8r/14 c7b8b/13 c7b8n/12 "
          "c7d8q/15 c7d8r/14 c7d8b/13 c7d8n/12 e5d6/5 a1b1/0 a1a2/0 a1b2/0"},
-        // Captures of every piece, then the promoting pushes.
-        {"1n5k/2P5/8/8/8/8/p7/KR6 w - - 0 1", generate_captures,
-         "c7b8q/15 c7b8r/14 c7b8b/13 c7b8n/12 b1b8/4 a1a2/4 c7c8q/11 c7c8r/10 c7c8b/9 c7c8n/8"},
         {"7k/8/8/8/3pP3/8/8/K7 b - e3 0 1", generate_captures, "d4e3/5"},
         // Two capturers of one pawn, in ascending order.
         {"7k/8/8/2PpP3/8/8/8/K7 w - d6 0 1", generate_captures, "c5d6/5 e5d6/5"},
@@ -51,12 +50,9 @@ TEST(Generators, OrderOfEmission) {
         {"7k/8/8/2P1P3/8/8/8/K7 w - d6 0 1", generate_captures, ""},
         {"7k/8/3n4/2PpP3/8/8/8/K7 w - d6 0 1", generate_captures, "e5d6/4 c5d6/4"},
         {"7k/8/8/8/8/8/8/K6P w - h8 0 1", generate_captures, ""},
-        {"r3k2r/8/8/8/8/8/8/8 b kq - 0 1", generate_quiets,
-         "a8a1/0 a8a2/0 a8a3/0 a8a4/0 a8a5/0 a8a6/0 a8a7/0 a8b8/0 a8c8/0 a8d8/0 h8h1/0 h8h2/0 "
-         "h8h3/0 h8h4/0 h8h5/0 h8h6/0 h8h7/0 h8f8/0 h8g8/0 e8d7/0 e8e7/0 e8f7/0 e8d8/0 e8f8/0 "
-         "e8g8/2 e8c8/3"},
         // Castling needs its right, its men and a safe path.
         {"4k3/8/8/8/8/8/8/R3K2R w KQ - 0 1", generate_castling_moves, "e1g1/2 e1c1/3"},
+        {"r3k2r/8/8/8/8/8/8/4K3 b kq - 0 1", generate_castling_moves, "e8g8/2 e8c8/3"},
         {"4k3/8/8/8/8/8/8/RN2K2R w KQ - 0 1", generate_castling_moves, "e1g1/2"},
         {"4k3/8/8/8/8/8/8/R3K2R w Q - 0 1", generate_castling_moves, "e1c1/3"},
         {"4kr2/8/8/8/8/8/8/R3K2R w KQ - 0 1", generate_castling_moves, "e1c1/3"}, // f1 attacked
@@ -70,16 +66,22 @@ TEST(Generators, OrderOfEmission) {
         EXPECT_EQ(listed(position_from(row.fen), row.generate), row.moves) << row.fen;
 }
 
-TEST(Generators, CapturesAndQuietsPartitionThePseudoLegalMoves) {
+TEST(Generators, CompositionsKeepTheOrderOfTheirParts) {
     for_random_positions(10000, 21, [](Position& position) {
         Move all[MAX_MOVES];
-        Move parts[2 * MAX_MOVES];
+        Move parts[MAX_MOVES];
         Move* const all_end = generate_pseudo_legal(position, all);
-        Move* const parts_end = generate_quiets(position, generate_captures(position, parts));
-        std::sort(all, all_end);
-        std::sort(parts, parts_end);
-        ASSERT_EQ(std::adjacent_find(all, all_end), all_end) << "a move came twice";
-        ASSERT_TRUE(std::equal(all, all_end, parts, parts_end));
+        Move* end = generate_pawn_moves(position, parts, ~position.occupied[position.side], false);
+        for (int type = KNIGHT; type <= KING; ++type)
+            end = generate_piece_moves(position, end, type, ~position.occupied[position.side]);
+        end = generate_castling_moves(position, end);
+        ASSERT_TRUE(std::equal(all, all_end, parts, end));
+
+        // Captures, promoting pushes and the rest, as the search asks for them.
+        const auto rank = [](Move m) { return is_capture(m) ? 0 : is_promotion(m) ? 1 : 2; };
+        std::stable_sort(all, all_end, [&](Move a, Move b) { return rank(a) < rank(b); });
+        end = generate_quiets(position, generate_captures(position, parts));
+        ASSERT_TRUE(std::equal(all, all_end, parts, end));
     });
 }
 
@@ -93,56 +95,68 @@ bool attacked_by_rays(const Position& position, int square) {
             (pawn_attack_set(by[PAWN], position.side) & square_bit(square))) != 0;
 }
 
-// The test on a copy of the occupied squares says what playing the move would show.
+// Men strewn at random: kings in any number, pawns on any rank, en passant anywhere.
+std::string random_fen(std::mt19937_64& random) {
+    constexpr std::string_view MEN = "1111111111111111111111111111PPNBRQKppnbrqk";
+    std::string fen(71, '/');
+    for (std::size_t square = 0; square < SQUARE_COUNT; ++square)
+        fen[square + square / 8] = MEN[random() % MEN.size()];
+    return fen + (random() % 2 == 0 ? " w" : " b") + " KQkq " + "abcdefgh"[random() % 8] +
+           "36"[random() % 2];
+}
+
+// Both tests of a move, and the count without writing them, say what playing the moves would show.
 TEST(Legality, EqualsPlayingTheMove) {
     const auto compare = [](Position& position) {
+        const LegalityMasks masks = legality_masks(position);
+        ASSERT_EQ(masks.checkers != 0, in_check(position));
         Move moves[MAX_MOVES];
         const Move* const end = generate_pseudo_legal(position, moves);
+        int safe_moves = 0;
         for (const Move* move = moves; move != end; ++move) {
             const bool legal = move_is_legal(position, *move);
+            ASSERT_EQ(move_is_legal(position, masks, *move), legal) << move_to_text(*move);
             make_move(position, *move);
             const Bitboard king = position.pieces[position.side ^ 1][KING];
             const bool safe = king != 0 && !attacked_by_rays(position, lowest_square(king));
             unmake_move(position, *move);
             ASSERT_EQ(legal, safe) << move_to_text(*move);
+            safe_moves += safe ? 1 : 0;
         }
+        ASSERT_EQ(count_legal(position), safe_moves);
     };
     for_random_positions(10000, 41, compare);
-    for (const char* fen : {
-             "r3k2r/8/8/8/8/8/8/R3K2R w KQkq - 0 1",   // castling
-             "7k/8/8/K2pP2r/8/8/8/8 w - d6 0 1",       // en passant on the king's rank
-             "7k/8/8/2KPp2q/8/8/8/B7 w - e6 0 1",      //
-             "k6k/8/1q4K1/8/3K4/8/r5r1/K6K w - - 0 1", // several kings
-             "8/8/8/3q4/8/8/3R4/8 w - - 0 1",          // none
-             "3k4/3P4/8/8/8/8/3R4/3K4 w - - 0 1",      // the enemy king can be taken
-             "1r1r3k/2P5/8/8/8/2K5/8/2r5 w - - 0 1",   // promotions that open and close lines
-         }) {
+    std::vector<std::string> fens = {"r3k2r/8/8/8/8/8/8/R3K2R w KQkq - 0 1",
+                                     "7k/8/8/K2pP2r/8/8/8/8 w - d6 0 1",
+                                     "7k/8/8/2KPp2q/8/8/8/B7 w - e6 0 1"};
+    std::mt19937_64 random(42);
+    std::generate_n(std::back_inserter(fens), 5000, [&] { return random_fen(random); });
+    for (const std::string& fen : fens) {
         SCOPED_TRACE(fen);
         Position position = position_from(fen);
         compare(position);
     }
 }
 
-// Boards that no game reaches: the list stops at its capacity and holds no move twice.
+// One move too many, and many: the list stops at its capacity and holds no move twice.
 TEST(Generators, SurplusMovesAreDropped) {
-    for (const char* fen : {"QQQQQQQQ/8/Q6Q/Q6Q/Q6Q/Q6Q/Q6Q/QQQQKQQQ w - - 0 1",
+    for (const char* fen : {"Q4QQ1/3Q3Q/1Q5Q/4Q2Q/2Q4Q/Q6Q/3Q4/1Q3QQQ w - - 0 1",
                             "kqqqqqqq/q6q/q6q/q6q/q6q/q6q/8/qqqqqqqq b - - 0 1"}) {
         Position position = position_from(fen);
         struct {
             Move moves[MAX_MOVES], guard;
-        } buffer{};
-        buffer.guard = 0xABCD;
-        ASSERT_EQ(generate_pseudo_legal(position, buffer.moves) - buffer.moves, MAX_MOVES) << fen;
+        } buffer{{}, 0xABCD};
         for (Generator generate : {generate_pseudo_legal, generate_captures, generate_quiets}) {
-            const Move* const end = generate(position, buffer.moves);
-            EXPECT_LE(end - buffer.moves, MAX_MOVES);
-            EXPECT_EQ(std::set<Move>(std::begin(buffer.moves), const_cast<Move*>(end)).size(),
-                      static_cast<std::size_t>(end - buffer.moves));
+            Move* const end = generate(position, buffer.moves);
+            ASSERT_LE(end, std::end(buffer.moves)) << fen;
+            EXPECT_EQ(std::set<Move>(buffer.moves, end).size(), end - buffer.moves);
         }
+        EXPECT_EQ(generate_pseudo_legal(position, buffer.moves), std::end(buffer.moves));
         EXPECT_EQ(buffer.guard, 0xABCD);
         MoveList list;
         generate_legal(position, list);
         EXPECT_LE(list.count, MAX_MOVES);
+        EXPECT_EQ(list.count, count_legal(position));
     }
 }
 
