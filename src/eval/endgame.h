@@ -9,6 +9,14 @@ namespace brindlemoth {
 
 constexpr int FULL_SCALE = 256; // the factor of an ending about which nothing is known
 
+// Whether the bonus can be other than 0, or the factor other than FULL_SCALE: all that is known
+// of endings is about a side without pawns, or about two bishops and nothing else beside pawns.
+inline bool is_known_ending(const Position& position, int phase) {
+    constexpr int TWO_MINORS = 2; // their game phase
+    return position.pieces[WHITE][PAWN] == 0 || position.pieces[BLACK][PAWN] == 0 ||
+           phase == TWO_MINORS;
+}
+
 // Centipawns, positive for White; 0 when no pattern fits.
 int endgame_bonus(const Position& position);
 

@@ -116,9 +116,11 @@ int evaluate(const Position& position) {
     const int phase = game_phase(position);
     int value = (mg_value(sum) * phase + eg_value(sum) * (MAX_GAME_PHASE - phase)) / MAX_GAME_PHASE;
     value += position.side == WHITE ? TEMPO : -TEMPO;
-    value += endgame_bonus(position);
-    if (const int scale = endgame_scale(position, value); scale != FULL_SCALE)
-        value = value * scale / FULL_SCALE;
+    if (is_known_ending(position, phase)) {
+        value += endgame_bonus(position);
+        if (const int scale = endgame_scale(position, value); scale != FULL_SCALE)
+            value = value * scale / FULL_SCALE;
+    }
     return position.side == WHITE ? value : -value;
 }
 
