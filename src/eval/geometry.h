@@ -18,6 +18,11 @@ template <int colour> constexpr Bitboard push_squares(Bitboard squares) {
     return colour == WHITE ? squares << 8 : squares >> 8;
 }
 
+// The squares to the left and right of the squares.
+constexpr Bitboard beside_squares(Bitboard squares) {
+    return ((squares & ~FILE_A) >> 1) | ((squares & ~FILE_H) << 1);
+}
+
 // All ranks strictly in front of the square.
 template <int colour> constexpr Bitboard ranks_in_front(int square) {
     return colour == WHITE ? ~Bitboard{0} << 8 << (square & 56)

@@ -20,50 +20,42 @@ constexpr Score CANDIDATE[8] = {S(0, 0),   S(3, 8),   S(5, 10), S(10, 15),
                                 S(20, 28), S(40, 55), S(0, 0),  S(0, 0)};
 
 template <int colour> Score rate_pawns(const Bitboard own, const Bitboard enemy) {
-    const Bitboard enemy_attacks = pawn_attack_set(enemy, colour ^ 1);
-    Score score{};
-    for (Bitboard rest = own; rest != 0;) {
-        const int square = pop_lowest(rest);
-        const int rank = relative_rank(square, colour);
-        const Bitboard file = file_mask(file_of(square));
-        const Bitboard adjacent = adjacent_files_mask(file_of(square));
-        const Bitboard front = ranks_in_front<colour>(square);
-        const Bitboard behind = ranks_in_front<colour ^ 1>(square);
-        const Bitboard stop = push_squares<colour>(square_bit(square));
-        const Bitboard rank_and_behind =
-            rank_mask(rank_of(square)) | push_squares<colour ^ 1>(rank_mask(rank_of(square)));
+    constexpr int them = colour ^ 1;
+    const Bitboard ahead = fill_forward<colour>(push_squares<colour>(own));
+    const Bitboard behind = fill_forward<them>(push_squares<them>(own));
+    const Bitboard beside = beside_squares(own);
+    const Bitboard enemy_attacks = pawn_attack_set(enemy, them);
+    // A pawn in the own span has a supporter, one in the enemy's a sentry.
+    const Bitboard span = fill_forward<colour>(pawn_attack_set(own, colour));
+    const Bitboard enemy_span = fill_forward<them>(enemy_attacks);
 
-        if (more_than_one(own & file))
-            score += DOUBLED;
-        if ((own & adjacent) == 0)
-            score += ISOLATED;
-        if ((own & adjacent & rank_and_behind) != 0)
-            score += CONNECTED;
-        const Bitboard supporters = own & adjacent & behind;
-        const Bitboard sentries = enemy & adjacent & front;
-        if ((enemy & file & front) == 0) {
-            if (sentries == 0)
-                score += PASSED[rank];
-            else if (popcount(supporters) >= popcount(sentries))
-                score += CANDIDATE[rank];
-        }
-        if (supporters == 0 && (enemy_attacks & stop) != 0)
-            score += BACKWARD;
+    const Bitboard doubled = own & (ahead | behind);
+    const Bitboard isolated = own & ~beside_squares(own | ahead | behind);
+    const Bitboard connected = own & (beside | push_squares<colour>(beside));
+    const Bitboard backward = own & ~span & push_squares<them>(enemy_attacks);
+    Score score = DOUBLED * popcount(doubled) + ISOLATED * popcount(isolated) +
+                  CONNECTED * popcount(connected) + BACKWARD * popcount(backward);
+
+    const Bitboard open = own & ~fill_forward<them>(enemy);
+    for (Bitboard passed = open & ~enemy_span; passed != 0;)
+        score += PASSED[relative_rank(pop_lowest(passed), colour)];
+    for (Bitboard contested = open & enemy_span & span; contested != 0;) {
+        const int square = pop_lowest(contested);
+        const Bitboard adjacent = adjacent_files_mask(file_of(square));
+        const Bitboard supporters = own & adjacent & ranks_in_front<them>(square);
+        const Bitboard sentries = enemy & adjacent & ranks_in_front<colour>(square);
+        if (popcount(supporters) >= popcount(sentries))
+            score += CANDIDATE[relative_rank(square, colour)];
     }
     return score;
 }
 
 } // namespace
 
-Score evaluate_pawns(const Position& position) {
-    PawnEntry& entry = pawn_cache[position.pawn_key & (PAWN_CACHE_SIZE - 1)];
-    if (entry.key != position.pawn_key) {
-        const Bitboard white = position.pieces[WHITE][PAWN];
-        const Bitboard black = position.pieces[BLACK][PAWN];
-        entry.key = position.pawn_key;
-        entry.score = rate_pawns<WHITE>(white, black) - rate_pawns<BLACK>(black, white);
-    }
-    return entry.score;
+Score rate_pawn_structure(const Position& position) {
+    const Bitboard white = position.pieces[WHITE][PAWN];
+    const Bitboard black = position.pieces[BLACK][PAWN];
+    return rate_pawns<WHITE>(white, black) - rate_pawns<BLACK>(black, white);
 }
 
 } // namespace brindlemoth

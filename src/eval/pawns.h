@@ -17,7 +17,15 @@ constexpr int PAWN_CACHE_SIZE = 8192;
 // is right as it stands: no pawns have key 0 and score 0.
 extern PawnEntry pawn_cache[PAWN_CACHE_SIZE];
 
-// Pawn structure, White minus Black, through the cache.
-Score evaluate_pawns(const Position& position);
+// Pawn structure, White minus Black, term by term.
+Score rate_pawn_structure(const Position& position);
+
+// The same through the cache.
+inline Score evaluate_pawns(const Position& position) {
+    PawnEntry& entry = pawn_cache[position.pawn_key & (PAWN_CACHE_SIZE - 1)];
+    if (entry.key != position.pawn_key)
+        entry = {position.pawn_key, rate_pawn_structure(position)};
+    return entry.score;
+}
 
 } // namespace brindlemoth
