@@ -35,10 +35,6 @@ bool bare_king(const Position& position, int colour) {
     return position.occupied[colour] == position.pieces[colour][KING];
 }
 
-int king_square(const Position& position, int colour) {
-    return lowest_square(position.pieces[colour][KING]);
-}
-
 int distance_to_edge(int square) {
     return std::min({file_of(square), 7 - file_of(square), rank_of(square), 7 - rank_of(square)});
 }

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "board/bitboard.h"
+#include "board/position.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -53,6 +54,11 @@ constexpr Bitboard EVEN_SQUARES = 0xAA55AA55AA55AA55ULL; // those of a1's colour
 // All squares of one colour of the board, by square_parity().
 constexpr Bitboard squares_of_parity(int parity) {
     return parity == 0 ? EVEN_SQUARES : ~EVEN_SQUARES;
+}
+
+// The square of the king, of several kings the lowest, of none a1.
+inline int king_square(const Position& position, int colour) {
+    return lowest_square(position.pieces[colour][KING]) & 63;
 }
 
 inline int file_distance(int a, int b) {
