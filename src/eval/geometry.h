@@ -44,9 +44,9 @@ template <int colour> constexpr Bitboard fill_forward(Bitboard squares) {
     return squares;
 }
 
-// All squares of the files on which one of the squares lies.
-constexpr Bitboard fill_files(Bitboard squares) {
-    return fill_forward<WHITE>(squares) | fill_forward<BLACK>(squares);
+// All squares of the files that are given by their squares on rank 1.
+constexpr Bitboard whole_files(Bitboard rank_1_squares) {
+    return rank_1_squares * FILE_A;
 }
 
 constexpr Bitboard EVEN_SQUARES = 0xAA55AA55AA55AA55ULL; // those of a1's colour

@@ -32,9 +32,20 @@ inline constexpr unsigned QUEEN_CHECK_UNITS = 6;
 inline constexpr unsigned ROOK_CHECK_UNITS = 3;
 inline constexpr unsigned MINOR_CHECK_UNITS = 2;
 
-// For each file at the king without a pawn of the defender.
-inline constexpr int OPEN_FILE_DANGER = 20;
-inline constexpr int HALF_OPEN_FILE_DANGER = 10; // with a pawn of the attacker
+// For each file at the king without a pawn of the defender, and once more if the attacker has
+// none there either.
+inline constexpr int OPEN_FILE_DANGER = 10;
+
+// The files at the king by its square, each file by its square on rank 1.
+inline constexpr std::array<std::uint8_t, SQUARE_COUNT> FILES_AT_KING = [] {
+    std::array<std::uint8_t, SQUARE_COUNT> table{};
+    for (std::size_t square = 0; square < table.size(); ++square) {
+        const int file = file_of(static_cast<int>(square));
+        const Bitboard files = file_mask(file) | adjacent_files_mask(file);
+        table[square] = static_cast<std::uint8_t>(files & RANK_1);
+    }
+    return table;
+}();
 
 // Needs the attacker's pieces surveyed. Meaningless for a colour without a king.
 template <int colour> inline int king_danger(const Position& position, const Survey& survey) {
@@ -57,13 +68,11 @@ template <int colour> inline int king_danger(const Position& position, const Sur
     if ((survey.knight_reach[attacker] & knight_checks) != 0)
         units += MINOR_CHECK_UNITS;
 
-    // One square stands for each of the two or three files.
-    const Bitboard own_file = file_mask(file_of(king));
-    const Bitboard files = (own_file | adjacent_files_mask(file_of(king))) & RANK_1;
-    const Bitboard bare_files = files & ~survey.pawn_files[colour];
+    const Bitboard bare_files =
+        FILES_AT_KING[static_cast<std::size_t>(king)] & ~survey.pawn_files[colour];
+    const Bitboard open_files = bare_files & ~survey.pawn_files[attacker];
     return DANGER[std::min(units, MAX_UNITS)] +
-           OPEN_FILE_DANGER * popcount(bare_files & ~survey.pawn_files[attacker]) +
-           HALF_OPEN_FILE_DANGER * popcount(bare_files & survey.pawn_files[attacker]);
+           OPEN_FILE_DANGER * (popcount(bare_files) + popcount(open_files));
 }
 
 } // namespace brindlemoth

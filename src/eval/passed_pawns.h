@@ -16,8 +16,7 @@ template <int us> inline int passed_extras(const Position& position, const Surve
     const Bitboard* const own = position.pieces[us];
     const Bitboard* const enemy = position.pieces[them];
 
-    // An enemy pawn in front on a neighbouring file has this square in its span.
-    Bitboard passed = own[PAWN] & ~(survey.pawn_span[them] | fill_forward<them>(enemy[PAWN]));
+    Bitboard passed = own[PAWN] & ~(survey.pawn_span[them] | survey.pawn_front[them]);
     if (passed == 0)
         return 0;
     const int own_king = king_square(position, us);

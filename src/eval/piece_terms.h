@@ -69,9 +69,10 @@ template <int us> inline Score rooks(const Position& position, const Survey& sur
     constexpr Bitboard eighth = rank_mask(us == WHITE ? 7 : 0);
     const Bitboard own_rooks = position.pieces[us][ROOK];
 
-    const Bitboard off_own_files = own_rooks & ~survey.pawn_files[us];
-    Score score = ROOK_OPEN_FILE * popcount(off_own_files & ~survey.pawn_files[them]) +
-                  ROOK_HALF_OPEN_FILE * popcount(off_own_files & survey.pawn_files[them]);
+    const Bitboard off_own_files = own_rooks & ~whole_files(survey.pawn_files[us]);
+    const Bitboard enemy_files = whole_files(survey.pawn_files[them]);
+    Score score = ROOK_OPEN_FILE * popcount(off_own_files & ~enemy_files) +
+                  ROOK_HALF_OPEN_FILE * popcount(off_own_files & enemy_files);
 
     if ((own_rooks & seventh) != 0) {
         const Bitboard king = square_bit(king_square(position, them)) & position.pieces[them][KING];

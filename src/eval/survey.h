@@ -12,8 +12,9 @@ namespace brindlemoth {
 // All members are by colour.
 struct Survey {
     Bitboard pawn_reach[2]; // squares that its pawns attack
-    Bitboard pawn_span[2];  // ... or could attack after advancing on their files
-    Bitboard pawn_files[2]; // all squares of the files with a pawn of the colour
+    Bitboard pawn_front[2]; // the squares of its pawns and all in front of them on their files
+    Bitboard pawn_span[2];  // squares that its pawns attack, or could after advancing
+    Bitboard pawn_files[2]; // its files with pawns, by their squares on rank 1
 
     // Squares that its pieces attack, the own ones on them included.
     Bitboard knight_reach[2];
@@ -54,9 +55,11 @@ inline constexpr unsigned QUEEN_ZONE_UNITS = 5;
 
 template <int us> inline void survey_pawns(const Position& position, Survey& survey) {
     const Bitboard pawns = position.pieces[us][PAWN];
+    const Bitboard front = fill_forward<us>(pawns);
     survey.pawn_reach[us] = pawn_attack_set(pawns, us);
-    survey.pawn_span[us] = fill_forward<us>(survey.pawn_reach[us]);
-    survey.pawn_files[us] = fill_files(pawns);
+    survey.pawn_front[us] = front;
+    survey.pawn_span[us] = pawn_attack_set(front, us);
+    survey.pawn_files[us] = us == WHITE ? front >> 56 : front & RANK_1;
 }
 
 // Needs the pawn sets of both colours.
