@@ -33,6 +33,8 @@ inline constexpr Score ROOK_OPEN_FILE = S(47, 26);
 inline constexpr Score ROOK_HALF_OPEN_FILE = S(20, 13);
 inline constexpr Score ROOK_ON_SEVENTH = S(27, 33);
 
+inline constexpr Score MINOR_ATTACKS_ROOK = S(45, 20);
+inline constexpr Score MINOR_ATTACKS_QUEEN = S(50, 25);
 inline constexpr Score PAWN_ATTACKS_MINOR = S(55, 30);
 inline constexpr Score PAWN_ATTACKS_ROOK = S(60, 15);
 
@@ -83,8 +85,25 @@ template <int us> inline Score rooks(const Position& position, const Survey& sur
 }
 
 template <int us> inline Score threats(const Position& position, const Survey& survey) {
+    const Bitboard* const own = position.pieces[us];
     const Bitboard* const enemy = position.pieces[us ^ 1];
-    Score score = survey.minor_threats[us];
+    Score score{};
+
+    // Most often no minor piece attacks any of these; which ones do is looked up anew.
+    const Bitboard minor_reach = survey.knight_reach[us] | survey.bishop_reach[us];
+    if ((minor_reach & (enemy[ROOK] | enemy[QUEEN])) != 0) {
+        const auto add = [&](Bitboard reach) {
+            if ((reach & enemy[ROOK]) != 0)
+                score += MINOR_ATTACKS_ROOK;
+            if ((reach & enemy[QUEEN]) != 0)
+                score += MINOR_ATTACKS_QUEEN;
+        };
+        for (Bitboard knights = own[KNIGHT]; knights != 0;)
+            add(knight_attacks[pop_lowest(knights)]);
+        for (Bitboard bishops = own[BISHOP]; bishops != 0;)
+            add(bishop_attacks(pop_lowest(bishops), position.all_pieces));
+    }
+
     if ((survey.pawn_reach[us] & (enemy[KNIGHT] | enemy[BISHOP])) != 0)
         score += PAWN_ATTACKS_MINOR;
     if ((survey.pawn_reach[us] & enemy[ROOK]) != 0)

@@ -23,7 +23,6 @@ struct Survey {
     Bitboard first_queen_reach[2]; // of the queen on the lowest square alone
 
     Score mobility[2];
-    Score minor_threats[2];      // of its knights and bishops on enemy rooks and queens
     unsigned king_zone_units[2]; // the weight of its pieces that bear on the enemy king's zone
 };
 
@@ -45,9 +44,6 @@ inline constexpr Score QUEEN_MOBILITY[28] = {
     S(7, 28),    S(7, 28),   S(7, 28), S(7, 28),  S(7, 28),  S(7, 28),  S(7, 28),
     S(7, 28),    S(7, 28),   S(7, 28), S(7, 28),  S(7, 28),  S(7, 28),  S(7, 28)};
 
-inline constexpr Score MINOR_ATTACKS_ROOK = S(45, 20);
-inline constexpr Score MINOR_ATTACKS_QUEEN = S(50, 25);
-
 // What a piece that bears on the enemy king's zone weighs.
 inline constexpr unsigned MINOR_ZONE_UNITS = 2;
 inline constexpr unsigned ROOK_ZONE_UNITS = 3;
@@ -66,13 +62,11 @@ template <int us> inline void survey_pawns(const Position& position, Survey& sur
 template <int us> inline void survey_pieces(const Position& position, Survey& survey) {
     constexpr int them = us ^ 1;
     const Bitboard* const own = position.pieces[us];
-    const Bitboard* const enemy = position.pieces[them];
     const Bitboard occupancy = position.all_pieces;
     const Bitboard area = ~(own[KING] | own[PAWN] | survey.pawn_reach[them]);
     const Bitboard zone = king_attacks[king_square(position, them)];
 
     Score mobility{};
-    Score minor_threats{};
     unsigned units = 0;
     const auto count = [&](Bitboard reach, const Score* values, unsigned zone_units) {
         mobility += values[popcount(reach & area)];
@@ -80,21 +74,16 @@ template <int us> inline void survey_pieces(const Position& position, Survey& su
             units += zone_units;
         return reach;
     };
-    const auto count_minor = [&](Bitboard reach, const Score* values) {
-        minor_threats += MINOR_ATTACKS_ROOK * static_cast<int>((reach & enemy[ROOK]) != 0);
-        minor_threats += MINOR_ATTACKS_QUEEN * static_cast<int>((reach & enemy[QUEEN]) != 0);
-        return count(reach, values, MINOR_ZONE_UNITS);
-    };
 
     Bitboard knight_reach = 0;
     for (Bitboard knights = own[KNIGHT]; knights != 0;) {
         const Bitboard reach = knight_attacks[pop_lowest(knights)];
-        knight_reach |= count_minor(reach, KNIGHT_MOBILITY);
+        knight_reach |= count(reach, KNIGHT_MOBILITY, MINOR_ZONE_UNITS);
     }
     Bitboard bishop_reach = 0;
     for (Bitboard bishops = own[BISHOP]; bishops != 0;) {
         const Bitboard reach = bishop_attacks(pop_lowest(bishops), occupancy);
-        bishop_reach |= count_minor(reach, BISHOP_MOBILITY);
+        bishop_reach |= count(reach, BISHOP_MOBILITY, MINOR_ZONE_UNITS);
     }
     Bitboard rook_reach = 0;
     for (Bitboard rooks = own[ROOK]; rooks != 0;) {
@@ -114,7 +103,6 @@ template <int us> inline void survey_pieces(const Position& position, Survey& su
     survey.rook_reach[us] = rook_reach;
     survey.first_queen_reach[us] = first_queen_reach;
     survey.mobility[us] = mobility;
-    survey.minor_threats[us] = minor_threats;
     survey.king_zone_units[us] = units;
 }
 
