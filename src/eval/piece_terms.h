@@ -60,9 +60,11 @@ template <int us> inline Score outposts(const Position& position, const Survey& 
 
     // Each bishop counts the blocked pawns on the squares that it never reaches.
     const Bitboard blocked = own[PAWN] & push_squares<them>(position.pieces[them][PAWN]);
-    const int unreached = popcount(own[BISHOP] & EVEN_SQUARES) * popcount(blocked & ~EVEN_SQUARES) +
-                          popcount(own[BISHOP] & ~EVEN_SQUARES) * popcount(blocked & EVEN_SQUARES);
-    return score + BISHOP_BLOCKED_PAWN * unreached;
+    if (blocked != 0)
+        score += BISHOP_BLOCKED_PAWN *
+                 (popcount(own[BISHOP] & EVEN_SQUARES) * popcount(blocked & ~EVEN_SQUARES) +
+                  popcount(own[BISHOP] & ~EVEN_SQUARES) * popcount(blocked & EVEN_SQUARES));
+    return score;
 }
 
 template <int us> inline Score rooks(const Position& position, const Survey& survey) {
@@ -71,10 +73,13 @@ template <int us> inline Score rooks(const Position& position, const Survey& sur
     constexpr Bitboard eighth = rank_mask(us == WHITE ? 7 : 0);
     const Bitboard own_rooks = position.pieces[us][ROOK];
 
+    Score score{};
     const Bitboard off_own_files = own_rooks & ~whole_files(survey.pawn_files[us]);
-    const Bitboard enemy_files = whole_files(survey.pawn_files[them]);
-    Score score = ROOK_OPEN_FILE * popcount(off_own_files & ~enemy_files) +
-                  ROOK_HALF_OPEN_FILE * popcount(off_own_files & enemy_files);
+    if (off_own_files != 0) {
+        const Bitboard enemy_files = whole_files(survey.pawn_files[them]);
+        score += ROOK_OPEN_FILE * popcount(off_own_files & ~enemy_files) +
+                 ROOK_HALF_OPEN_FILE * popcount(off_own_files & enemy_files);
+    }
 
     if ((own_rooks & seventh) != 0) {
         const Bitboard king = square_bit(king_square(position, them)) & position.pieces[them][KING];
