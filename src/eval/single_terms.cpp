@@ -6,8 +6,6 @@
 
 namespace brindlemoth {
 
-namespace {
-
 Survey survey_board(const Position& position) {
     Survey survey;
     survey_pawns<WHITE>(position, survey);
@@ -16,8 +14,6 @@ Survey survey_board(const Position& position) {
     survey_pieces<BLACK>(position, survey);
     return survey;
 }
-
-} // namespace
 
 Score evaluate_mobility(const Position& position, int colour) {
     return survey_board(position).mobility[colour];

@@ -26,6 +26,9 @@ struct Survey {
     unsigned king_zone_units[2]; // the weight of its pieces that bear on the enemy king's zone
 };
 
+// The whole of it, for whoever wants single terms.
+Survey survey_board(const Position& position);
+
 // Mobility by the number of squares reached in the mobility area. No piece reaches more squares
 // than its table has entries for.
 inline constexpr Score KNIGHT_MOBILITY[9] = {S(-62, -79), S(-53, -57), S(-12, -31),
