@@ -24,9 +24,11 @@ inline constexpr Score BISHOP_PAIR = S(22, 30); // once, for two or more bishops
 
 inline constexpr Bitboard EDGE_FILES = FILE_A | FILE_H;
 
-// By: inside the board or on an edge file, then not defended or defended by an own pawn.
-inline constexpr Score KNIGHT_OUTPOST[2][2] = {{S(15, 8), S(30, 18)}, {S(10, 5), S(20, 12)}};
-inline constexpr Score BISHOP_OUTPOST[2][2] = {{S(10, 5), S(20, 12)}, {S(6, 3), S(14, 8)}};
+// By: knight or bishop, inside the board or on an edge file, not defended or defended by a pawn.
+inline constexpr Score OUTPOST[2][2][2] = {
+    {{S(15, 8), S(30, 18)}, {S(10, 5), S(20, 12)}},
+    {{S(10, 5), S(20, 12)}, {S(6, 3), S(14, 8)}},
+};
 inline constexpr Score BISHOP_BLOCKED_PAWN = S(-4, -6);
 
 inline constexpr Score ROOK_OPEN_FILE = S(47, 26);
@@ -38,25 +40,19 @@ inline constexpr Score MINOR_ATTACKS_QUEEN = S(50, 25);
 inline constexpr Score PAWN_ATTACKS_MINOR = S(55, 30);
 inline constexpr Score PAWN_ATTACKS_ROOK = S(60, 15);
 
-inline Score rate_outposts(Bitboard pieces, const Score (&value)[2][2], Bitboard defended) {
-    Score score{};
-    for (; pieces != 0; pieces &= pieces - 1) {
-        const Bitboard piece = pieces & (~pieces + 1);
-        score += value[(piece & EDGE_FILES) != 0][(piece & defended) != 0];
-    }
-    return score;
-}
-
 template <int us> inline Score outposts(const Position& position, const Survey& survey) {
     constexpr int them = us ^ 1;
     constexpr Bitboard ranks = us == WHITE ? rank_mask(3) | rank_mask(4) | rank_mask(5)
                                            : rank_mask(4) | rank_mask(3) | rank_mask(2);
     const Bitboard* const own = position.pieces[us];
     const Bitboard safe = ranks & ~survey.pawn_span[them];
-    const Bitboard defended = survey.pawn_reach[us];
 
-    Score score = rate_outposts(own[KNIGHT] & safe, KNIGHT_OUTPOST, defended) +
-                  rate_outposts(own[BISHOP] & safe, BISHOP_OUTPOST, defended);
+    Score score{};
+    for (Bitboard rest = (own[KNIGHT] | own[BISHOP]) & safe; rest != 0;) {
+        const Bitboard piece = square_bit(pop_lowest(rest));
+        score += OUTPOST[(piece & own[BISHOP]) != 0][(piece & EDGE_FILES) != 0]
+                        [(piece & survey.pawn_reach[us]) != 0];
+    }
 
     // Each bishop counts the blocked pawns on the squares that it never reaches.
     const Bitboard blocked = own[PAWN] & push_squares<them>(position.pieces[them][PAWN]);
