@@ -10,10 +10,24 @@
 namespace brindlemoth {
 namespace {
 
-void bm_evaluate(benchmark::State& state) {
+// A value that is at hand from before.
+void bm_evaluate_again(benchmark::State& state) {
     over_positions(state, evaluate);
 }
-BENCHMARK(bm_evaluate);
+BENCHMARK(bm_evaluate_again);
+
+// With another sum of placement each time, no value from before serves.
+void bm_evaluate_anew(benchmark::State& state) {
+    std::vector<Position> list = benchmark_positions();
+    for (auto _ : state)
+        for (Position& position : list) {
+            position.psq += make_score(1, 0);
+            benchmark::DoNotOptimize(evaluate(position));
+        }
+    state.SetItemsProcessed(static_cast<std::int64_t>(list.size()) *
+                            static_cast<std::int64_t>(state.iterations()));
+}
+BENCHMARK(bm_evaluate_anew);
 
 void bm_survey(benchmark::State& state) {
     over_positions(state, survey_board);

@@ -15,6 +15,10 @@ namespace {
 
 constexpr int TEMPO = 20;
 
+int tempo_of(const Position& position) {
+    return position.side == WHITE ? TEMPO : -TEMPO;
+}
+
 // Drawn whatever the placement: neither side can force mate.
 bool dead_material(const Position& position) {
     const Bitboard* const white = position.pieces[WHITE];
@@ -61,6 +65,41 @@ Score sum_of_terms(const Position& position) {
     return sum;
 }
 
+// What tapers, in centipawns, White minus Black, where nothing but the tempo comes to it: both
+// kings are there and no ending is known, so that it is the same for either side to move. Kept by
+// the key without the side, it serves again after a null move. The key says nothing of Style, but
+// where the sum of placement is the same, Style makes no difference.
+struct Balance {
+    Key key; // complemented: an empty slot stands for no board, least of all for the empty one
+    Score psq;
+    int value;
+};
+
+constexpr int BALANCE_CACHE_SIZE = 1 << 13;
+
+// Direct-mapped by the low bits of the key and never cleared.
+Balance balance_cache[BALANCE_CACHE_SIZE];
+
+// From White's point of view. Fills the slot if it can be of use again.
+int evaluate_anew(const Position& position, Key key, Balance& slot) {
+    if (position.pieces[WHITE][KING] == 0 || position.pieces[BLACK][KING] == 0)
+        return 0;
+    const Score sum = sum_of_terms(position);
+    const int phase = game_phase(position);
+    const int balance =
+        (mg_value(sum) * phase + eg_value(sum) * (MAX_GAME_PHASE - phase)) / MAX_GAME_PHASE;
+    int value = balance + tempo_of(position);
+    if (!is_known_ending(position, phase)) {
+        slot = {~key, position.psq, balance};
+        return value;
+    }
+    if (dead_material(position))
+        return 0;
+    value += endgame_bonus(position);
+    const int scale = endgame_scale(position, value);
+    return scale == FULL_SCALE ? value : value * scale / FULL_SCALE;
+}
+
 } // namespace
 
 int game_phase(const Position& position) {
@@ -73,20 +112,11 @@ int game_phase(const Position& position) {
 }
 
 int evaluate(const Position& position) {
-    if (position.pieces[WHITE][KING] == 0 || position.pieces[BLACK][KING] == 0)
-        return 0;
-    const Score sum = sum_of_terms(position);
-    const int phase = game_phase(position);
-    const bool ending = is_known_ending(position, phase);
-    if (ending && dead_material(position))
-        return 0;
-    int value = (mg_value(sum) * phase + eg_value(sum) * (MAX_GAME_PHASE - phase)) / MAX_GAME_PHASE;
-    value += position.side == WHITE ? TEMPO : -TEMPO;
-    if (ending) {
-        value += endgame_bonus(position);
-        if (const int scale = endgame_scale(position, value); scale != FULL_SCALE)
-            value = value * scale / FULL_SCALE;
-    }
+    const Key key = position.side == WHITE ? position.key : position.key ^ side_key;
+    Balance& slot = balance_cache[key & (BALANCE_CACHE_SIZE - 1)];
+    const int value = slot.key == ~key && slot.psq == position.psq
+                          ? slot.value + tempo_of(position)
+                          : evaluate_anew(position, key, slot);
     return position.side == WHITE ? value : -value;
 }
 
