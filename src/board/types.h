@@ -22,11 +22,12 @@ enum : int { EMPTY_SQUARE = 12, PIECE_COUNT = 12 };
 constexpr int make_piece(int colour, int type) {
     return colour * 6 + type;
 }
+// Of a piece; neither means anything for EMPTY_SQUARE.
 constexpr int piece_colour(int piece) {
-    return piece / 6;
+    return piece < make_piece(BLACK, PAWN) ? WHITE : BLACK;
 }
 constexpr int piece_type(int piece) {
-    return piece % 6;
+    return piece - make_piece(piece_colour(piece), PAWN);
 }
 
 // Squares: rank * 8 + file, both from 0; a1 is 0, h8 is 63.
@@ -96,6 +97,10 @@ constexpr int move_from(Move move) {
 }
 constexpr int move_to(Move move) {
     return (move >> 6) & 63;
+}
+// Both squares in one number, from 0 to 4095.
+constexpr int move_squares(Move move) {
+    return move & 4095;
 }
 constexpr int move_flag(Move move) {
     return move >> 12;

@@ -4,16 +4,16 @@
 
 namespace brindlemoth {
 
-std::int32_t butterfly_history[2][64][64];
-std::int32_t continuation_history[12][64][12][64];
+std::int16_t butterfly_history[2][4096];
+std::int16_t continuation_history[PIECE_COUNT + 1][64][PIECE_COUNT][64];
 Move killers[MAX_PLY][2];
-Move countermoves[12][64];
+Move countermoves[PIECE_COUNT + 1][64];
 
 namespace {
 
-void halve(std::int32_t* cells, std::size_t count) {
+void halve(std::int16_t* cells, std::size_t count) {
     for (std::size_t i = 0; i < count; ++i)
-        cells[i] /= 2;
+        cells[i] = static_cast<std::int16_t>(cells[i] / 2);
 }
 
 } // namespace
@@ -27,25 +27,23 @@ void clear_history() {
 
 void age_history() {
     std::memset(killers, 0, sizeof killers);
-    halve(&butterfly_history[0][0][0], sizeof butterfly_history / sizeof(std::int32_t));
-    halve(&continuation_history[0][0][0][0], sizeof continuation_history / sizeof(std::int32_t));
+    halve(&butterfly_history[0][0], sizeof butterfly_history / sizeof(std::int16_t));
+    halve(&continuation_history[0][0][0][0], sizeof continuation_history / sizeof(std::int16_t));
 }
 
 void update_history(const Position& position, Move best, const Move* quiets, int quiet_count,
                     int depth, PreviousMove previous) {
     const int bonus = depth * depth;
     auto& butterfly = butterfly_history[position.side];
-    update_cell(butterfly[move_from(best)][move_to(best)], bonus);
+    update_cell(butterfly[move_squares(best)], bonus);
     for (int i = 0; i < quiet_count; ++i)
         if (quiets[i] != best)
-            update_cell(butterfly[move_from(quiets[i])][move_to(quiets[i])], -bonus);
+            update_cell(butterfly[move_squares(quiets[i])], -bonus);
     if (previous.piece == EMPTY_SQUARE)
         return;
     auto& continuation = continuation_history[previous.piece][previous.to];
     const auto update_continuation = [&](Move move, int amount) {
-        const int piece = position.board[move_from(move)];
-        if (piece != EMPTY_SQUARE)
-            update_cell(continuation[piece][move_to(move)], amount);
+        update_cell(continuation[position.board[move_from(move)]][move_to(move)], amount);
     };
     update_continuation(best, bonus);
     for (int i = 0; i < quiet_count; ++i)

@@ -9,13 +9,15 @@
 
 namespace brindlemoth {
 
-extern std::int32_t butterfly_history[2][64][64];         // side that moves, from, to
-extern std::int32_t continuation_history[12][64][12][64]; // previous piece, its to, piece, to
-extern Move killers[MAX_PLY][2];                          // by ply; slot 0 the newer
-extern Move countermoves[12][64];                         // previous piece, its to-square
+// A cell's size stays near 16384, so that 16 bits hold it and a node reads few lines. The row of
+// EMPTY_SQUARE stands for no previous move: it is read like the others and never written.
+extern std::int16_t butterfly_history[2][4096]; // side, move_squares()
+// Previous piece, its to, piece, to.
+extern std::int16_t continuation_history[PIECE_COUNT + 1][64][PIECE_COUNT][64];
+extern Move killers[MAX_PLY][2];               // by ply; slot 0 the newer
+extern Move countermoves[PIECE_COUNT + 1][64]; // previous piece, its to
 
-// The move that led to a node. Without one (root, null move) piece is EMPTY_SQUARE, and the
-// tables indexed by it are neither read nor written.
+// The move that led to a node. Without one (root, null move) piece is EMPTY_SQUARE.
 struct PreviousMove {
     int piece; // what stands on its to-square now
     int to;
@@ -33,17 +35,16 @@ void clear_history();
 void age_history();
 
 // Butterfly history plus, where there is a previous move, continuation history.
-inline int history_score(int side, int piece, int from, int to, PreviousMove previous) {
-    int score = butterfly_history[side][from][to];
-    if (previous.piece != EMPTY_SQUARE && piece != EMPTY_SQUARE)
-        score += continuation_history[previous.piece][previous.to][piece][to];
-    return score;
+inline int history_score(int side, int piece, Move move, PreviousMove previous) {
+    return butterfly_history[side][move_squares(move)] +
+           continuation_history[previous.piece][previous.to][piece][move_to(move)];
 }
 
-// Pulls a table cell toward the amount; its size stays near 16384.
-constexpr void update_cell(std::int32_t& cell, int amount) {
+// Pulls a table cell toward the amount. Requires an amount of at most 16384 either way, which keeps
+// the cell within that as well.
+constexpr void update_cell(std::int16_t& cell, int amount) {
     const int size = amount < 0 ? -amount : amount;
-    cell += amount - cell * size / 16384;
+    cell = static_cast<std::int16_t>(cell + amount - cell * size / 16384);
 }
 
 // After a cut-off by the quiet move `best`: rewards it and punishes the other quiet moves that

@@ -3,8 +3,6 @@
 #include "movegen/movegen.h"
 #include "search/see.h"
 
-#include <utility>
-
 namespace brindlemoth {
 
 namespace {
@@ -68,35 +66,53 @@ bool tt_move_is_playable(const Position& position, Move move) {
     return special_move_fits(position, move);
 }
 
-// Moves the best entry not handed out yet to the picker's place and steps over it; returns its
-// index. Selecting one step at a time leaves a list that cuts off early unsorted.
-int select_next(MovePicker& picker) {
-    const int i = picker.index++;
-    const int best = pick_best_index(picker.scores, i, picker.count);
-    std::swap(picker.moves[i], picker.moves[best]);
-    std::swap(picker.scores[i], picker.scores[best]);
-    return i;
-}
-
 // Starts a stage on the moves that a generator has written up to `end`.
 void start_list(MovePicker& picker, const Move* end, int stage) {
-    picker.count = static_cast<int>(end - picker.moves);
-    picker.index = 0;
+    set_count(picker.list, static_cast<int>(end - picker.list.moves));
     picker.stage = stage;
 }
 
+// What the ordering scores of a node's quiet moves are made of; see quiet_score().
+struct QuietScores {
+    const std::int16_t* butterfly;
+    const std::int16_t (*continuation)[SQUARE_COUNT];
+    Move killer, older_killer, countermove;
+
+    int of(Move move, int piece) const {
+        const int history = butterfly[move_squares(move)] + continuation[piece][move_to(move)];
+        if (move == killer)
+            return history + KILLER_SCORE;
+        if (move == older_killer)
+            return history + OLDER_KILLER_SCORE;
+        if (move == countermove)
+            return history + COUNTERMOVE_SCORE;
+        return history;
+    }
+};
+
+QuietScores quiet_scores(int side, int ply, PreviousMove previous) {
+    return {butterfly_history[side], continuation_history[previous.piece][previous.to],
+            killers[ply][0], killers[ply][1], countermoves[previous.piece][previous.to]};
+}
+
 void score_captures(MovePicker& picker, const Position& position) {
-    for (int i = 0; i < picker.count; ++i)
-        picker.scores[i] =
-            picker.moves[i] == picker.tt_move ? ALREADY_TRIED : see(position, picker.moves[i]);
+    ScoredMoves& list = picker.list;
+    for (int i = 0; i < list.count; ++i)
+        list.keys[i] = list.moves[i] == picker.tt_move ? sort_key(ALREADY_TRIED, i, true)
+                                                       : exchange_key(position, list.moves[i], i);
 }
 
 void score_quiets(MovePicker& picker, const Position& position) {
-    for (int i = 0; i < picker.count; ++i)
-        picker.scores[i] =
-            picker.moves[i] == picker.tt_move
-                ? ALREADY_TRIED
-                : quiet_score(position, picker.moves[i], picker.ply, picker.previous);
+    ScoredMoves& list = picker.list;
+    const QuietScores scores = quiet_scores(position.side, picker.ply, picker.previous);
+    const Move tt_move = picker.tt_move;
+    const int count = list.count;
+    for (int i = 0; i < count; ++i) {
+        const Move move = list.moves[i];
+        list.keys[i] = sort_key(move == tt_move ? ALREADY_TRIED
+                                                : scores.of(move, position.board[move_from(move)]),
+                                i, true);
+    }
 }
 
 int evasion_score(const MovePicker& picker, const Position& position, Move move) {
@@ -111,19 +127,24 @@ int evasion_score(const MovePicker& picker, const Position& position, Move move)
     return quiet_score(position, move, picker.ply, picker.previous);
 }
 
+// What the exchange of a capture is worth, back from its score.
+int evasion_exchange(int score) {
+    if (score == EVASION_TT_SCORE)
+        return UNKNOWN_EXCHANGE;
+    return score - (score >= EVASION_GOOD_CAPTURE_SCORE ? EVASION_GOOD_CAPTURE_SCORE
+                                                        : EVASION_BAD_CAPTURE_SCORE);
+}
+
+void score_evasions(MovePicker& picker, const Position& position) {
+    ScoredMoves& list = picker.list;
+    for (int i = 0; i < list.count; ++i)
+        list.keys[i] = sort_key(evasion_score(picker, position, list.moves[i]), i, true);
+}
+
 } // namespace
 
 int quiet_score(const Position& position, Move move, int ply, PreviousMove previous) {
-    const int from = move_from(move);
-    const int to = move_to(move);
-    const int history = history_score(position.side, position.board[from], from, to, previous);
-    if (move == killers[ply][0])
-        return history + KILLER_SCORE;
-    if (move == killers[ply][1])
-        return history + OLDER_KILLER_SCORE;
-    if (previous.piece != EMPTY_SQUARE && move == countermoves[previous.piece][previous.to])
-        return history + COUNTERMOVE_SCORE;
-    return history;
+    return quiet_scores(position.side, ply, previous).of(move, position.board[move_from(move)]);
 }
 
 void init_picker(MovePicker& picker, bool in_check, Move tt_move, int ply, PreviousMove previous) {
@@ -140,23 +161,28 @@ Move next_move(MovePicker& picker, const Position& position, bool skip_quiets) {
         switch (picker.stage) {
         case STAGE_TT:
             picker.stage = STAGE_GEN_CAPTURES;
+            picker.exchange = UNKNOWN_EXCHANGE;
             if (tt_move_is_playable(position, picker.tt_move))
                 return picker.tt_move;
             picker.tt_move = MOVE_NONE; // never tried, so not to be filtered out later
             break;
 
         case STAGE_GEN_CAPTURES:
-            start_list(picker, generate_captures(position, picker.moves), STAGE_GOOD_CAPTURES);
+            start_list(picker, generate_captures(position, picker.list.moves), STAGE_GOOD_CAPTURES);
             score_captures(picker, position);
             break;
 
         case STAGE_GOOD_CAPTURES:
-            while (picker.index < picker.count) {
-                const int i = select_next(picker);
-                if (picker.scores[i] >= 0)
-                    return picker.moves[i];
-                if (picker.scores[i] > ALREADY_TRIED)
-                    picker.bad_captures[picker.bad_count++] = picker.moves[i];
+            while (true) {
+                const SortKey best = best_exchange_key(picker.list, position, ALREADY_TRIED);
+                if (score_of(best) <= ALREADY_TRIED)
+                    break;
+                picker.exchange = score_of(best);
+                const Move move = hand_out(picker.list, best);
+                if (picker.exchange >= 0)
+                    return move;
+                picker.bad_exchanges[picker.bad_count] = picker.exchange;
+                picker.bad_captures[picker.bad_count++] = move;
             }
             picker.stage = STAGE_GEN_QUIETS;
             break;
@@ -166,34 +192,37 @@ Move next_move(MovePicker& picker, const Position& position, bool skip_quiets) {
                 picker.stage = STAGE_BAD_CAPTURES;
                 break;
             }
-            start_list(picker, generate_quiets(position, picker.moves), STAGE_QUIETS);
+            start_list(picker, generate_quiets(position, picker.list.moves), STAGE_QUIETS);
             score_quiets(picker, position);
             break;
 
         case STAGE_QUIETS:
-            while (!skip_quiets && picker.index < picker.count) {
-                const int i = select_next(picker);
-                if (picker.scores[i] > ALREADY_TRIED)
-                    return picker.moves[i];
+            if (!skip_quiets) {
+                const SortKey best = best_key(picker.list);
+                if (score_of(best) > ALREADY_TRIED)
+                    return hand_out(picker.list, best);
             }
             picker.stage = STAGE_BAD_CAPTURES;
             break;
 
         case STAGE_BAD_CAPTURES:
-            if (picker.bad_index < picker.bad_count)
+            if (picker.bad_index < picker.bad_count) {
+                picker.exchange = picker.bad_exchanges[picker.bad_index];
                 return picker.bad_captures[picker.bad_index++];
+            }
             picker.stage = STAGE_DONE;
             return MOVE_NONE;
 
         case STAGE_GEN_EVASIONS:
-            start_list(picker, generate_pseudo_legal(position, picker.moves), STAGE_EVASIONS);
-            for (int i = 0; i < picker.count; ++i)
-                picker.scores[i] = evasion_score(picker, position, picker.moves[i]);
+            start_list(picker, generate_pseudo_legal(position, picker.list.moves), STAGE_EVASIONS);
+            score_evasions(picker, position);
             break;
 
         case STAGE_EVASIONS:
-            if (picker.index < picker.count)
-                return picker.moves[select_next(picker)];
+            if (const SortKey best = best_key(picker.list); best != HANDED_OUT) {
+                picker.exchange = evasion_exchange(score_of(best));
+                return hand_out(picker.list, best);
+            }
             picker.stage = STAGE_DONE;
             return MOVE_NONE;
 

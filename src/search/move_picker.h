@@ -4,6 +4,7 @@
 
 #include "board/position.h"
 #include "search/history.h"
+#include "search/scored_moves.h"
 
 namespace brindlemoth {
 
@@ -24,16 +25,18 @@ struct MovePicker {
     Move tt_move;
     int ply;
     PreviousMove previous;
-    // The list of the running stage; set by the stages themselves.
-    Move moves[MAX_MOVES];
-    int scores[MAX_MOVES];
-    int count;
-    int index; // next entry to hand out
-    // Captures that lose material, put off until after the quiet moves.
+    // What the exchange on its square is worth, of the capture handed out last; see(). Of the table
+    // move it is not known.
+    int exchange;
+    ScoredMoves list; // of the running stage; set by the stages themselves
+    // Captures that lose material, put off until after the quiet moves, and what they lose.
     Move bad_captures[MAX_MOVES];
+    int bad_exchanges[MAX_MOVES];
     int bad_count;
     int bad_index;
 };
+
+constexpr int UNKNOWN_EXCHANGE = 0x10000;
 
 void init_picker(MovePicker& picker, bool in_check, Move tt_move, int ply, PreviousMove previous);
 
@@ -41,13 +44,9 @@ void init_picker(MovePicker& picker, bool in_check, Move tt_move, int ply, Previ
 // skip_quiets no quiet move is handed out any more (evasions are not affected).
 Move next_move(MovePicker& picker, const Position& position, bool skip_quiets);
 
-// The index from start to count - 1 of the highest score, the lowest index among equals.
-inline int pick_best_index(const int* scores, int start, int count) {
-    int best = start;
-    for (int i = start + 1; i < count; ++i)
-        if (scores[i] > scores[best])
-            best = i;
-    return best;
+// What the exchange of a capture is worth that next_move() has just handed out.
+inline int exchange_of(const MovePicker& picker, const Position& position, Move move) {
+    return picker.exchange != UNKNOWN_EXCHANGE ? picker.exchange : see(position, move);
 }
 
 // Ordering score of a quiet move: history, lifted for killers and the counter move.

@@ -3,14 +3,12 @@
 #include "input/poll_input.h"
 #include "movegen/legality.h"
 #include "movegen/movegen.h"
-#include "search/move_picker.h"
+#include "search/scored_moves.h"
 #include "search/search.h"
-#include "search/see.h"
 #include "search/transposition.h"
 #include "search/watch.h"
 
 #include <algorithm>
-#include <utility>
 
 namespace brindlemoth {
 
@@ -38,24 +36,22 @@ int quiescence(Position& position, SearchFrame* frame, int alpha, int beta, int 
             return score;
     }
 
-    Move moves[MAX_MOVES];
-    int scores[MAX_MOVES];
-    const int count = static_cast<int>(generate_captures(position, moves) - moves);
-    for (int i = 0; i < count; ++i)
-        scores[i] = see(position, moves[i]);
+    ScoredMoves list;
+    set_count(list, static_cast<int>(generate_captures(position, list.moves) - list.moves));
+    for (int i = 0; i < list.count; ++i)
+        list.keys[i] = exchange_key(position, list.moves[i], i);
 
     int best = stand_pat;
     Move best_move = MOVE_NONE;
     std::uint8_t bound = BOUND_UPPER;
-    for (int i = 0; i < count; ++i) {
-        const int next = pick_best_index(scores, i, count);
-        std::swap(moves[i], moves[next]);
-        std::swap(scores[i], scores[next]);
-        // The scores only fall from here on, and alpha only rises: what holds for this move
-        // holds for the rest.
-        if (scores[i] < 0 || stand_pat + DELTA_MARGIN + scores[i] < alpha)
+    while (true) {
+        // What loses material, or wins too little to reach alpha, is passed over. The exchanges
+        // only get worse from here on, and alpha only rises: then the rest is passed over as well.
+        const int least_gain = std::max(alpha - stand_pat - DELTA_MARGIN, 0);
+        const SortKey next = best_exchange_key(list, position, least_gain);
+        if (score_of(next) < least_gain)
             break;
-        const Move move = moves[i];
+        const Move move = hand_out(list, next);
         if (!move_is_legal(position, move))
             continue;
         make_move(position, move);

@@ -66,6 +66,13 @@ bool has_piece_besides_pawns(const Position& position) {
     return (own[KNIGHT] | own[BISHOP] | own[ROOK] | own[QUEEN]) != 0;
 }
 
+bool has_legal_quiet(const Position& position, const LegalityMasks& legality) {
+    Move moves[MAX_MOVES];
+    const Move* const end = generate_quiets(position, moves);
+    return std::any_of(static_cast<const Move*>(moves), end,
+                       [&](Move move) { return move_is_legal(position, legality, move); });
+}
+
 bool is_root_excluded(Move move) {
     return std::find(root_excluded, root_excluded + root_excluded_count, move) !=
            root_excluded + root_excluded_count;
@@ -163,6 +170,19 @@ int search(Position& position, SearchFrame* frame, int depth, int alpha, int bet
     if (alpha >= beta)
         return alpha;
 
+    // Evaluated before the table is read, although a cut-off there leaves it without use: meanwhile
+    // the memory brings the entry, which takes longer than all else at a node.
+    const LegalityMasks legality = legality_masks(position);
+    const bool checked = legality.checkers != 0;
+    int static_eval = SCORE_NONE;
+    bool improving = false;
+    if (!checked) {
+        static_eval = evaluate(position);
+        const int earlier = ply >= 2 ? (frame - 2)->static_eval : SCORE_NONE;
+        improving = earlier != SCORE_NONE && static_eval > earlier;
+    }
+    frame->static_eval = static_eval;
+
     // Table read. A singular probe reads the entry of the whole node: it may use the entry's move
     // and bound, but neither cuts off on it nor replaces it.
     const bool singular_probe = frame->excluded_move != MOVE_NONE;
@@ -181,16 +201,6 @@ int search(Position& position, SearchFrame* frame, int depth, int alpha, int bet
             probe_tables(position, depth, ply, alpha, beta, table_score))
             return table_score;
     }
-
-    const bool checked = in_check(position);
-    int static_eval = SCORE_NONE;
-    bool improving = false;
-    if (!checked) {
-        static_eval = evaluate(position);
-        const int earlier = ply >= 2 ? (frame - 2)->static_eval : SCORE_NONE;
-        improving = earlier != SCORE_NONE && static_eval > earlier;
-    }
-    frame->static_eval = static_eval;
 
     if (!pv_node && !checked) {
         // Reverse futility: so far above beta that a few plies will not change it.
@@ -224,7 +234,7 @@ int search(Position& position, SearchFrame* frame, int depth, int alpha, int bet
                 Move captures[MAX_MOVES];
                 const Move* const end = generate_captures(position, captures);
                 for (const Move* move = captures; move != end; ++move) {
-                    if (see(position, *move) < 0 || !move_is_legal(position, *move))
+                    if (see(position, *move) < 0 || !move_is_legal(position, legality, *move))
                         continue;
                     make_move(position, *move);
                     int score =
@@ -251,11 +261,18 @@ int search(Position& position, SearchFrame* frame, int depth, int alpha, int bet
     Move best_move = MOVE_NONE;
     int moves_searched = 0;
     bool passed_over = false; // some legal move was left out without a search
-    bool skip_quiets = false;
+    // Futility: too far below alpha for a quiet move to matter.
+    const bool may_skip_quiets = !pv_node && !checked;
+    const int futility_margin = depth * (improving ? FUTILITY_MARGIN_IMPROVING : FUTILITY_MARGIN);
+    bool skip_quiets =
+        may_skip_quiets && depth <= FUTILITY_DEPTH && static_eval + futility_margin <= alpha;
     Move quiets[MAX_MOVES];
     int quiet_count = 0;
 
     while (true) {
+        // Move-count pruning: enough moves were tried.
+        if (may_skip_quiets && depth <= LMP_DEPTH && moves_searched >= lmp_limits[improving][depth])
+            skip_quiets = true;
         const Move move = next_move(picker, position, skip_quiets);
         if (move == MOVE_NONE)
             break;
@@ -263,7 +280,7 @@ int search(Position& position, SearchFrame* frame, int depth, int alpha, int bet
             passed_over = true;
             continue;
         }
-        if (!move_is_legal(position, move))
+        if (!move_is_legal(position, legality, move))
             continue;
 
         const bool capture = is_capture(move);
@@ -271,22 +288,13 @@ int search(Position& position, SearchFrame* frame, int depth, int alpha, int bet
         if (!pv_node) {
             // Exchange pruning.
             if (capture && depth <= SEE_PRUNING_DEPTH &&
-                see(position, move) < -SEE_PRUNING_MARGIN * depth) {
+                exchange_of(picker, position, move) < -SEE_PRUNING_MARGIN * depth) {
                 passed_over = true;
                 continue;
             }
-            if (!checked && quiet) {
-                // Futility: too far below alpha for a quiet move to matter.
-                const int margin =
-                    depth * (improving ? FUTILITY_MARGIN_IMPROVING : FUTILITY_MARGIN);
-                const bool futile = depth <= FUTILITY_DEPTH && static_eval + margin <= alpha;
-                // Move-count pruning: enough quiet moves were tried.
-                if (futile ||
-                    (depth <= LMP_DEPTH && moves_searched >= lmp_limits[improving][depth])) {
-                    skip_quiets = true;
-                    passed_over = true;
-                    continue;
-                }
+            if (skip_quiets && quiet) { // the table move
+                passed_over = true;
+                continue;
             }
         }
 
@@ -322,8 +330,7 @@ int search(Position& position, SearchFrame* frame, int depth, int alpha, int bet
                 reduction = reductions[depth][std::min(moves_searched, 255)];
                 reduction -= pv_node ? 1 : 0;
                 reduction += improving ? 0 : 1;
-                reduction -= history_score(side, piece, move_from(move), move_to(move), previous) /
-                             HISTORY_PER_PLY;
+                reduction -= history_score(side, piece, move, previous) / HISTORY_PER_PLY;
                 reduction = std::max(reduction, 0);
             }
             score = -search(position, frame + 1, new_depth - reduction, -alpha - 1, -alpha, false,
@@ -356,7 +363,7 @@ int search(Position& position, SearchFrame* frame, int depth, int alpha, int bet
     }
 
     if (moves_searched == 0) {
-        if (passed_over)
+        if (passed_over || (skip_quiets && has_legal_quiet(position, legality)))
             return alpha;
         return checked ? ply - MATE_VALUE : DRAW_SCORE;
     }

@@ -18,10 +18,8 @@ int see(const Position& position, Move move) {
     const int from = move_from(move);
     const int to = move_to(move);
     const auto& pieces = position.pieces;
-    const int victim = move_flag(move) == FLAG_EN_PASSANT ? PAWN : piece_type(position.board[to]);
-
     int gain[MAX_EXCHANGES + 2];
-    gain[0] = see_values[victim];
+    gain[0] = see_bound(position, move);
 
     const Bitboard queens = pieces[WHITE][QUEEN] | pieces[BLACK][QUEEN];
     const Bitboard diagonal = pieces[WHITE][BISHOP] | pieces[BLACK][BISHOP] | queens;

@@ -67,9 +67,8 @@ Place place_of(const Position& position, Move move, Move tt_move, PreviousMove p
 TEST(MovePicker, HandsOutEveryMoveOnceInItsPlace) {
     std::mt19937_64 random(51);
     for (auto& side : butterfly_history) // so that the order of quiet moves means something
-        for (auto& from : side)
-            for (auto& cell : from)
-                cell = static_cast<int>(random() % 32769) - 16384;
+        for (auto& cell : side)
+            cell = static_cast<std::int16_t>(static_cast<int>(random() % 32769) - 16384);
     int evasions = 0;
     int bad_captures = 0;
     for_random_positions(6000, 52, [&](Position& position) {
