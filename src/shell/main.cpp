@@ -10,7 +10,7 @@
 #include <cstdio>
 #include <cstring>
 
-    using namespace brindlemoth;
+using namespace brindlemoth;
 
 static void run_batch_bench(const char* depth_text) {
     constexpr int DEFAULT_DEPTH = 10;
