@@ -173,6 +173,14 @@ TEST(Conversation, BenchReadsItsDepthLikeAnyNumber) {
     }
 }
 
+// Half a minute with assertions and sanitizers.
+TEST(Conversation, PerfttestIsABatchJobToo) {
+    const Lines lines = answer("d\n", {"perfttest", "extra"});
+    ASSERT_EQ(lines.size(), 10U) << "the command loop is never entered";
+    EXPECT_EQ(lines.front(), "Running perft test suite (6 positions)...");
+    EXPECT_EQ(lines.back(), "6/6 passed");
+}
+
 TEST(Conversation, NewGameForgetsWhatSearchesLearnedButNoOption) {
     EngineProcess engine;
     engine.send("setoption name MultiPV value 3");

@@ -125,6 +125,15 @@ TEST(Dupcheck, CountsAndReportsPairs) {
                                   "Total pseudo-legal: 9, Duplicates: 3\n");
 }
 
+TEST(Illegalcheck, ReportsMovesThatLeaveTheKingInCheck) {
+    // A record gone wrong: empty squares count as occupied and seem to shield the king.
+    Position position = position_from("4r3/8/8/8/7b/8/8/4K3 w - - 0 1");
+    position.all_pieces |= square_bit(E4) | square_bit(G3);
+    EXPECT_EQ(joined(output_of([&] { cmd_illegalcheck(position); })),
+              "ILLEGAL (king in check): e1e2  pawn=0 knight=0 king=0 diag=0 orth=1\n"
+              "ILLEGAL (king in check): e1f2  pawn=0 knight=0 king=0 diag=1 orth=0\n");
+}
+
 TEST(Illegalcheck, FindsNothingInASoundProgram) {
     const std::string sound = "No illegal moves found among move_is_legal=true set.\n";
     for_random_positions(10000, 82, [&](Position& position) {
