@@ -6,9 +6,7 @@
 
 int main(int argc, char** argv) {
     testing::InitGoogleTest(&argc, argv);
-    // Listing the tests, which the build does, needs no tables.
-    if (!testing::GTEST_FLAG(list_tests))
-        brindlemoth::start_engine();
+    brindlemoth::start_engine();
     const int status = RUN_ALL_TESTS();
     brindlemoth::stop_engine();
     return status;
