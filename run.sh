@@ -30,11 +30,7 @@ may_build() {
 }
 
 if may_build; then
-  missing=()
-  have g++ c++ clang++ || missing+=(g++)
-  have cmake || missing+=(cmake)
-  have ninja || missing+=(ninja-build)
-  require_tools "${missing[@]}"
+  require_tools $(have g++ c++ clang++ || echo g++) cmake ninja-build
 
   # A match runner starts several engines at the same moment; they build one after the other.
   exec {lock}>"$build/.run_lock"

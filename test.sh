@@ -7,20 +7,10 @@ cd "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")"
 
 preset=${1:-release}
 case $preset in
-  clang*) compilers=(clang++) ;;
-  *) compilers=(g++ c++ clang++) ;;
+  clang*) compiler=clang ;;
+  *) compiler=$(have g++ c++ clang++ || echo g++) ;;
 esac
-
-missing=()
-have "${compilers[@]}" || missing+=("${compilers[0]/clang++/clang}")
-have cmake || missing+=(cmake)
-have ninja || missing+=(ninja-build)
-# A GoogleTest in another place is found by what CMake itself goes by.
-if [ ! -e /usr/include/gtest/gtest.h ] && [ ! -e /usr/local/include/gtest/gtest.h ] &&
-  [ -z "${CMAKE_PREFIX_PATH:-}${GTest_ROOT:-}${GTest_DIR:-}" ]; then
-  missing+=(libgtest-dev)
-fi
-require_tools "${missing[@]}"
+require_tools $compiler cmake ninja-build libgtest-dev
 
 jobs=$(nproc 2>/dev/null || echo 2)
 forget_moved_build "build/$preset"

@@ -12,15 +12,7 @@ fi
 target=$1
 seconds=$2
 
-missing=()
-have clang++ || missing+=(clang)
-have cmake || missing+=(cmake)
-have ninja || missing+=(ninja-build)
-# The sanitizers and the fuzzer are a package of their own.
-ls "$(clang++ -print-resource-dir 2>/dev/null)"/lib/*/libclang_rt.fuzzer* >/dev/null 2>&1 ||
-  missing+=(libclang-rt-dev)
-require_tools "${missing[@]}"
-
+require_tools clang libclang-rt-dev cmake ninja-build
 build=build/fuzz
 forget_moved_build "$build"
 cmake --preset fuzz >/dev/null

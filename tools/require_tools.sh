@@ -1,19 +1,45 @@
-# Sourced by run.sh and test.sh: sees to it that the build tools are there.
+# Sourced by scripts that build: sees to it that the tools are there.
 
-# require_tools PACKAGE...: each argument is the Debian package of a tool that is missing. As root
-# on a system with apt-get they are installed; otherwise one line says what to install, and the
+# require_tools PACKAGE...: each argument is the Debian package of a tool. What is missing is
+# installed as root on a system with apt-get; otherwise one line says what to install, and the
 # script ends with status 1. Nothing is written to standard output, nothing read from input.
 require_tools() {
-  [ $# -eq 0 ] && return 0
+  local package missing=()
+  for package in "$@"; do
+    is_there "$package" || missing+=("$package")
+  done
+  [ ${#missing[@]} -eq 0 ] && return 0
   if [ "$(id -u)" -eq 0 ] && command -v apt-get >/dev/null; then
     export DEBIAN_FRONTEND=noninteractive
-    if apt-get update -q >&2 </dev/null && apt-get install -y -q "$@" >&2 </dev/null; then
+    if apt-get update -q >&2 </dev/null && apt-get install -y -q "${missing[@]}" >&2 </dev/null; then
       return 0
     fi
   fi
-  echo "${0##*/}: please install: $*" >&2
+  echo "${0##*/}: please install: ${missing[*]}" >&2
   exit 1
 }
+
+# is_there PACKAGE: whether what we use of the package can be found, wherever it comes from.
+is_there() {
+  case $1 in
+    clang) have clang++ ;;
+    libclang-rt-dev) # the sanitizers and the fuzzer of clang++
+      ls "$(clang++ -print-resource-dir 2>/dev/null)"/lib/*/libclang_rt.fuzzer* >/dev/null 2>&1
+      ;;
+    ninja-build) have ninja ;;
+    # A library in another place is found by what CMake itself goes by.
+    libgtest-dev)
+      has_header gtest/gtest.h || [ -n "${CMAKE_PREFIX_PATH:-}${GTest_ROOT:-}${GTest_DIR:-}" ]
+      ;;
+    libbenchmark-dev)
+      has_header benchmark/benchmark.h ||
+        [ -n "${CMAKE_PREFIX_PATH:-}${benchmark_ROOT:-}${benchmark_DIR:-}" ]
+      ;;
+    *) have "$1" ;;
+  esac
+}
+
+has_header() { [ -e "/usr/include/$1" ] || [ -e "/usr/local/include/$1" ]; }
 
 # have COMMAND...: true when one of the commands is on the search path.
 have() {
