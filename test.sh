@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Builds everything and runs the tests: ./test.sh [preset]. The presets that have tests are
-# release (the default), debug, asan, clang and clang-asan. ./test.sh long runs the tests that take
-# minutes, which the others leave out, in the release build.
+# release (the default), debug, asan, clang, clang-asan and strict.
+# ./test.sh long runs the tests that take minutes, which the others leave out, in the release
+# build; ./test.sh ci does all that is done for every change.
 set -euo pipefail
 cd "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")"
 . tools/require_tools.sh
@@ -9,6 +10,7 @@ cd "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")"
 tests=${1:-release}
 preset=$tests
 case $tests in
+  ci) exec tools/ci.sh ;;
   long) preset=release ;;
 esac
 case $preset in

@@ -1,0 +1,50 @@
+#!/usr/bin/env bash
+# All that is checked for every change, the quickest first; ./test.sh ci calls it. Each step has a
+# build directory of its own, so that a second run only builds what has changed.
+set -euo pipefail
+cd "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")/.."
+. tools/require_tools.sh
+
+# Programs of tests that are quick under the sanitizers, and what reads malformed input.
+sanitized=(board movegen eval search shell book table_file end_to_end)
+fuzz_seconds=10
+
+step() {
+  name=$*
+  printf '\n== %s (after %d s)\n' "$name" "$SECONDS"
+}
+trap '[ $? -eq 0 ] || printf "\n== FAILED: %s\n" "$name"' EXIT
+
+step "Tools"
+require_tools g++ clang libclang-rt-dev clang-format-14 cmake ninja-build libgtest-dev \
+  libbenchmark-dev
+jobs=$(nproc 2>/dev/null || echo 2)
+
+# build PRESET [TARGET...]
+build() {
+  local preset=$1
+  shift
+  forget_moved_build "build/$preset"
+  cmake --preset "$preset" </dev/null
+  cmake --build --preset "$preset" -j "$jobs" ${1:+--target "$@"} </dev/null
+}
+
+step "Format"
+tools/check_format.sh
+
+step "Everything without a warning of g++, and the tests in that build"
+./test.sh strict
+
+step "The programs without a warning of clang++"
+build clang-strict
+
+step "Tests under the sanitizers: ${sanitized[*]}"
+build asan "${sanitized[@]/%/_tests}"
+ctest --preset asan -j "$jobs" -R "^($(IFS='|' && echo "${sanitized[*]}"))\$" </dev/null
+
+for target in position commands book tables; do
+  step "Fuzz target $target, $fuzz_seconds s"
+  tools/fuzz.sh "$target" "$fuzz_seconds"
+done
+
+printf '\n== All passed (%d s)\n' "$SECONDS"
