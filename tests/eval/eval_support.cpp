@@ -4,17 +4,20 @@
 
 #include <array>
 #include <random>
+#include <string_view>
 
 namespace brindlemoth {
 
 namespace {
+
+constexpr std::string_view PIECE_LETTERS = "PNBRQKpnbrqk";
 
 std::string fen_of(const std::array<int, 64>& board, int side) {
     std::string text;
     for (int rank = 7; rank >= 0; --rank) {
         for (int file = 0; file < 8; ++file) {
             const int piece = board[static_cast<std::size_t>(make_square(file, rank))];
-            text += piece == EMPTY_SQUARE ? '1' : "PNBRQKpnbrqk"[piece];
+            text += piece == EMPTY_SQUARE ? '1' : PIECE_LETTERS[static_cast<std::size_t>(piece)];
         }
         text += rank > 0 ? "/" : "";
     }
@@ -33,9 +36,9 @@ Position mirrored(const Position& position) {
     return position_from(fen_of(board, position.side ^ 1));
 }
 
-void for_random_placements(int count, std::uint64_t seed, int max_pieces,
+void for_random_placements(int count, const std::string& men, int max_others,
                            const std::function<void(Position&)>& visit) {
-    std::mt19937_64 random(seed);
+    std::mt19937_64 random(52);
     const auto below = [&](int n) {
         return static_cast<int>(random() % static_cast<std::uint64_t>(n));
     };
@@ -50,8 +53,12 @@ void for_random_placements(int count, std::uint64_t seed, int max_pieces,
         };
         put(make_piece(WHITE, KING));
         put(make_piece(BLACK, KING));
-        for (int n = below(max_pieces + 1); n > 0; --n)
-            put(make_piece(below(2), below(2) == 0 ? PAWN : below(KING)));
+        for (const char letter : men)
+            put(static_cast<int>(PIECE_LETTERS.find(letter)));
+        for (int n = below(max_others + 1); n > 0; --n) {
+            const int colour = below(2);
+            put(make_piece(colour, below(2) == 0 ? PAWN : below(KING)));
+        }
         Position position = position_from(fen_of(board, below(2)));
         visit(position);
     }

@@ -3,18 +3,18 @@
 
 #include "board/position.h"
 
-#include <cstdint>
 #include <functional>
 #include <ostream>
+#include <string>
 
 namespace brindlemoth {
 
 // The same position with colours, ranks and side to move exchanged.
 Position mirrored(const Position& position);
 
-// Visits `count` random placements: one king a side and up to max_pieces others, pawns on any
-// rank, nothing else legal about them.
-void for_random_placements(int count, std::uint64_t seed, int max_pieces,
+// Visits `count` random placements: one king a side, these men (as in a FEN) and up to max_others
+// more, pawns on any rank, nothing else legal about them.
+void for_random_placements(int count, const std::string& men, int max_others,
                            const std::function<void(Position&)>& visit);
 
 // For readable failures.

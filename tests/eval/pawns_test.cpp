@@ -48,22 +48,5 @@ TEST(Pawns, Structures) {
     }
 }
 
-TEST(Pawns, BonusesByRank) {
-    const Score passed[] = {S(5, 18),  S(12, 23),  S(24, 31),
-                            S(46, 54), S(97, 111), S(173, 182)}; // from relative rank 1
-    const Score candidate[] = {S(3, 8), S(5, 10), S(10, 15), S(20, 28), S(40, 55), S(0, 0)};
-    const auto rows = [](int n) {
-        return std::string("8/8/8/8/8/8/8/").substr(0, 2 * std::size_t(n));
-    };
-    for (int rank = 1; rank <= 6; ++rank) {
-        const auto index = static_cast<std::size_t>(rank - 1);
-        EXPECT_EQ(evaluate_pawns(position_from(rows(7 - rank) + "4P3")), ISOLATED + passed[index]);
-        // Its neighbour behind supports it; the black sentry stops that one and not this.
-        EXPECT_EQ(evaluate_pawns(position_from(rows(6 - rank) + "3p4/4P3/3P4")),
-                  CONNECTED + candidate[index] - ISOLATED)
-            << rank;
-    }
-}
-
 } // namespace
 } // namespace brindlemoth

@@ -1,7 +1,6 @@
 #include "board/position.h"
 #include "eval/evaluate.h"
 #include "eval_support.h"
-#include "support/support.h"
 
 #include <gtest/gtest.h>
 
@@ -56,17 +55,6 @@ TEST(PieceSquares, TablesAddUp) {
         EXPECT_EQ(sums.weighted_eg, row.weighted_eg);
     }
     select_style(0);
-}
-
-// There and back again, too.
-TEST(PieceSquares, ColourMirrorsSumToZeroInBothStyles) {
-    for (const int style : {1, 0}) {
-        select_style(style);
-        EXPECT_EQ(position_from(starting_fen).psq, Score{});
-        EXPECT_EQ(position_from("4k3/pp6/2n5/q7/Q7/2N5/PP6/4K3 w - - 0 1").psq, Score{});
-        for_random_positions(
-            500, 41, [](Position& position) { ASSERT_EQ(mirrored(position).psq, -position.psq); });
-    }
 }
 
 } // namespace
