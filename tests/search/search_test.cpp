@@ -42,15 +42,6 @@ protected:
 
 constexpr int FULL = SCORE_INFINITE;
 
-TEST_F(Search, ReductionTable) {
-    const struct {
-        int depth, moves, plies;
-    } ROWS[] = {{1, 1, 0},   {1, 255, 0}, {2, 2, 0},      {3, 4, 1}, {8, 8, 2}, {10, 20, 3},
-                {20, 40, 5}, {64, 64, 8}, {127, 255, 12}, {0, 9, 0}, {9, 0, 0}, {0, 255, 0}};
-    for (const auto& row : ROWS)
-        EXPECT_EQ(reductions[row.depth][row.moves], row.plies) << row.depth << ' ' << row.moves;
-}
-
 TEST_F(Search, NodesWithoutMovesAndDraws) {
     const char* const mated = "7k/6Q1/6K1/8/8/8/8/8 b - - 0 1";
     const char* const stalemated = "7k/5Q2/6K1/8/8/8/8/8 b - - 0 1";

