@@ -7,11 +7,10 @@
 #include "support/support.h"
 
 #include <algorithm>
-#include <cmath>
 #include <cstdlib>
 #include <gtest/gtest.h>
 #include <map>
-#include <unordered_set>
+#include <set>
 
 namespace brindlemoth {
 namespace {
@@ -119,66 +118,33 @@ TEST(BookProbe, OnlyTheFirst64RecordsOfAPositionCount) {
     EXPECT_EQ(book_probe(position), MOVE_NONE);
 }
 
-TEST(BookProbe, FindsEveryPositionOfABookAndNoOther) {
-    constexpr int POSITIONS = 5000;
-    constexpr std::uint64_t SEED = 6;
-    std::map<std::uint64_t, Move> moves;
-    int visited = 0;
-    for_random_positions(POSITIONS, SEED, [&](Position& position) {
-        MoveList legal;
-        generate_legal(position, legal);
-        if (++visited % 2 == 0 && legal.count > 0)
-            moves.emplace(polyglot_key(position), legal.moves[visited % legal.count]);
-    });
-    std::vector<BookRecord> records;
-    for (const auto& [key, move] : moves)
-        records.push_back({key, book_move(move), 1});
-    ASSERT_TRUE(load_records(records));
-    ASSERT_EQ(book_entry_count, static_cast<int>(moves.size()));
-    for_random_positions(POSITIONS, SEED, [&](Position& position) {
-        const auto found = moves.find(polyglot_key(position));
-        ASSERT_EQ(book_probe(position), found == moves.end() ? MOVE_NONE : found->second);
-    });
-}
-
-bool load_genuine(const std::string& name) {
-    return book_load((shared_directory() + "/books/" + name).c_str());
-}
-
-// The entries that stand for the position.
-std::pair<const BookEntry*, const BookEntry*> entries_of(const Position& position) {
-    const auto before = [](const BookEntry& a, const BookEntry& b) { return a.key < b.key; };
-    return std::equal_range(book_entries, book_entries + book_entry_count,
-                            BookEntry{polyglot_key(position), 0, 0}, before);
-}
-
 // Goes wherever a legal move leads from one position of the book to another, and counts the
-// entries on the way.
-void visit_book(Position& position, std::unordered_set<std::uint64_t>& seen, int& entries) {
-    const auto [first, last] = entries_of(position);
+// entries on the way, each of which is a legal move.
+void visit_book(Position& position, std::set<std::uint64_t>& seen, int& entries) {
+    const auto before = [](const BookEntry& a, const BookEntry& b) { return a.key < b.key; };
+    const auto [first, last] = std::equal_range(book_entries, book_entries + book_entry_count,
+                                                BookEntry{polyglot_key(position), 0, 0}, before);
+    const Move answer = book_probe(position);
+    ASSERT_TRUE(first != last || answer == MOVE_NONE);
     if (first == last || !seen.insert(first->key).second)
         return;
     MoveList legal;
     generate_legal(position, legal);
-    std::vector<Move> weighted;
+    std::map<int, Move> by_code;
+    for (int i = 0; i < legal.count; ++i)
+        by_code[book_move(legal.moves[i])] = legal.moves[i];
+    std::set<Move> weighted;
     for (const BookEntry* entry = first; entry != last; ++entry, ++entries) {
-        const auto* const move =
-            std::find_if(legal.moves, legal.moves + legal.count,
-                         [&](Move candidate) { return book_move(candidate) == entry->move; });
-        ASSERT_NE(move, legal.moves + legal.count) << "entry " << entry - book_entries;
+        ASSERT_EQ(by_code.count(entry->move), 1U) << "entry " << entry - book_entries;
         if (entry->weight > 0)
-            weighted.push_back(*move);
+            weighted.insert(by_code[entry->move]);
     }
+    ASSERT_EQ(weighted.count(answer), weighted.empty() ? 0U : 1U);
     for (int i = 0; i < legal.count; ++i) {
         make_move(position, legal.moves[i]);
         visit_book(position, seen, entries);
         unmake_move(position, legal.moves[i]);
     }
-    const Move answer = book_probe(position);
-    if (weighted.empty())
-        EXPECT_EQ(answer, MOVE_NONE);
-    else
-        EXPECT_NE(std::find(weighted.begin(), weighted.end(), answer), weighted.end());
 }
 
 // A book may have holes, from which only moves that were left out lead on.
@@ -188,59 +154,15 @@ TEST(GenuineBook, EntriesThatAWalkReachesAreLegalMoves) {
         double share_reached;
     } ROWS[] = {{"book-large.bin", 0.97}, {"book-small.bin", 1.0}};
     for (const auto& row : ROWS) {
-        if (!load_genuine(row.file))
+        if (!book_load((shared_directory() + "/books/" + row.file).c_str()))
             GTEST_SKIP() << "needs the shared book " << row.file;
         Position position = position_from(starting_fen);
-        std::unordered_set<std::uint64_t> seen;
+        std::set<std::uint64_t> seen;
         int entries = 0;
         visit_book(position, seen, entries);
         EXPECT_LE(entries, book_entry_count);
         EXPECT_GE(entries, row.share_reached * book_entry_count);
     }
-}
-
-// The bound that a chi-square sum of so many degrees of freedom passes once in a thousand times
-// (the cube-root approximation).
-double chi_square_bound(int degrees) {
-    const double spread = 2.0 / (9.0 * degrees);
-    return degrees * std::pow(1 - spread + 3.09 * std::sqrt(spread), 3);
-}
-
-TEST(GenuineBook, AnswersFollowTheWeights) {
-    if (!load_genuine("book-large.bin"))
-        GTEST_SKIP() << "needs the shared book book-large.bin";
-    Position position = position_from(starting_fen);
-    const auto [first, last] = entries_of(position);
-    constexpr int ANSWERS = 2000;
-    std::map<int, int> counts;
-    std::srand(1);
-    for (int i = 0; i < ANSWERS; ++i)
-        ++counts[book_move(book_probe(position))];
-    double total = 0;
-    for (const BookEntry* entry = first; entry != last; ++entry)
-        total += entry->weight;
-    // Rare moves are taken together, as the approximation wants at least five of each.
-    double chi_square = 0, expected = 0, counted = 0;
-    int classes = 0, seen = 0;
-    for (const BookEntry* entry = first; entry != last; ++entry) {
-        const double of_this = ANSWERS * entry->weight / total;
-        const int times = counts[entry->move];
-        seen += times;
-        if (of_this < 5) {
-            expected += of_this;
-            counted += times;
-        } else {
-            chi_square += (times - of_this) * (times - of_this) / of_this;
-            ++classes;
-        }
-    }
-    if (expected > 0) {
-        chi_square += (counted - expected) * (counted - expected) / expected;
-        ++classes;
-    }
-    EXPECT_EQ(seen, ANSWERS);
-    ASSERT_GE(classes, 2);
-    EXPECT_LT(chi_square, chi_square_bound(classes - 1)) << classes << " classes";
 }
 
 } // namespace
