@@ -28,17 +28,17 @@ TEST(GoCommand, Limits) {
         const char* line;
         const char* limits;
     } ROWS[] = {
-        {"go", ""},
         {"go wtime 1000 btime 2000 winc 10 binc 20 movestogo 5",
          "wtime 1000 btime 2000 winc 10 binc 20 movestogo 5 "},
         {"go infinite depth 3", "depth 3 infinite "},
         {"go   nodes    7   movetime   9  ", "movetime 9 nodes 7 "},
-        {"go depth", ""},
         {"go depth wtime 5", "wtime 5 "},
         {"go depth7", "depth 7 "},
         {"goinfinite", "infinite "},
         {"go xinfinite xdepth 5", ""},
-        {"go depth\t6", "depth 6 "},
+        // Numbers, white space before them and all.
+        {"go depth 0x10 nodes 1e3 wtime \t\r\n 42 btime +6 winc --6 binc x movestogo -",
+         "wtime 42 btime 6 nodes 1 "},
         {"go\tdepth 6", ""}, // a tab is part of a word
         {"go movetime 4294967295 nodes -3000000000", "movetime 2147483647 nodes -2147483648 "},
         {"go depthinfinite", ""}, // one word, one meaning
