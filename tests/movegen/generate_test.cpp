@@ -5,9 +5,7 @@
 
 #include <algorithm>
 #include <gtest/gtest.h>
-#include <random>
 #include <set>
-#include <string_view>
 
 namespace brindlemoth {
 namespace {
@@ -95,16 +93,6 @@ bool attacked_by_rays(const Position& position, int square) {
             (pawn_attack_set(by[PAWN], position.side) & square_bit(square))) != 0;
 }
 
-// Men strewn at random: kings in any number, pawns on any rank, en passant anywhere.
-std::string random_fen(std::mt19937_64& random) {
-    constexpr std::string_view MEN = "1111111111111111111111111111PPNBRQKppnbrqk";
-    std::string fen(71, '/');
-    for (std::size_t square = 0; square < SQUARE_COUNT; ++square)
-        fen[square + square / 8] = MEN[random() % MEN.size()];
-    return fen + (random() % 2 == 0 ? " w" : " b") + " KQkq " + "abcdefgh"[random() % 8] +
-           "36"[random() % 2];
-}
-
 // Both tests of a move, and the count without writing them, say what playing the moves would show.
 TEST(Legality, EqualsPlayingTheMove) {
     const auto compare = [](Position& position) {
@@ -129,8 +117,10 @@ TEST(Legality, EqualsPlayingTheMove) {
     std::vector<std::string> fens = {"r3k2r/8/8/8/8/8/8/R3K2R w KQkq - 0 1",
                                      "7k/8/8/K2pP2r/8/8/8/8 w - d6 0 1",
                                      "7k/8/8/2KPp2q/8/8/8/B7 w - e6 0 1"};
+    // Kings in any number, pawns on any rank, en passant anywhere.
+    constexpr std::string_view MEN = "1111111111111111111111111111PPNBRQKppnbrqk";
     std::mt19937_64 random(42);
-    std::generate_n(std::back_inserter(fens), 5000, [&] { return random_fen(random); });
+    std::generate_n(std::back_inserter(fens), 5000, [&] { return strewn_fen(random, MEN); });
     for (const std::string& fen : fens) {
         SCOPED_TRACE(fen);
         Position position = position_from(fen);

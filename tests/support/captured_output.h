@@ -9,12 +9,16 @@ namespace brindlemoth {
 
 // The lines that the action prints on standard output, without their line feeds. Standard input
 // is empty meanwhile and from then on, so that no search is stopped by what it polls.
-std::vector<std::string> output_of(const std::function<void()>& action);
+Lines output_of(const std::function<void()>& action);
 
 // An info line without its nps and time, which differ from run to run.
 std::string without_timing(const std::string& line);
 
+// Which of the prefixes the lines begin with, in the order of the lines: the first that fits, and
+// nothing for a line that none fits.
+Lines beginnings(const Lines& lines, const Lines& prefixes);
+
 // The lines joined by line feeds.
-std::string joined(const std::vector<std::string>& lines);
+std::string joined(const Lines& lines);
 
 } // namespace brindlemoth

@@ -7,7 +7,6 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
-#include <random>
 
 namespace brindlemoth {
 
@@ -66,6 +65,15 @@ void for_random_positions(int count, std::uint64_t seed,
             make_move(position, legal.moves[random() % static_cast<unsigned>(legal.count)]);
         }
     }
+}
+
+std::string strewn_fen(std::mt19937_64& random, std::string_view men) {
+    std::string fen(71, '/');
+    for (std::size_t square = 0; square < SQUARE_COUNT; ++square)
+        fen[square + square / 8] = men[random() % men.size()];
+    fen += random() % 2 == 0 ? " w KQkq " : " b KQkq ";
+    fen += "abcdefgh"[random() % 8];
+    return fen + "36"[random() % 2];
 }
 
 Move legal_move(Position& position, const std::string& text) {

@@ -6,7 +6,9 @@
 
 #include <cstdint>
 #include <functional>
+#include <random>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace brindlemoth {
@@ -28,6 +30,10 @@ const std::vector<std::string>& sample_fens();
 // visited, and calls visit() on each. visit() may change the position only if it restores it.
 void for_random_positions(int count, std::uint64_t seed,
                           const std::function<void(Position&)>& visit);
+
+// A FEN with one of these letters on each square, '1' for an empty one; every castling right, an
+// en-passant square and a side to move, whether they make sense or not.
+std::string strewn_fen(std::mt19937_64& random, std::string_view men);
 
 // The legal move of that text, or MOVE_NONE.
 Move legal_move(Position& position, const std::string& text);
