@@ -17,11 +17,6 @@ TEST(Magics, FixedSeedFindsTheSameNumbersEveryTime) {
     EXPECT_EQ(all, 0x0AD1F55A572F34E1ULL);
 }
 
-TEST(Magics, BlocksArePackedWithoutGaps) {
-    EXPECT_EQ(bishop_magics[H8].attacks + 64 - bishop_magics[A1].attacks, 5248);
-    EXPECT_EQ(rook_magics[H8].attacks + 4096 - rook_magics[A1].attacks, 102400);
-}
-
 // Every relevant occupancy of every square, each with random irrelevant pieces around it.
 TEST(SliderLookup, EqualsTheRayWalkForEveryOccupancy) {
     std::mt19937_64 random(1);

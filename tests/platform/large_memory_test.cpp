@@ -17,9 +17,6 @@ TEST(LargeMemory, IsZeroedAndWritableToItsLastByte) {
         release_large(block, bytes);
     }
     release_large(nullptr, 1 << 20);
-}
-
-TEST(LargeMemory, RefusesWhatNobodyHas) {
     EXPECT_EQ(allocate_large(std::numeric_limits<std::size_t>::max() / 4), nullptr);
 }
 
