@@ -1,4 +1,3 @@
-#include "board/bitboard.h"
 #include "book/polyglot_key.h"
 #include "book/polyglot_random64.h"
 #include "support/support.h"
@@ -36,32 +35,6 @@ TEST(PolyglotKey, NumbersAddUp) {
     EXPECT_EQ(place, 781U);
     EXPECT_EQ(all, 0xEAA4DC0DD06542B6U);
     EXPECT_EQ(weighted, 0x9ED769C526B32C64U);
-}
-
-// The en-passant term for every square that the record may hold, sensible or not: the pawns that
-// could capture onto it stand on the neighbouring files, one rank back.
-TEST(PolyglotKey, EnPassantTermNeedsAPawnThatCouldCapture) {
-    Position position = position_from("4k3/PP1PP1PP/8/8/8/8/8/4K3 w - - 0 1");
-    for (const int side : {WHITE, BLACK}) {
-        for (int pawn = A1; pawn <= H8; ++pawn) {
-            Position with_pawn = position;
-            with_pawn.side = side;
-            with_pawn.pieces[WHITE][PAWN] = 0;
-            with_pawn.pieces[side][PAWN] = square_bit(pawn);
-            const std::uint64_t without_term = polyglot_key(with_pawn);
-            for (int square = A1; square <= H8; ++square) {
-                with_pawn.ep_square = square;
-                const int forward = side == WHITE ? 1 : -1;
-                const int file_distance = file_of(square) - file_of(pawn);
-                const bool counts = rank_of(square) == rank_of(pawn) + forward &&
-                                    (file_distance == 1 || file_distance == -1);
-                const std::uint64_t term =
-                    counts ? polyglot_random64[POLYGLOT_EN_PASSANT + file_of(square)] : 0;
-                ASSERT_EQ(polyglot_key(with_pawn), without_term ^ term)
-                    << "side " << side << " pawn " << pawn << " ep_square " << square;
-            }
-        }
-    }
 }
 
 } // namespace

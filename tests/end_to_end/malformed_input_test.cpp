@@ -8,63 +8,44 @@
 #include "support/engine_process.h"
 #include "support/support.h"
 
+#include <algorithm>
 #include <gtest/gtest.h>
-#include <random>
 
 namespace brindlemoth {
 namespace {
 
 using Random = std::mt19937_64;
 
+// One of the texts between the bars.
+std::string one_of(Random& random, std::string_view texts) {
+    for (auto skip = random() % (1 + std::count(texts.begin(), texts.end(), '|')); skip > 0; --skip)
+        texts.remove_prefix(texts.find('|') + 1);
+    return std::string(texts.substr(0, texts.find('|')));
+}
+
 // The text with up to four edits: a part cut out, a byte or a word put in.
 std::string damaged(Random& random, std::string text) {
-    constexpr const char* WORDS[] = {"moves",
-                                     " moves e2e4 a7a8q e1g1 z9z9 ",
-                                     "fen",
-                                     "startpos",
-                                     "name",
-                                     "value",
-                                     "depth",
-                                     "nodes ",
-                                     "  ",
-                                     "\t",
-                                     "\r",
-                                     "-",
-                                     "e3",
-                                     "KQkq",
-                                     "HAha",
-                                     " b ",
-                                     "100",
-                                     "-1",
-                                     "2147483648",
-                                     "0x7",
-                                     "99999999999999999999",
-                                     "/",
-                                     "8",
-                                     "k",
-                                     "qQ"};
     for (std::size_t edits = random() % 5; edits > 0; --edits) {
         const std::size_t place = random() % (text.size() + 1);
-        switch (random() % 4) {
-        case 0:
+        if (random() % 4 == 0)
             text.erase(place, random() % 8);
-            break;
-        case 1:
+        else if (random() % 3 == 0)
             text.insert(place, 1, static_cast<char>(random() % 245 + 11));
-            break;
-        default:
-            text.insert(place, WORDS[random() % std::size(WORDS)]);
-        }
+        else
+            text.insert(place,
+                        one_of(random, " moves e2e4 a7a8q e1g1 z9z9 |moves|fen|startpos|name|"
+                                       "value|depth|nodes |  |\t|\r|-|e3|KQkq|HAha| b |/|8|k|"
+                                       "qQ|100|-1|0x7|2147483648|99999999999999999999"));
     }
     return text;
 }
 
-// A position of a game or men strewn over the board, crowded, of few kinds or few; then damaged.
+// A position of a game, or men strewn over the board in any number; then damaged.
 std::string malformed_fen(Random& random) {
-    constexpr const char* MEN[] = {"1111PNBRQKpnbrqk", "1111111111111PNBRQKpnbrqk", "11QKk", "1p",
-                                   "11111111111111111Pp"};
+    const std::string men =
+        one_of(random, "1111PNBRQKpnbrqk|1111111111111PNBRQKpnbrqk|11QKk|1p|11111111111111111Pp");
     const std::string& sound = sample_fens()[random() % sample_fens().size()];
-    return damaged(random, random() % 2 == 0 ? sound : strewn_fen(random, MEN[random() % 5]));
+    return damaged(random, random() % 2 == 0 ? sound : strewn_fen(random, men));
 }
 
 // The first iteration cannot be interrupted, and its exchanges have no bound on a board full of
@@ -125,29 +106,17 @@ TEST(MalformedInput, AnyPositionIsSafeForEveryCommand) {
 
 // Nothing here takes long: numbers of depth stay as they are, and a search counts its nodes.
 std::string malformed_command(Random& random) {
-    constexpr const char* LASTING[] = {"perft 2", "bench 1", "setoption name Hash value 2"};
-    constexpr const char* SOUND[] = {"uci",
-                                     "isready",
-                                     "ucinewgame",
-                                     "stop",
-                                     "d",
-                                     "eval",
-                                     "dupcheck",
-                                     "illegalcheck",
-                                     "quit",
-                                     "setoption name",
-                                     "position startpos moves e2e4 e7e5",
-                                     "position fen 8/4P2k/8/8/8/8/8/K7 w - - 0 1 moves e7e8q",
-                                     "go depth 3 infinite",
-                                     "go wtime 10 btime 10 winc 1 movestogo 5",
-                                     "setoption name MultiPV value 3",
-                                     "setoption name OwnBook value true",
-                                     "setoption name BookFile value /nowhere/at all",
-                                     "setoption name Style value Linear",
-                                     "setoption name SyzygyPath value /nowhere"};
     if (random() % 10 == 0)
-        return LASTING[random() % std::size(LASTING)];
-    const std::string line = damaged(random, SOUND[random() % std::size(SOUND)]);
+        return one_of(random, "perft 2|bench 1|setoption name Hash value 2");
+    const std::string line = damaged(
+        random,
+        one_of(random,
+               "uci|isready|ucinewgame|stop|d|eval|dupcheck|illegalcheck|quit|setoption name|"
+               "position startpos moves e2e4 e7e5|go depth 3 infinite|"
+               "position fen 8/4P2k/8/8/8/8/8/K7 w - - 0 1 moves e7e8q|"
+               "go wtime 10 btime 10 winc 1 movestogo 5|setoption name MultiPV value 3|"
+               "setoption name OwnBook value true|setoption name BookFile value /nowhere/at all|"
+               "setoption name Style value Linear|setoption name SyzygyPath value /nowhere"));
     return line.starts_with("go") ? line + " nodes 500" : line;
 }
 

@@ -12,7 +12,6 @@
 #include <algorithm>
 #include <gtest/gtest.h>
 #include <regex>
-#include <set>
 
 namespace brindlemoth {
 namespace {
@@ -28,14 +27,10 @@ protected:
     void TearDown() override { SetUp(); }
 };
 
-Lines searched(Position& position, const SearchLimits& limits) {
-    return output_of([&] { search_root(position, limits); });
-}
-
 Lines searched(Position& position, int depth) {
     SearchLimits limits{};
     limits.depth = depth;
-    return searched(position, limits);
+    return output_of([&] { search_root(position, limits); });
 }
 
 bool contains(const std::string& text, const std::string& part) {
@@ -82,11 +77,6 @@ TEST_F(Root, EverySearchOfRandomPositionsIsWellFormed) {
                 make_move(line, move);
             }
         }
-        // The lines of one iteration begin with different moves.
-        std::set<Move> first_moves;
-        for (int i = 0; i < line_count; ++i)
-            first_moves.insert(root_lines[i].move);
-        ASSERT_EQ(first_moves.size(), static_cast<std::size_t>(line_count));
     });
 }
 
@@ -164,23 +154,16 @@ TEST_F(Root, DepthStopsAtTheLastRowOfTheTables) {
     }
 }
 
-TEST_F(Root, SearchesWithoutATable) {
-    Position position = position_from(starting_fen);
-    tt_release();
-    const Lines lines = searched(position, 5);
-    ASSERT_EQ(lines.size(), 6U);
-    EXPECT_NE(legal_move(position, lines.back().substr(9)), MOVE_NONE);
-}
-
-TEST_F(Root, CrowdedPositionsAreSearchedToTheEnd) {
+TEST_F(Root, CrowdedPositionsAreSearchedToTheEndWithoutATable) {
     multipv_count = 300;
+    tt_release();
     for (const char* const fen :
          {"QQQQQQQQ/8/Q6Q/Q6Q/Q6Q/Q6Q/8/QQQQKQQk w - - 0 1",
           "KQ6/8/QQQQQQQQ/QQQQQQQQ/QQQQQQQQ/QQQQQQQQ/QQQQQQQQ/QQQQQ2k w - - 0 1",
           "kkkkkkkk/kkkkkkkk/8/8/8/8/KKKKKKKK/KKKKKKKK b KQkq - 0 1"}) {
         Position position = position_from(fen);
         const Position before = position;
-        EXPECT_EQ(searched(position, 4).back().rfind("bestmove ", 0), 0U) << fen;
+        EXPECT_TRUE(searched(position, 4).back().starts_with("bestmove ")) << fen;
         EXPECT_TRUE(same_position(position, before)) << fen;
     }
 }

@@ -142,20 +142,5 @@ TEST_F(Search, TheLastPlyIsEvaluated) {
     EXPECT_EQ(sel_depth, MAX_PLY);
 }
 
-// Wherever the node limit ends it, the search takes all of its moves back.
-TEST_F(Search, AnInterruptedSearchRestoresThePosition) {
-    iteration_depth = 2;
-    search_time.start_time = 0;
-    search_time.hard_limit = NO_TIME_LIMIT;
-    for_random_positions(60, 61, [&](Position& position) {
-        const Position before = position;
-        stop_flag = 0;
-        start_watch();
-        search_limits.nodes = 1;
-        at(position, 8, -FULL, FULL, 0);
-        ASSERT_TRUE(same_position(position, before));
-    });
-}
-
 } // namespace
 } // namespace brindlemoth
