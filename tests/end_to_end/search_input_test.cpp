@@ -47,24 +47,6 @@ TEST(SearchInput, QuitGivesOneBestmoveAndEnds) {
     EXPECT_EQ(beginnings(lines, {"bestmove", "Side:", "uciok"}), (Lines{"bestmove", "Side:"}));
 }
 
-TEST(SearchInput, OtherLinesWaitInTheirOrder) {
-    EngineProcess engine;
-    begin_search(engine);
-    engine.send_text("uci\nposition startpos moves e2e4\nd\ngo depth 2\nnonsense\n"
-                     "setoption name MultiPV value 2\ngo depth 1\neval \nucinewgame\nd\n");
-    engine.send("isready");
-    EXPECT_EQ(engine.read_until("readyok").back(), "readyok"); // all of it was read by now
-    engine.send("stop");
-    engine.read_until("bestmove");
-    const Lines expected = {
-        "uciok",         "Side: black",   "info depth 1 ", "info depth 2", "bestmove",
-        "info depth 1 ", "info depth 1 ", "bestmove",      "Side: white",
-    };
-    EXPECT_EQ(beginnings(engine.finish(), {"bestmove", "uciok", "Side: black", "Side: white",
-                                           "info depth 1 ", "info depth 2"}),
-              expected);
-}
-
 TEST(SearchInput, MoreLinesThanAreParkedKeepTheirOrder) {
     std::string text = "go depth 9\n";
     Lines expected;

@@ -5,6 +5,7 @@
 #include "eval/pawns.h"
 #include "eval/piece_terms.h"
 #include "eval_support.h"
+#include "support/support.h"
 
 #include <cstdlib>
 #include <gtest/gtest.h>
@@ -41,6 +42,9 @@ TEST(Evaluate, TotalsOverStrewnMen) {
     } ROWS[] = {
         {"value, Linear", 1, values, 204195283},
         {"value", 0, values, 201982593},
+        {"placement, Linear", 1, [](const Position& p) { return std::int64_t{raw(p.psq)}; },
+         2260827707023},
+        {"placement", 0, [](const Position& p) { return std::int64_t{raw(p.psq)}; }, 2213966283512},
         {"phase", 0, [](const Position& p) { return std::int64_t{game_phase(p)}; }, 5397666},
         {"pawns", 0, [](const Position& p) { return std::int64_t{raw(evaluate_pawns(p))}; },
          -291302892197},
@@ -78,6 +82,14 @@ TEST(Evaluate, TotalsOverStrewnMen) {
     }
 }
 
+TEST(PackedScore, HalvesKeepTheBorrow) {
+    EXPECT_EQ(eg_value(S(-5, 10)), 9);
+    EXPECT_EQ(eg_value(S(5, 10)), 10);
+    EXPECT_EQ(mg_value(S(-1, 0)), -1);
+    EXPECT_EQ(eg_value(S(0, -1)), -1);
+    EXPECT_EQ(S(-35, 12) + S(82, 94), S(47, 106));
+}
+
 TEST(Evaluate, MirroredPositionsDifferByOneAtMost) {
     int compared = 0;
     const auto compare = [&](Position& position) {
@@ -96,6 +108,25 @@ TEST(Evaluate, MirroredPositionsDifferByOneAtMost) {
     for (const int men : {3, 16})
         for_random_placements(3000, "", men, compare);
     EXPECT_GT(compared, 4000);
+}
+
+// Black to move has a rook on an open file and two bishops. The negative middle-game half of a
+// score takes one from its end game, which a half that is turned afterwards does not.
+TEST(EvalTrace, Lines) {
+    testing::internal::CaptureStdout();
+    eval_trace(position_from("r1b1kb2/5ppp/8/8/2p5/3R4/3Q4/4K3 b - - 0 1"));
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "=== Evaluation Trace ===\n"
+                                                      "Phase: 10/24\n"
+                                                      "Material+PST      MG:   -49  EG:    -9\n"
+                                                      "Pawns             MG:   -65  EG:  -118\n"
+                                                      "Mobility          MG:   -90  EG:   -45\n"
+                                                      "RooksW            MG:   +47  EG:   +26\n"
+                                                      "RooksB            MG:   -47  EG:   -26\n"
+                                                      "Threats           MG:   -60  EG:   -16\n"
+                                                      "BishopPair          -22\n"
+                                                      "KingSafety        W: 52  B: 68  net: +16\n"
+                                                      "---\n"
+                                                      "Total (side-to-move): +269 cp\n");
 }
 
 } // namespace

@@ -88,31 +88,48 @@ TEST_F(Root, MatesAndDrawsOnEntry) {
     } ROWS[] = {{"6k1/5ppp/8/8/8/8/8/R3K3 w - - 0 1", 2, "mate 1 ", "a1a8"},
                 {"7k/8/8/8/8/8/R7/1R2K3 w - - 0 1", 4, "mate 2 ", "b1b7"},
                 {"7k/R7/8/8/8/8/8/1R2K3 b - - 0 1", 3, "mate -1 ", "h8g8"},
-                {"4k3/8/8/8/8/8/8/4K2R w K - 100 1", 5, "", "h1f1"}};
+                {"4k3/8/8/8/8/8/8/4K2R w K - 100 1", 5, "", "h1f1"},
+                // A tree that the fifty-move rule ends after one ply, deepened as far as it goes.
+                {"7k/7P/8/8/8/8/8/K7 b - - 99 1", 127, "depth 127 seldepth 1 ", "h8h7"},
+                {"7k/7P/8/8/8/8/8/K7 b - - 99 1", 128, "depth 127 seldepth 1 ", "h8h7"}};
     for (const auto& row : ROWS) {
         SetUp();
         Position position = position_from(row.fen);
         const Lines lines = searched(position, row.depth);
         EXPECT_EQ(lines.back(), std::string("bestmove ") + row.best) << row.fen;
-        EXPECT_EQ(lines.size(), *row.score == '\0' ? 1U : std::size_t(row.depth) + 1) << row.fen;
+        EXPECT_EQ(lines.size(), *row.score == '\0' ? 1U : std::size_t(std::min(row.depth, 127)) + 1)
+            << row.fen;
         EXPECT_TRUE(contains(lines.front() + joined(lines), row.score)) << row.fen;
     }
 }
 
 // What one search leaves to the next: the table and its generations, histories that age, the game.
-TEST_F(Root, NodesOfAGame) {
-    const std::uint64_t NODES[] = {60697, 157498, 211371};
-    for (int lines = 1; lines <= 3; ++lines) {
+// The rules fix what the lines of the game add up to, as they fix the nodes of bench.
+TEST_F(Root, GamesAddUp) {
+    const struct {
+        int lines;
+        std::uint64_t nodes;
+        int seldepths, scores, moves; // of the first lines
+    } ROWS[] = {
+        {1, 60697, 2453, 53, 1307}, {2, 157498, 2631, 196, 1277}, {3, 211371, 2567, 1126, 1299}};
+    for (const auto& row : ROWS) {
         SetUp();
-        multipv_count = lines;
+        multipv_count = row.lines;
         Position position = position_from(starting_fen);
         std::uint64_t nodes = 0;
-        for (int ply = 0; ply < 20; ++ply) {
+        int seldepths = 0, scores = 0, moves = 0;
+        for (int ply = 1; ply <= 20; ++ply) {
             searched(position, 6);
             nodes += node_count;
+            seldepths += ply * sel_depth;
+            scores += ply * root_lines[0].score;
+            moves += ply * root_lines[0].pv_length;
             make_move(position, root_lines[0].move);
         }
-        EXPECT_EQ(nodes, NODES[lines - 1]) << lines << " lines";
+        EXPECT_EQ(nodes, row.nodes) << row.lines;
+        EXPECT_EQ(seldepths, row.seldepths) << row.lines;
+        EXPECT_EQ(scores, row.scores) << row.lines;
+        EXPECT_EQ(moves, row.moves) << row.lines;
     }
 }
 
@@ -141,17 +158,6 @@ TEST_F(Root, InfoLine) {
     const std::string line =
         output_of([&] { print_info(127, 255, -TB_WIN_SCORE, longest, MAX_PLY); })[0];
     EXPECT_EQ(line.size() - line.find(" pv"), 3 + 6 * std::size_t{MAX_PLY});
-}
-
-// A tree that the fifty-move rule ends after one ply.
-TEST_F(Root, DepthStopsAtTheLastRowOfTheTables) {
-    for (const int depth : {128, 2147483647}) {
-        SetUp();
-        Position position = position_from("4k3/8/8/8/8/8/8/4K3 w - - 99 1");
-        const Lines lines = searched(position, depth);
-        ASSERT_EQ(lines.size(), 128U) << depth;
-        EXPECT_TRUE(contains(lines[126], "info depth 127 seldepth 1 ")) << lines[126];
-    }
 }
 
 TEST_F(Root, CrowdedPositionsAreSearchedToTheEndWithoutATable) {

@@ -82,23 +82,6 @@ TEST_F(Search, RepetitionIsADrawOnEntry) {
     }
 }
 
-// A singular probe neither cuts off on the entry of the whole node nor replaces it.
-TEST_F(Search, AProbeWithoutAMoveLeavesTheEntryAlone) {
-    Position position = position_from(starting_fen);
-    constexpr Move EXCLUDED = make_move_code(E2, E4, FLAG_DOUBLE_PUSH);
-    const int value = evaluate(position);
-    tt_store(position.key, value + 77, BOUND_EXACT, 9, EXCLUDED, 0);
-    frame(0)->excluded_move = EXCLUDED;
-    at(position, 4, value, value + 1, 0);
-    ASSERT_GT(frame(0)->pv_length, 0);
-    EXPECT_NE(frame(0)->pv[0], EXCLUDED);
-    const TTEntry* const entry = tt_probe(position.key);
-    ASSERT_NE(entry, nullptr);
-    EXPECT_EQ(entry->score, value + 77);
-    EXPECT_EQ(entry->depth, 9);
-    EXPECT_EQ(entry->move, EXCLUDED);
-}
-
 // Moves that were left out are no mate and no stalemate: the node falls back on alpha.
 TEST_F(Search, NothingSearchedButSomethingPassedOver) {
     const struct {

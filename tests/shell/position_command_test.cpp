@@ -64,13 +64,6 @@ TEST(PositionCommand, TheLongestGameLeavesRoomForTheSearch) {
     cmd_position(line.c_str(), position);
     EXPECT_EQ(position.undo_count, static_cast<int>(line.size() - 23) / 5);
     EXPECT_LE(position.undo_count + 128 + 1, MAX_UNDO);
-
-    // Beyond any line's length the surplus is dropped.
-    for (int i = 0; i < 2000; ++i)
-        line += " g1f3 g8f6 f3g1 f6g8";
-    cmd_position(line.c_str(), position);
-    EXPECT_LE(position.undo_count + 128 + 1, MAX_UNDO);
-    EXPECT_TRUE(views_agree(position));
 }
 
 } // namespace

@@ -23,7 +23,7 @@ Position position_from(const std::string& fen);
 std::string shared_directory();
 
 // Positions to start random games from: the shared collection when it is there, otherwise a
-// dozen of our own.
+// few of our own.
 const std::vector<std::string>& sample_fens();
 
 // Plays random legal games from sample_fens() with a fixed seed until `count` positions were
