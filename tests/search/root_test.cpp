@@ -10,6 +10,7 @@
 #include "support/support.h"
 
 #include <algorithm>
+#include <climits>
 #include <gtest/gtest.h>
 #include <regex>
 
@@ -90,8 +91,8 @@ TEST_F(Root, MatesAndDrawsOnEntry) {
                 {"7k/R7/8/8/8/8/8/1R2K3 b - - 0 1", 3, "mate -1 ", "h8g8"},
                 {"4k3/8/8/8/8/8/8/4K2R w K - 100 1", 5, "", "h1f1"},
                 // A tree that the fifty-move rule ends after one ply, deepened as far as it goes.
-                {"7k/7P/8/8/8/8/8/K7 b - - 99 1", 127, "depth 127 seldepth 1 ", "h8h7"},
-                {"7k/7P/8/8/8/8/8/K7 b - - 99 1", 128, "depth 127 seldepth 1 ", "h8h7"}};
+                {"4k3/8/8/8/8/8/8/4K3 w - - 99 1", 128, "depth 127 seldepth 1 ", "e1d1"},
+                {"4k3/8/8/8/8/8/8/4K3 w - - 99 1", INT_MAX, "depth 127 seldepth 1 ", "e1d1"}};
     for (const auto& row : ROWS) {
         SetUp();
         Position position = position_from(row.fen);

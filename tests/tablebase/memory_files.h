@@ -23,11 +23,6 @@ int memory_file_uses();
 // Makes the genuine tables the only files.
 void put_genuine_tables();
 
-// A table file whose one or two streams for each file position are constant; all file positions
-// have the same piece header.
-std::string constant_table(bool split, const std::string& piece_header, std::uint8_t value,
-                           std::uint8_t second_value, int file_positions = 1);
-
 // Which operation fails from now on.
 enum class FailingOperation { NONE, SIZE, MAPPING, VIEW, UNMAP, CLOSE_MAPPING };
 void make_fail(FailingOperation operation);

@@ -5,6 +5,7 @@
 #include "board/make_move.h"
 #include "movegen/legality.h"
 #include "support/support.h"
+#include "tablebase/registry.h"
 #include "tablebase/table_support.h"
 
 #include <algorithm>
@@ -14,14 +15,10 @@ namespace brindlemoth {
 
 namespace {
 
-std::string probe_move_text(ProbeMove move) {
-    std::string text;
-    for (const int square : {probe_move_from(move), probe_move_to(move)})
-        text +=
-            {static_cast<char>('a' + file_of(square)), static_cast<char>('1' + rank_of(square))};
-    if (probe_move_promotion(move) != PROMOTE_NONE)
-        text += " qrbn"[probe_move_promotion(move)];
-    return text;
+ProbeMove probe_move(Move move) {
+    return make_probe_move(move_from(move), move_to(move),
+                           is_promotion(move) ? int{PROMOTE_QUEEN} + QUEEN - promoted_type(move)
+                                              : PROMOTE_NONE);
 }
 
 // The en-passant square that a double step leaves when it counts only with a capturer at hand.
@@ -30,12 +27,6 @@ int useful_ep_square(const Position& position) {
         return 0;
     const Bitboard capturers = pawn_attacks[position.side ^ 1][position.ep_square];
     return (capturers & position.pieces[position.side][PAWN]) != 0 ? position.ep_square : 0;
-}
-
-// The board in its parts, for comparison; boards of one text are the same.
-std::string text_with_ep(ProbeBoard board, int ep_square) {
-    board.ep_square = static_cast<std::uint8_t>(ep_square);
-    return board_text(board);
 }
 
 } // namespace
@@ -59,27 +50,25 @@ TEST(ProbeBoard, PlaysLikeTheEngine) {
         ASSERT_EQ(board_has_legal_move(board), !moves.empty()) << text;
         ASSERT_EQ(board_is_mate(board), moves.empty() && in_check(position)) << text;
         for (std::size_t i = 0; i < moves.size(); ++i) {
-            ASSERT_EQ(probe_move_text(list[i]), std::string(move_to_text(moves[i]))) << text;
+            ASSERT_EQ(list[i], probe_move(moves[i])) << text;
             ASSERT_EQ(board_moved_type(board, list[i]),
                       piece_type(position.board[move_from(moves[i])]) + 1);
             ProbeBoard played;
             ASSERT_TRUE(board_play(played, board, list[i]));
             make_move(position, moves[i]);
-            ASSERT_EQ(board_text(played),
-                      text_with_ep(board_of(position), useful_ep_square(position)))
-                << text;
+            ProbeBoard expected = board_of(position);
+            expected.ep_square = static_cast<std::uint8_t>(useful_ep_square(position));
+            ASSERT_EQ(board_text(played), board_text(expected)) << text;
             unmake_move(position, moves[i]);
         }
 
-        // The captures are the capturing moves.
-        const Bitboard enemy = board.white_to_move == 1 ? board.black : board.white;
+        // The captures are the moves that leave a man less.
         std::vector<ProbeMove> expected;
         const ProbeMove* const end = board_moves(board, list);
         for (const ProbeMove* move = list; move != end; ++move) {
-            const bool en_passant = board.ep_square != 0 &&
-                                    probe_move_to(*move) == board.ep_square &&
-                                    board_moved_type(board, *move) == PROBE_PAWN;
-            if (en_passant || (enemy & square_bit(probe_move_to(*move))) != 0)
+            ProbeBoard next;
+            board_play(next, board, *move);
+            if (popcount(next.white | next.black) < popcount(board.white | board.black))
                 expected.push_back(*move);
         }
         ProbeMove captures[256];
@@ -118,14 +107,13 @@ TEST(MaterialKey, OfBoards) {
               0xA3EC1ABC71E90863ULL + 0xD2FB81862830191FULL);
 
     // A board, and the same with the colours exchanged; its signature and the counts of that.
-    for (const std::string& signature : four_men_signatures()) {
+    for (const std::string& signature : signatures_of(4)) {
         ProbeBoard board = empty_board(true);
-        int counts[16] = {};
+        int counts[16];
+        count_signature_men(signature.c_str(), counts);
         int square = A3;
-        for (const Man man : signature_men(signature)) {
+        for (const Man man : signature_men(signature))
             put_man(board, man, square++);
-            ++counts[man.type + (man.white == 1 ? 0 : 8)];
-        }
         for (const bool mirror : {false, true}) {
             const ProbeBoard seen = mirror ? colours_exchanged(board) : board;
             char name[16];

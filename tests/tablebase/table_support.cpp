@@ -48,24 +48,15 @@ std::vector<std::string> all_signatures() {
     return names;
 }
 
-std::vector<std::string> three_men_signatures() {
-    const std::vector<std::string> all = all_signatures();
-    return {all.begin(), all.begin() + 5};
-}
-
-std::vector<std::string> four_men_signatures() {
-    const std::vector<std::string> all = all_signatures();
-    return {all.begin() + 5, all.begin() + 35};
+std::vector<std::string> signatures_of(std::size_t men) {
+    std::vector<std::string> names = all_signatures();
+    std::erase_if(names, [men](const std::string& name) { return name.size() != men + 1; });
+    return names;
 }
 
 std::string read_file(const std::string& path) {
     std::ifstream file(path, std::ios::binary);
     return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-}
-
-void write_file(const std::string& path, const std::string& content) {
-    std::ofstream file(path, std::ios::binary);
-    file.write(content.data(), static_cast<std::streamsize>(content.size()));
 }
 
 std::vector<Man> signature_men(const std::string& signature) {
@@ -107,14 +98,6 @@ template <typename Visit> static void for_all_men(const ProbeBoard& board, Visit
     }
 }
 
-std::uint64_t packed(const ProbeBoard& board) {
-    std::uint64_t number = board.white_to_move;
-    for_all_men(board, [&number](Man, int square) {
-        number = number * 64 + static_cast<std::uint64_t>(square);
-    });
-    return number;
-}
-
 ProbeBoard image(const ProbeBoard& board, unsigned how) {
     if (board.pawns != 0)
         how &= 9;
@@ -139,62 +122,23 @@ ProbeBoard colours_exchanged(const ProbeBoard& board) {
     return image(board, 8);
 }
 
-bool stands_for_its_images(const ProbeBoard& board) {
-    const int king = lowest_square(board_men(board, 1, PROBE_KING));
-    return file_of(king) < 4 && (board.pawns != 0 || rank_of(king) <= file_of(king));
-}
-
-// The board with each en-passant square that the last move can have left.
-static void visit_en_passant(const ProbeBoard& board,
-                             const std::function<void(const ProbeBoard&)>& visit) {
+std::vector<ProbeBoard> en_passant_boards(const ProbeBoard& board) {
     const bool white_moved = board.white_to_move == 0;
     const int forward = white_moved ? 8 : -8;
-    const Bitboard pawns =
-        board.pawns & (white_moved ? board.white : board.black) & rank_mask(white_moved ? 3 : 4);
     const Bitboard capturers = board.pawns & (white_moved ? board.black : board.white);
-    for (Bitboard men = pawns; men != 0;) {
-        const int pawn = pop_lowest(men);
-        const int passed = pawn - forward;
+    std::vector<ProbeBoard> boards;
+    for (Bitboard men = board.pawns & (white_moved ? board.white : board.black) &
+                        rank_mask(white_moved ? 3 : 4);
+         men != 0;) {
+        const int passed = pop_lowest(men) - forward;
         const Bitboard way = square_bit(passed) | square_bit(passed - forward);
         if (((board.white | board.black) & way) != 0 ||
             (pawn_attacks[white_moved ? WHITE : BLACK][passed] & capturers) == 0)
             continue;
-        ProbeBoard with_ep = board;
-        with_ep.ep_square = static_cast<std::uint8_t>(passed);
-        visit(with_ep);
+        boards.push_back(board);
+        boards.back().ep_square = static_cast<std::uint8_t>(passed);
     }
-}
-
-static void place_men(const std::vector<Man>& men, std::size_t next, int last_square,
-                      const ProbeBoard& board,
-                      const std::function<void(const ProbeBoard&)>& visit) {
-    if (next == men.size()) {
-        for (const bool white_to_move : {true, false}) {
-            ProbeBoard ready = board;
-            ready.white_to_move = white_to_move ? 1 : 0;
-            if (!board_is_sane(ready))
-                continue;
-            visit(ready);
-            visit_en_passant(ready, visit);
-        }
-        return;
-    }
-    const Man man = men[next];
-    const bool twin =
-        next > 0 && men[next - 1].white == man.white && men[next - 1].type == man.type;
-    for (int square = twin ? last_square + 1 : 0; square < SQUARE_COUNT; ++square) {
-        if (((board.white | board.black) & square_bit(square)) != 0 ||
-            (man.type == PROBE_PAWN && (rank_of(square) == 0 || rank_of(square) == 7)))
-            continue;
-        ProbeBoard more = board;
-        put_man(more, man, square);
-        place_men(men, next + 1, square, more, visit);
-    }
-}
-
-void for_all_boards(const std::string& signature,
-                    const std::function<void(const ProbeBoard&)>& visit) {
-    place_men(signature_men(signature), 0, -1, empty_board(true), visit);
+    return boards;
 }
 
 ProbeBoard random_board(const std::string& signature, std::mt19937& random) {
@@ -211,8 +155,7 @@ ProbeBoard random_board(const std::string& signature, std::mt19937& random) {
             board = colours_exchanged(board);
         if (!board_is_sane(board))
             continue;
-        std::vector<ProbeBoard> with_ep;
-        visit_en_passant(board, [&with_ep](const ProbeBoard& ep) { with_ep.push_back(ep); });
+        const std::vector<ProbeBoard> with_ep = en_passant_boards(board);
         return with_ep.empty() ? board : with_ep[random() % with_ep.size()];
     }
 }
@@ -230,10 +173,6 @@ std::string board_text(const ProbeBoard& board) {
     fen += static_cast<char>('a' + file_of(ep));
     fen += static_cast<char>('1' + rank_of(ep));
     return fen + " " + std::to_string(board.halfmove) + " 1";
-}
-
-Position position_of(const ProbeBoard& board) {
-    return position_from(board_text(board));
 }
 
 ProbeBoard board_of(const Position& position) {

@@ -1,11 +1,9 @@
-// What the table tests share: the genuine tables, directories of their own, and all positions of
-// a signature.
+// What the table tests share: the genuine tables, signatures, and boards.
 #pragma once
 
 #include "support/book_file.h"
 #include "tablebase/probe_board.h"
 
-#include <functional>
 #include <random>
 #include <string>
 #include <vector>
@@ -20,13 +18,11 @@ std::string syzygy_directory();
     if (syzygy_directory().empty())                                                                \
     GTEST_SKIP() << "no genuine tables"
 
-// All signatures, and those of 3 men and of 4, in the order of discovery.
+// All signatures, and those of so many men, in the order of discovery.
 std::vector<std::string> all_signatures();
-std::vector<std::string> three_men_signatures();
-std::vector<std::string> four_men_signatures();
+std::vector<std::string> signatures_of(std::size_t men);
 
 std::string read_file(const std::string& path);
-void write_file(const std::string& path, const std::string& content);
 
 // One kind of men of a signature.
 struct Man {
@@ -46,26 +42,16 @@ void put_man(ProbeBoard& board, Man man, int square);
 ProbeBoard image(const ProbeBoard& board, unsigned how);
 ProbeBoard colours_exchanged(const ProbeBoard& board);
 
-// One of every set of reflections: the board with the white king in the triangle a1-d1-d4, or with
-// pawns on files a to d.
-bool stands_for_its_images(const ProbeBoard& board);
-
-// The squares of the men and the side to move as a number; different for different boards of a
-// signature.
-std::uint64_t packed(const ProbeBoard& board);
-
-// Calls visit() for every sane position of the signature, White having its first side, with either
-// side to move. A position in which a pawn can be captured en passant comes once more with it.
-void for_all_boards(const std::string& signature,
-                    const std::function<void(const ProbeBoard&)>& visit);
+// The board with each en-passant square that a double step of the side not to move can have left
+// for a capturer.
+std::vector<ProbeBoard> en_passant_boards(const ProbeBoard& board);
 
 // A sane position of the signature with its men on random squares, either side having the first
 // side's men. Now and then a pawn can be captured en passant.
 ProbeBoard random_board(const std::string& signature, std::mt19937& random);
 
-// The board as a FEN, as a position of the engine, and back.
+// The board as a FEN, and a board from a position of the engine or a FEN.
 std::string board_text(const ProbeBoard& board);
-Position position_of(const ProbeBoard& board);
 ProbeBoard board_of(const Position& position);
 ProbeBoard board_from(const std::string& fen);
 

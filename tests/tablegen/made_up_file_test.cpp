@@ -1,145 +1,178 @@
-// The engine's reader, and the generator's own, on files that hold what small genuine tables do
-// not. Needs no file from elsewhere.
-#include "tablegen/made_up_file.h"
+// Files that hold what small genuine tables do not: values that no chess position has, drawn at
+// random, lead the engine's reader and the generator's own through every corner of the format. Both
+// must find each value at its place. Two programs take this file: one with files of up to four men.
+#include "file/table_reader.h"
+#include "tablebase/probe.h"
+#include "tablebase/syzygy.h"
+#include "tablebase/table_support.h"
+#include "tablegen/plain_table.h"
 
+#include <algorithm>
+#include <bit>
 #include <gtest/gtest.h>
-#include <span>
+#include <random>
 
 namespace brindlemoth {
 
-using tablegen::CompressionSettings;
 using tablegen::FileKind;
 
-constexpr std::uint8_t BLACK_TO_MOVE = tablegen::DTZ_BLACK_TO_MOVE;
-constexpr std::uint8_t MAPPED = tablegen::DTZ_MAPPED;
-constexpr std::uint8_t WINS_IN_PLIES = tablegen::DTZ_WINS_IN_PLIES;
-constexpr std::uint8_t LOSSES_IN_PLIES = tablegen::DTZ_LOSSES_IN_PLIES;
-constexpr std::uint8_t WIDE_MAPS = tablegen::DTZ_WIDE_MAPS;
+namespace {
 
-static CompressionSettings settings(int block_size_log2, int index_bits, int max_symbols,
-                                    std::size_t block_values) {
-    CompressionSettings made;
-    made.min_block_size_log2 = made.max_block_size_log2 = block_size_log2;
-    made.index_bits = index_bits;
-    made.max_symbols = max_symbols;
-    made.max_block_values = block_values;
+constexpr int WDL_VALUES = 5;
+constexpr int DTZ_VALUES = 300;
+
+// How the values of a stream follow each other. Those of SKEWED are each half as likely as the one
+// before, which makes the longest codes.
+enum Values { CONSTANT, LONG_RUNS, SHORT_RUNS, NOISE, SKEWED, VALUES_COUNT };
+
+// Block size, index bits, symbols and values of a block. Besides the usual: one index entry for
+// very many blocks; very many entries for one; no pairs, so that each value has a code of its own.
+constexpr tablegen::CompressionSettings all_settings[] = {
+    {}, {5, 5, 18, 4095, 200}, {10, 10, 3, 4095, 65536}, {8, 8, 12, 0, 65536}};
+
+// A file with the values that went into it.
+struct MadeUpFile {
+    tablegen::TableFile file;
+    std::vector<std::vector<std::uint16_t>> values; // by stream; one for a constant stream
+};
+
+} // namespace
+
+static std::vector<std::uint16_t> make_values(Values kind, std::uint64_t count,
+                                              std::uint64_t choices, std::mt19937_64& random) {
+    std::vector<std::uint16_t> values(count);
+    std::uint64_t current = 0;
+    std::uint64_t left = 0;
+    for (std::uint16_t& value : values) {
+        if (kind == SKEWED) {
+            current = std::min<std::uint64_t>(
+                static_cast<std::uint64_t>(std::countr_zero(random())), choices - 1);
+        } else if (left-- == 0) {
+            current = random() % choices;
+            left = kind == NOISE ? 0 : random() % (kind == LONG_RUNS ? 20000 : 12);
+        }
+        value = static_cast<std::uint16_t>(current);
+    }
+    return values;
+}
+
+static MadeUpFile make_up(const std::string& name, FileKind kind, Values values,
+                          std::mt19937_64& random) {
+    MadeUpFile made;
+    const bool dtz = kind == FileKind::DTZ;
+    made.file = constant_table(name, {0});
+    made.file.kind = kind;
+    const tablegen::Signature& signature = made.file.signature;
+    const bool split = !dtz && (!is_symmetric(signature) || random() % 2 == 0);
+    const auto orders = tablegen::possible_orders(signature);
+    for (std::size_t t = 0; t < made.file.positions.size(); ++t) {
+        tablegen::FilePosition& position = made.file.positions[t];
+        position.flags = static_cast<std::uint8_t>(dtz ? random() % 32 : 0);
+        const bool mapped = (position.flags & tablegen::DTZ_MAPPED) != 0;
+        const bool wide = (position.flags & tablegen::DTZ_WIDE_MAPS) != 0;
+        for (auto& map : position.maps) {
+            map.resize(!mapped ? 0 : wide ? DTZ_VALUES : 255);
+            for (std::uint16_t& entry : map)
+                entry = static_cast<std::uint16_t>(random() % (wide ? 65536 : 256));
+        }
+        position.streams.resize(split ? 2 : 1);
+        for (tablegen::FileStream& stream : position.streams) {
+            stream.order = orders[random() % orders.size()];
+            const auto numbering = make_numbering(signature, static_cast<int>(t), stream.order);
+            // Of a big file with pawns file d, which has the fewest positions, has to do.
+            const bool constant = values == CONSTANT || (numbering.positions > 100000 &&
+                                                         t < made.file.positions.size() - 1);
+            const int choices = !dtz ? WDL_VALUES : mapped ? 255 : DTZ_VALUES;
+            made.values.push_back(constant
+                                      ? make_values(NOISE, 1, dtz ? 1 : WDL_VALUES, random)
+                                      : make_values(values, numbering.positions,
+                                                    static_cast<std::uint64_t>(choices), random));
+            stream.data = compress(made.values.back(), all_settings[random() % 4]);
+        }
+    }
     return made;
 }
 
-static const CompressionSettings usual;
-// One index entry for very many blocks, and the other way round.
-static const CompressionSettings sparse_index = settings(5, 18, 4095, 200);
-static const CompressionSettings dense_index = settings(10, 3, 4095, 65536);
-// No pairs: each value has a code of its own.
-static const CompressionSettings no_pairs = settings(8, 12, 0, 65536);
-
-static void expect_all_right(MadeUpFile file, ReadBack* looked_at = nullptr) {
-    // The engine reads all values in one program, and a sample in another.
-    file.every *= ALL_POSITIONS ? 1 : 17;
-    const ReadBack result = write_and_read(file);
-    EXPECT_EQ(result.engine_wrong, 0U)
-        << file.signature << " of " << result.values << ": " << result.first_wrong;
-    EXPECT_EQ(result.judge_wrong, 0U)
-        << file.signature << " of " << result.values << ": " << result.first_wrong;
-    if (looked_at != nullptr)
-        *looked_at = result;
+// What syzygy_probe_table() makes of a raw value.
+static int expected_value(const tablegen::FilePosition& position, bool dtz, int wdl, int raw) {
+    if (!dtz)
+        return raw - 2;
+    constexpr std::size_t map_of_wdl[5] = {1, 3, 0, 2, 0};
+    constexpr int ply_flag[5] = {8, 0, 0, 0, 4};
+    const auto& map = position.maps[map_of_wdl[wdl + 2]];
+    const int value = map.empty() ? raw : map[static_cast<std::size_t>(raw)];
+    return (position.flags & ply_flag[wdl + 2]) != 0 ? value : 2 * value;
 }
 
-// Reads all the files back. Returns how many of their streams have a leading group of men that does
-// not vary fastest.
-static int later_turns_of(std::span<const MadeUpFile> files) {
-    int later_turns = 0;
-    for (const MadeUpFile& file : files) {
-        ReadBack looked_at;
-        expect_all_right(file, &looked_at);
-        later_turns += looked_at.later_turns;
+// The generator's own reader finds these values.
+static bool generator_reads(const tablegen::TableReader& reader, std::size_t stream,
+                            const std::vector<std::uint16_t>& expected) {
+    std::uint64_t index = 0;
+    std::uint64_t wrong = 0;
+    const bool whole = read_values(reader, reader.streams[stream], [&](auto values) {
+        for (const std::uint16_t value : values)
+            wrong += value != expected[expected.size() == 1 ? 0 : index++] ? 1 : 0;
+    });
+    return whole && wrong == 0;
+}
+
+// The engine finds these values, or one in so many of them.
+static void expect_engine_reads(const MadeUpFile& made, std::size_t s, unsigned one_in) {
+    const bool dtz = made.file.kind == FileKind::DTZ;
+    const bool symmetric = tablegen::is_symmetric(made.file.signature);
+    const std::size_t sides = made.file.positions[0].streams.size();
+    if (symmetric && s % sides == 1)
+        return; // nobody asks for the second side of equal sides
+    const tablegen::FilePosition& position = made.file.positions[s / sides];
+    const bool black = dtz ? !symmetric && (position.flags & 1) != 0 : s % sides == 1;
+    const auto numbering = make_numbering(made.file.signature, static_cast<int>(s / sides),
+                                          position.streams[s % sides].order);
+    const std::uint64_t step = made.values[s].size() == 1 ? 1 + numbering.positions / 1000 : one_in;
+    int wrong = 0;
+    for (std::uint64_t index = 0; index < numbering.positions; index += step) {
+        ProbeBoard board = board_at(walk_from(numbering, index));
+        board.white_to_move = black ? 0 : 1;
+        const ProbeBoard seen = index % 2 == 0 ? board : colours_exchanged(board);
+        constexpr int wdls[4] = {2, -2, 1, -1};
+        const int wdl = wdls[index % 4];
+        const int raw = made.values[s][made.values[s].size() == 1 ? 0 : index];
+        const int expected = expected_value(position, dtz, wdl, raw);
+        int success = PROBE_GOOD;
+        const int read = syzygy_probe_table(seen, wdl, success, dtz ? KIND_DTZ : KIND_WDL);
+        if ((success != PROBE_GOOD || read != expected) && wrong++ == 0)
+            ADD_FAILURE() << board_text(seen) << " at " << index << " of stream " << s
+                          << ": expected " << expected << ", read " << read << ", success "
+                          << success;
     }
-    return later_turns;
+    EXPECT_EQ(wrong, 0);
 }
 
-static MadeUpStream stream_of(Values values, int dtz_flags = 0,
-                              const CompressionSettings& how = usual) {
-    return {values, static_cast<std::uint8_t>(dtz_flags), how};
-}
-
-TEST(MadeUpFiles, WdlOfEveryShape) {
-    const MadeUpStream constant = stream_of(Values::CONSTANT);
-    const MadeUpStream short_runs = stream_of(Values::SHORT_RUNS);
-    const MadeUpStream long_runs = stream_of(Values::LONG_RUNS);
-    const MadeUpFile files[] = {
-        // Leading groups of three men and of two; both sides to move, or one for both.
-        {"KQvK", FileKind::WDL, true, {stream_of(Values::NOISE)}, 1},
-        {"KRvK", FileKind::WDL, true, {constant}, 1},
-        {"KRvKR", FileKind::WDL, false, {long_runs}, 1},
-        {"KNvKN", FileKind::WDL, true, {stream_of(Values::LONG_RUNS, 0, dense_index)}, 1},
-        {"KBBvK", FileKind::WDL, true, {stream_of(Values::SHORT_RUNS, 0, sparse_index)}, 1},
-        // Pawns of one side, of both, and constant streams among others.
-        {"KPvK", FileKind::WDL, true, {stream_of(Values::NOISE, 0, sparse_index)}, 1},
-        {"KPPvK", FileKind::WDL, true, {constant, constant, short_runs, long_runs}, 1},
-        {"KNvKP", FileKind::WDL, true, {constant, short_runs, constant}, 1},
-        {"KPvKP", FileKind::WDL, false, {short_runs, constant, constant, long_runs}, 1},
-    };
-    EXPECT_GE(later_turns_of(files), 3);
-}
-
-TEST(MadeUpFiles, DtzOfEveryShape) {
-    const MadeUpFile files[] = {
-        {"KQvK", FileKind::DTZ, false, {stream_of(Values::NOISE)}, 1},
-        {"KRvK", FileKind::DTZ, false, {stream_of(Values::SHORT_RUNS, BLACK_TO_MOVE)}, 1},
-        {"KBvK", FileKind::DTZ, false, {stream_of(Values::CONSTANT, MAPPED)}, 1},
-        {"KNvK", FileKind::DTZ, false, {stream_of(Values::CONSTANT, BLACK_TO_MOVE)}, 1},
-        {"KQvKR",
-         FileKind::DTZ,
-         false,
-         {stream_of(Values::SHORT_RUNS, MAPPED | WIDE_MAPS | WINS_IN_PLIES)},
-         1},
-        {"KQQvK", FileKind::DTZ, false, {stream_of(Values::NOISE, MAPPED, dense_index)}, 1},
-        // Maps of both widths in one file, and streams without any.
-        {"KPvK",
-         FileKind::DTZ,
-         false,
-         {stream_of(Values::NOISE, MAPPED | LOSSES_IN_PLIES),
-          stream_of(Values::NOISE, MAPPED | WIDE_MAPS), stream_of(Values::NOISE, WINS_IN_PLIES),
-          stream_of(Values::NOISE, MAPPED)},
-         1},
-        {"KRvKP",
-         FileKind::DTZ,
-         false,
-         {stream_of(Values::CONSTANT, BLACK_TO_MOVE),
-          stream_of(Values::CONSTANT, MAPPED | BLACK_TO_MOVE),
-          stream_of(Values::SHORT_RUNS,
-                    MAPPED | WIDE_MAPS | WINS_IN_PLIES | LOSSES_IN_PLIES | BLACK_TO_MOVE),
-          stream_of(Values::CONSTANT, LOSSES_IN_PLIES | BLACK_TO_MOVE)},
-         1},
-    };
-    EXPECT_GE(later_turns_of(files), 3);
-}
-
-TEST(MadeUpFiles, LongCodesAndLongWalks) {
-    ReadBack looked_at;
-    expect_all_right({"KQvKR", FileKind::DTZ, false, {{Values::SKEWED, 0, no_pairs}}, 1},
-                     &looked_at);
-    EXPECT_GE(looked_at.longest_code, 18);
-    expect_all_right({"KBBvK", FileKind::WDL, true, {{Values::NOISE, 0, sparse_index}}, 1},
-                     &looked_at);
-    EXPECT_GE(looked_at.blocks, 1000U);
-    EXPECT_GE(looked_at.walks_back, 6U);
-    EXPECT_GE(looked_at.walks_on, 6U);
-}
-
-TEST(MadeUpFiles, MoreMen) {
-    // Streams that would hold hundreds of millions of values are constant.
-    const MadeUpStream constant{Values::CONSTANT, 0, usual};
-    const MadeUpStream runs{Values::SHORT_RUNS, 0, usual};
-    const MadeUpFile files[] = {
-        {"KPPPvK", FileKind::WDL, true, {constant, constant, constant, runs}, 1},
-        {"KPPPPvK", FileKind::DTZ, false, {constant, constant, constant, runs}, 1},
-        {"KQRvKBN", FileKind::WDL, true, {constant}, 1},
-        {"KQQvKRR", FileKind::DTZ, false, {constant}, 1},
-        {"KPPvKPP", FileKind::WDL, false, {constant}, 1},
-    };
-    for (const MadeUpFile& file : files)
-        expect_all_right(file);
+TEST(MadeUpFiles, BothReadersFindEachValueAtItsPlace) {
+    // Leading groups of three men and of two, pawns of one side and of both, equal sides.
+    std::vector<std::string> names = {"KQvK", "KPvK", "KRvK", "KPvK", "KBBvK", "KPvKP"};
+    if (ALL_POSITIONS)
+        for (const char* const name : {"KRvKR", "KNvKP", "KPPvK", "KQvKR", "KRvKP", "KRRRvK",
+                                       "KRRvKB", "KPPvKN", "KPPvKP", "KPPPPvK", "KPPPPPvK"})
+            names.emplace_back(name);
+    std::mt19937_64 random(1);
+    for (std::size_t i = 0; i < (ALL_POSITIONS ? VALUES_COUNT : 10) * names.size(); ++i) {
+        const std::string& name = names[i % names.size()];
+        const FileKind kind = random() % 2 == 0 ? FileKind::WDL : FileKind::DTZ;
+        SCOPED_TRACE(name + extension_of(kind) + " " + std::to_string(i));
+        const MadeUpFile made =
+            make_up(name, kind, static_cast<Values>(i / names.size() % VALUES_COUNT), random);
+        const TemporaryDirectory directory;
+        directory.write(name + ".rtbw", bytes_of(constant_table(name, {0, 0})));
+        const std::string path = directory.write(name + extension_of(kind), bytes_of(made.file));
+        syzygy_init(directory.path.c_str());
+        tablegen::TableReader reader;
+        ASSERT_EQ(open_table(path, made.file.signature, kind, reader), "");
+        for (std::size_t s = 0; s < made.values.size(); ++s) {
+            EXPECT_TRUE(generator_reads(reader, s, made.values[s])) << s;
+            expect_engine_reads(made, s, ALL_POSITIONS ? 1 : 17);
+        }
+    }
+    syzygy_init("");
 }
 
 } // namespace brindlemoth

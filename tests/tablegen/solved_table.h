@@ -1,5 +1,5 @@
-// Solved endgames with all their distances, and what they are held against: the engine's probes of
-// table files.
+// Solved endgames with all their distances, and what they are held against: the moves of each
+// position, and the engine's probes of table files.
 #pragma once
 
 #include "file/table_file.h"
@@ -7,6 +7,7 @@
 #include "tablebase/probe_board.h"
 
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <string>
 #include <vector>
@@ -15,6 +16,8 @@ namespace brindlemoth {
 
 struct SolvedTable {
     std::vector<tablegen::Part> parts;
+
+    const tablegen::Layout& layout() const { return parts[0].table.layout; }
 };
 
 // Endgames with what they convert into.
@@ -25,28 +28,31 @@ struct SolvedSet {
 };
 
 // Solves a signature and all that it converts into, as far as the set has them not.
-const SolvedTable& solve_into(SolvedSet& set, const std::string& name, int threads = 2);
+const SolvedTable& solve_into(SolvedSet& set, const std::string& name, int threads = 3);
 
-// The cell of a placement in the slots of the table's layout.
-tablegen::Cell cell_at(const SolvedTable& table, const tablegen::Placement& placement,
-                       tablegen::Side side);
+// The same in a set that all tests share.
+SolvedSet& shared_set();
+const SolvedTable& solved_table(const std::string& name);
 
-// That of a board that has the table's first-named side as white.
+// The cell of a board that has the table's first-named side as white.
 tablegen::Cell cell_of_board(const SolvedTable& table, const ProbeBoard& board);
 
-// Makes a file of a table, and writes both.
-tablegen::TableFile make_file(const SolvedTable& table, tablegen::FileKind kind);
+// The distance of a board, in a set that has its table, by the best of its moves.
+int distance_by_moves(const SolvedSet& set, const ProbeBoard& board);
+
+// Visits the legal positions of one in so many words, drawn at random, with their cells.
+void for_positions(const SolvedTable& table, unsigned one_in,
+                   const std::function<void(const ProbeBoard&, tablegen::Cell)>& visit);
+
+// Writes the two files of a table.
 void write_files(const SolvedTable& table, const std::string& directory);
 
-struct Comparison {
-    std::uint64_t positions = 0;
-    std::uint64_t wrong_wdl = 0;
-    std::uint64_t wrong_dtz = 0;
-    std::string first_wrong;
-};
+// Probes positions of a shared table, one word in so many, in the directory that syzygy_init() was
+// given, and returns the number of wrong answers. Those in which a pawn can be captured en passant
+// are judged by their moves. A distance may come out one ply short, as a stream may count moves.
+int wrong_answers(const std::string& name, unsigned one_in, std::string& first_wrong);
 
-// Probes legal positions of the table's signature, one in so many or all, in the directory that
-// syzygy_init() was given. A distance may come out one ply short, as a stream may count moves.
-Comparison compare_with_engine(const SolvedTable& table, unsigned one_in);
+// Expects none.
+void expect_engine_agrees(const std::string& name, unsigned one_in);
 
 } // namespace brindlemoth
