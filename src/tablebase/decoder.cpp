@@ -12,12 +12,9 @@ struct BlockPlace {
     std::int64_t value; // negative if there is no such place
 };
 
-// The walk from an index entry goes over a few blocks, eighty at the most in the tables of up to
-// four men. A damaged file does not get more than this many, either way.
-constexpr std::uint64_t MAX_WALK = 65536;
-
 // The index entry describes the middle of the stretch of values that it serves, and the walk over
-// the block lengths goes from there, either way.
+// the block lengths goes from there, either way: over eighty blocks at the most in the tables of up
+// to four men.
 BlockPlace find_block(const CompressedStream& stream, std::uint64_t index) {
     const std::uint64_t entry_number = index >> stream.index_bits;
     if (entry_number >= stream.index_count)
@@ -33,16 +30,14 @@ BlockPlace find_block(const CompressedStream& stream, std::uint64_t index) {
     };
     if (block > stream.block_length_count)
         return {0, -1};
-    const std::uint64_t first = block - std::min(block, MAX_WALK);
-    const std::uint64_t end = std::min(stream.block_length_count, block + MAX_WALK);
     while (value < 0) {
-        if (block == first)
+        if (block == 0)
             return {0, -1};
         --block;
         value += last_value(block) + 1;
     }
     while (true) {
-        if (block >= end)
+        if (block == stream.block_length_count)
             return {0, -1};
         const std::int64_t last = last_value(block);
         if (value <= last)
@@ -73,13 +68,13 @@ const std::uint8_t* syzygy_decode(const CompressedStream& stream, std::uint64_t 
     if (stream.index_bits == 0)
         return stream.constant_value;
     const BlockPlace place = find_block(stream, index);
-    if (place.value < 0)
+    std::int64_t left = stream.view_end - stream.blocks; // bytes up to the end of the file
+    if (place.value < 0 || place.block > static_cast<std::uint64_t>(left) >> stream.block_size_log2)
         return nullptr;
 
     // Read codes until the symbol that holds the value.
     auto value = static_cast<std::int32_t>(place.value);
-    std::int64_t left = stream.view_end - stream.blocks -
-                        static_cast<std::int64_t>(place.block << stream.block_size_log2);
+    left -= static_cast<std::int64_t>(place.block << stream.block_size_log2);
     std::uint64_t code = next_word(stream, left) << 32;
     code |= next_word(stream, left);
     int bits_used = 0;
