@@ -16,6 +16,7 @@ constexpr int SIFTED_LINE_SIZE = 64; // with the terminator
 char buffer[BUFFER_SIZE];
 int buffer_begin;
 int buffer_end;
+int buffer_sifted; // what is in front of it was shown by sift_lines()
 bool input_ended;
 
 // Reads once into the free part of the buffer, waiting if nothing is there.
@@ -24,6 +25,7 @@ void fill_buffer() {
         std::memmove(buffer, buffer + buffer_begin,
                      static_cast<std::size_t>(buffer_end - buffer_begin));
         buffer_end -= buffer_begin;
+        buffer_sifted = std::max(buffer_sifted - buffer_begin, 0);
         buffer_begin = 0;
     }
     const int received = read_input(buffer + buffer_end, BUFFER_SIZE - buffer_end);
@@ -80,28 +82,30 @@ bool poll_line(char* line, int capacity) {
 void sift_lines(bool (*act)(const char* line)) {
     while (!input_ended && buffer_end - buffer_begin < BUFFER_SIZE && input_waiting())
         fill_buffer();
-    int kept_end = buffer_begin; // what is kept closes up behind the last line that was kept
-    for (int begin = buffer_begin; begin < buffer_end;) {
+    int begin = std::max(buffer_begin, buffer_sifted);
+    int kept_end = begin; // what is kept closes up behind the last line that was kept
+    while (begin < buffer_end) {
         const char* const start = buffer + begin;
         const int available = buffer_end - begin;
         const void* const newline = std::memchr(start, '\n', static_cast<std::size_t>(available));
-        const bool finished = newline != nullptr || input_ended;
+        if (newline == nullptr && !input_ended)
+            break;
         const int length = newline == nullptr
                                ? available
                                : static_cast<int>(static_cast<const char*>(newline) - start) + 1;
-        char line[SIFTED_LINE_SIZE];
-        bool taken = false;
-        if (finished && length < SIFTED_LINE_SIZE) {
-            copy_line(line, start, length);
-            taken = act(line);
-        }
-        if (!taken) {
-            std::memmove(buffer + kept_end, start, static_cast<std::size_t>(length));
-            kept_end += length;
-        }
         begin += length;
+        char line[SIFTED_LINE_SIZE];
+        if (length < SIFTED_LINE_SIZE) {
+            copy_line(line, start, length);
+            if (act(line))
+                continue;
+        }
+        std::memmove(buffer + kept_end, start, static_cast<std::size_t>(length));
+        kept_end += length;
     }
-    buffer_end = kept_end;
+    buffer_sifted = kept_end;
+    std::memmove(buffer + kept_end, buffer + begin, static_cast<std::size_t>(buffer_end - begin));
+    buffer_end -= begin - kept_end;
 }
 
 } // namespace brindlemoth

@@ -10,7 +10,7 @@ namespace {
 // A console holds every key and mouse event; a read of it waits for a whole line. So the events
 // are looked through for the key that ends one.
 bool console_has_line(HANDLE console) {
-    constexpr DWORD MOST_EVENTS = 4096; // what a line of input can take, twice over
+    constexpr DWORD MOST_EVENTS = 2048; // older consoles tell no more than 64 KiB of them at once
     static INPUT_RECORD events[MOST_EVENTS];
     DWORD count = 0;
     if (!PeekConsoleInputA(console, events, MOST_EVENTS, &count))

@@ -143,7 +143,7 @@ void print_info(int depth, int line_index, int score, const Move* pv, int pv_len
     const std::uint64_t nps =
         elapsed > 0 ? node_count * 1000 / static_cast<std::uint64_t>(elapsed) : 0;
 
-    // The whole line goes out in one print: replies to polled input may stand between lines, never
+    // The whole line goes out in one write: replies to polled input may stand between lines, never
     // inside one.
     char line[256 + MAX_PLY * 6];
     char* out = line;

@@ -167,12 +167,19 @@ TEST(SearchInput, FileIsReadOnDuringTheSearch) {
             << row.text;
 }
 
-TEST(SearchInput, BenchLosesOnlyTheSearchThatIsStopped) {
-    const Lines lines = answer_file("bench 6\nstop\nuci\n");
-    EXPECT_EQ(count_beginning(lines, "bestmove"), 5);
-    EXPECT_EQ(count_beginning(lines, "info depth 1 "), 5);
-    EXPECT_EQ(count_beginning(lines, "info depth 6 "), 4);
-    EXPECT_EQ(lines.back(), "uciok");
+// Also where the word has to wait behind a full ring.
+TEST(SearchInput, OnlyOneSearchIsStopped) {
+    std::string sixteen;
+    for (int i = 0; i < 16; ++i)
+        sixteen += "d\n";
+    for (const std::string& text : {"bench 6\nstop\n" + sixteen, "bench 6\n" + sixteen + "quit\n",
+                                    "go infinite\ngo depth 6\n" + sixteen + "quit\n"}) {
+        const Lines lines = answer_file(text);
+        const bool bench = text[0] == 'b';
+        EXPECT_EQ(count_beginning(lines, "bestmove"), bench ? 5 : 2) << text;
+        EXPECT_EQ(count_beginning(lines, "info depth 6 "), bench ? 4 : 1) << text;
+        EXPECT_EQ(count_beginning(lines, "Side:"), 16) << text;
+    }
 }
 
 } // namespace
