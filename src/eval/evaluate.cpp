@@ -65,12 +65,29 @@ Score sum_of_terms(const Position& position) {
     return sum;
 }
 
+// Which man stands on each square, so that equal placements are equal boards.
+struct Placement {
+    Bitboard not_white; // an empty slot, all zeros, stands for no board
+    Bitboard types[3];  // the bits of the type, counted from 1
+    bool operator==(const Placement&) const = default;
+};
+
+Placement placement_of(const Position& position) {
+    Bitboard men[KING + 1];
+    for (int type = PAWN; type <= KING; ++type)
+        men[type] = position.pieces[WHITE][type] | position.pieces[BLACK][type];
+    return {~position.occupied[WHITE],
+            {men[PAWN] | men[BISHOP] | men[QUEEN], men[KNIGHT] | men[BISHOP] | men[KING],
+             men[ROOK] | men[QUEEN] | men[KING]}};
+}
+
 // What tapers, in centipawns, White minus Black, where nothing but the tempo comes to it: both
-// kings are there and no ending is known, so that it is the same for either side to move. Kept by
-// the key without the side, it serves again after a null move. The key says nothing of Style, but
-// where the sum of placement is the same, Style makes no difference.
+// kings are there and no ending is known, so that it is the same for either side to move. Found by
+// the key without the side, it serves again after a null move. The whole placement is compared,
+// since boards can be made up whose keys are equal. It says nothing of Style, but where the sum of
+// the squares is the same, Style makes no difference.
 struct Balance {
-    Key key; // complemented: an empty slot stands for no board, least of all for the empty one
+    Placement placement;
     Score psq;
     int value;
 };
@@ -81,7 +98,7 @@ constexpr int BALANCE_CACHE_SIZE = 1 << 13;
 Balance balance_cache[BALANCE_CACHE_SIZE];
 
 // From White's point of view. Fills the slot if it can be of use again.
-int evaluate_anew(const Position& position, Key key, Balance& slot) {
+int evaluate_anew(const Position& position, Balance& slot) {
     if (position.pieces[WHITE][KING] == 0 || position.pieces[BLACK][KING] == 0)
         return 0;
     const Score sum = sum_of_terms(position);
@@ -90,7 +107,7 @@ int evaluate_anew(const Position& position, Key key, Balance& slot) {
         (mg_value(sum) * phase + eg_value(sum) * (MAX_GAME_PHASE - phase)) / MAX_GAME_PHASE;
     int value = balance + tempo_of(position);
     if (!is_known_ending(position, phase)) {
-        slot = {~key, position.psq, balance};
+        slot = {placement_of(position), position.psq, balance};
         return value;
     }
     if (dead_material(position))
@@ -114,9 +131,8 @@ int game_phase(const Position& position) {
 int evaluate(const Position& position) {
     const Key key = position.side == WHITE ? position.key : position.key ^ side_key;
     Balance& slot = balance_cache[key & (BALANCE_CACHE_SIZE - 1)];
-    const int value = slot.key == ~key && slot.psq == position.psq
-                          ? slot.value + tempo_of(position)
-                          : evaluate_anew(position, key, slot);
+    const bool kept = slot.psq == position.psq && slot.placement == placement_of(position);
+    const int value = kept ? slot.value + tempo_of(position) : evaluate_anew(position, slot);
     return position.side == WHITE ? value : -value;
 }
 

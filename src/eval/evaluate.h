@@ -23,7 +23,8 @@ constexpr int MAX_GAME_PHASE = 24;
 int game_phase(const Position& position);
 
 // The value of the position in centipawns for the side to move; 0 when a side has no king.
-// Reads the pieces, side, psq and pawn_key. The position is unchanged afterwards.
+// Reads the pieces, side, psq and pawn_key; key says where a value from before may be kept. The
+// position is unchanged afterwards.
 int evaluate(const Position& position);
 
 // Prints the main terms from White's point of view, then the result of evaluate().

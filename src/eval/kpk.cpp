@@ -76,14 +76,17 @@ void solve_pawn(PawnWins wins[], int pawn) {
     }
 }
 
-// The squares won are among the legal ones; from the others of these the weak side holds for ever.
-void store_entries(int strong_king, int weak_to_move, int pawn, Bitboard legal, Bitboard won) {
-    for (int weak_king = 0; weak_king < SQUARE_COUNT; ++weak_king) {
-        std::uint8_t& entry = kpk_table[kpk_index(strong_king, weak_king, weak_to_move, pawn)];
-        entry = KPK_INVALID;
-        if ((legal & square_bit(weak_king)) != 0)
-            entry = (won & square_bit(weak_king)) != 0 ? KPK_WIN : KPK_DRAW;
-    }
+// The entry of one position, once the pawn is solved. From a square where the weak king may stand
+// and does not lose it holds for ever.
+std::uint8_t kpk_classify(const PawnWins& wins, int strong_king, int weak_king, int weak_to_move,
+                          int pawn) {
+    const Bitboard king = square_bit(weak_king);
+    // In check out of turn is no position of the game.
+    const Bitboard attacked = weak_to_move != 0 ? 0 : pawn_attacks[WHITE][pawn];
+    if ((weak_king_squares(strong_king, pawn) & ~attacked & king) == 0)
+        return KPK_INVALID;
+    const Bitboard* const won = weak_to_move != 0 ? wins.weak_to_move : wins.strong_to_move;
+    return (won[strong_king] & king) != 0 ? KPK_WIN : KPK_DRAW;
 }
 
 } // namespace
@@ -94,12 +97,12 @@ void kpk_init() {
         for (int file = 0; file < 4; ++file) {
             const int pawn = make_square(file, rank);
             solve_pawn(wins, pawn);
-            for (int king = 0; king < SQUARE_COUNT; ++king) {
-                const Bitboard legal = weak_king_squares(king, pawn);
-                // In check out of turn is no position of the game.
-                store_entries(king, 0, pawn, legal & ~pawn_attacks[WHITE][pawn],
-                              wins[pawn].strong_to_move[king]);
-                store_entries(king, 1, pawn, legal, wins[pawn].weak_to_move[king]);
+            for (int kings = 0; kings < SQUARE_COUNT * SQUARE_COUNT; ++kings) {
+                const int strong_king = kings % SQUARE_COUNT;
+                const int weak_king = kings / SQUARE_COUNT;
+                for (int weak_to_move = 0; weak_to_move < 2; ++weak_to_move)
+                    kpk_table[kpk_index(strong_king, weak_king, weak_to_move, pawn)] =
+                        kpk_classify(wins[pawn], strong_king, weak_king, weak_to_move, pawn);
             }
         }
     }

@@ -110,6 +110,16 @@ TEST(Evaluate, MirroredPositionsDifferByOneAtMost) {
     EXPECT_GT(compared, 4000);
 }
 
+// Boards can be made up that agree in key and placement sum.
+TEST(Evaluate, EqualKeysAreNoEqualBoards) {
+    const Position one = position_from("b2n2k1/4pb2/3pRp2/P1p2p2/Q5p1/3p3P/p6P/5BK1 w - - 0 1");
+    const Position two = position_from("1r2b1kQ/1p6/6p1/1n4p1/8/2P5/2P1P3/1B1nB1K1 w - - 0 1");
+    ASSERT_EQ(one.key, two.key);
+    ASSERT_EQ(one.psq, two.psq);
+    EXPECT_EQ(evaluate(one), -303);
+    EXPECT_EQ(evaluate(two), 154);
+}
+
 // Black to move has a rook on an open file and two bishops. The negative middle-game half of a
 // score takes one from its end game, which a half that is turned afterwards does not.
 TEST(EvalTrace, Lines) {
