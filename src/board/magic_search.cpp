@@ -52,9 +52,12 @@ Jump lane_jump() {
     return jump;
 }
 
+// Of the generator, behind the block of candidates drawn last. Never reset, so that all searches
+// share one stream.
+std::uint64_t magic_rng_state = STREAM_SEED;
+
 // A stretch of the stream of candidates.
 struct CandidateBlock {
-    std::uint64_t last_state = STREAM_SEED;
     const Bitboard* next = candidates + BLOCK_SIZE;
     Bitboard candidates[BLOCK_SIZE];
 };
@@ -67,7 +70,7 @@ void refill(CandidateBlock& block) {
     static std::uint64_t third[BLOCK_SIZE + LANES];
 
     // Each lane begins where the one before it ends.
-    third[0] = block.last_state;
+    third[0] = magic_rng_state;
     for (int lane = 1; lane < LANES; ++lane)
         third[lane] = jump_ahead(jump, third[lane - 1]);
     for (int row = 0; row < BLOCK_SIZE; row += LANES) {
@@ -77,7 +80,7 @@ void refill(CandidateBlock& block) {
             third[i + LANES] = next_state(second[i]);
         }
     }
-    block.last_state = third[BLOCK_SIZE + LANES - 1];
+    magic_rng_state = third[BLOCK_SIZE + LANES - 1];
 
     // Back in the order of the stream. Three outputs are ANDed, so that few bits are set.
     Bitboard* out = block.candidates;
