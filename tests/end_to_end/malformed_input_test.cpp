@@ -48,8 +48,8 @@ std::string malformed_fen(Random& random) {
     return damaged(random, random() % 2 == 0 ? sound : strewn_fen(random, men));
 }
 
-// The first iteration cannot be interrupted, and its exchanges have no bound on a board full of
-// officers of both colours: such a board is not searched.
+// Exchanges have no bound on a board full of officers of both colours: such a board takes a million
+// nodes before a search of it ends.
 bool may_be_searched(const Position& position) {
     constexpr int MOST_OFFICERS = 18;
     const Bitboard pawns = position.pieces[WHITE][PAWN] | position.pieces[BLACK][PAWN];

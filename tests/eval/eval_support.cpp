@@ -3,13 +3,11 @@
 #include "support/support.h"
 
 #include <random>
-#include <string_view>
 
 namespace brindlemoth {
 
 namespace {
 
-constexpr std::string_view LETTERS = "PNBRQKpnbrqk";
 constexpr const char* EMPTY_BOARD =
     "11111111/11111111/11111111/11111111/11111111/11111111/11111111/11111111";
 constexpr const char* REST_OF_FEN[2] = {" w - - 0 1", " b - - 0 1"};
@@ -20,14 +18,6 @@ char& at(std::string& fen, int square) {
 }
 
 } // namespace
-
-Position mirrored(const Position& position) {
-    std::string fen = std::string(EMPTY_BOARD) + REST_OF_FEN[position.side ^ 1];
-    for (int square = 0; square < SQUARE_COUNT; ++square)
-        if (const int piece = position.board[square]; piece != EMPTY_SQUARE)
-            at(fen, flip_rank(square)) = LETTERS[static_cast<std::size_t>((piece + 6) % 12)];
-    return position_from(fen);
-}
 
 void for_random_placements(int count, const std::string& men, int max_others,
                            const std::function<void(Position&)>& visit) {

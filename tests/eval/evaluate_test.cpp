@@ -7,7 +7,6 @@
 #include "eval_support.h"
 #include "support/support.h"
 
-#include <cstdlib>
 #include <gtest/gtest.h>
 
 namespace brindlemoth {
@@ -88,26 +87,6 @@ TEST(PackedScore, HalvesKeepTheBorrow) {
     EXPECT_EQ(mg_value(S(-1, 0)), -1);
     EXPECT_EQ(eg_value(S(0, -1)), -1);
     EXPECT_EQ(S(-35, 12) + S(82, 94), S(47, 106));
-}
-
-TEST(Evaluate, MirroredPositionsDifferByOneAtMost) {
-    int compared = 0;
-    const auto compare = [&](Position& position) {
-        const Position mirror = mirrored(position);
-        ASSERT_EQ(mirror.psq, -position.psq);
-        ASSERT_EQ(evaluate_pawns(position), -evaluate_pawns(mirror));
-        ASSERT_EQ(endgame_bonus(position), -endgame_bonus(mirror));
-        ASSERT_EQ(endgame_scale(position, 1), endgame_scale(mirror, -1));
-        // King danger tells several queens apart by their squares, and is no mirror image then.
-        if (more_than_one(position.pieces[WHITE][QUEEN]) ||
-            more_than_one(position.pieces[BLACK][QUEEN]))
-            return;
-        ++compared;
-        ASSERT_LE(std::abs(evaluate(position) - evaluate(mirror)), 1);
-    };
-    for (const int men : {3, 16})
-        for_random_placements(3000, "", men, compare);
-    EXPECT_GT(compared, 4000);
 }
 
 // Boards can be made up that agree in key and placement sum.
