@@ -15,9 +15,10 @@ bool read_line(char* line, int capacity);
 // Takes a line that is there in full, without waiting for more. False when there is none.
 bool poll_line(char* line, int capacity);
 
-// Shows act() every line that is there in full and was not shown before, the oldest first, and takes
-// out those for which it says true; the others stay for the two above. Reads what has arrived, without waiting, as far as
-// the buffer has room. Lines too long to be a word are left out.
+// Shows act() every line that is there in full and was not shown before, the oldest first, and
+// takes out those for which it says true; the others stay for the two above. Reads what has
+// arrived, without waiting, as far as the buffer has room. Lines too long to be a word are left
+// out.
 void sift_lines(bool (*act)(const char* line));
 
 } // namespace brindlemoth
