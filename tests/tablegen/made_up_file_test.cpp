@@ -71,7 +71,7 @@ static MadeUpFile make_up(const std::string& name, FileKind kind, Values values,
         const bool mapped = (position.flags & tablegen::DTZ_MAPPED) != 0;
         const bool wide = (position.flags & tablegen::DTZ_WIDE_MAPS) != 0;
         for (auto& map : position.maps) {
-            map.resize(!mapped ? 0 : wide ? DTZ_VALUES : 255);
+            map.resize(!mapped ? 0 : wide ? DTZ_VALUES : 254 + random() % 2);
             for (std::uint16_t& entry : map)
                 entry = static_cast<std::uint16_t>(random() % (wide ? 65536 : 256));
         }
@@ -80,9 +80,10 @@ static MadeUpFile make_up(const std::string& name, FileKind kind, Values values,
             stream.order = orders[random() % orders.size()];
             const auto numbering = make_numbering(signature, static_cast<int>(t), stream.order);
             // Of a big file with pawns file d, which has the fewest positions, has to do.
-            const bool constant = values == CONSTANT || (numbering.positions > 100000 &&
-                                                         t < made.file.positions.size() - 1);
-            const int choices = !dtz ? WDL_VALUES : mapped ? 255 : DTZ_VALUES;
+            const bool constant =
+                values == CONSTANT || numbering.positions > 10'000'000 ||
+                (numbering.positions > 100'000 && t < made.file.positions.size() - 1);
+            const int choices = !dtz ? WDL_VALUES : mapped ? 254 : DTZ_VALUES;
             made.values.push_back(constant
                                       ? make_values(NOISE, 1, dtz ? 1 : WDL_VALUES, random)
                                       : make_values(values, numbering.positions,
@@ -127,7 +128,8 @@ static void expect_engine_reads(const MadeUpFile& made, std::size_t s, unsigned 
     const bool black = dtz ? !symmetric && (position.flags & 1) != 0 : s % sides == 1;
     const auto numbering = make_numbering(made.file.signature, static_cast<int>(s / sides),
                                           position.streams[s % sides].order);
-    const std::uint64_t step = made.values[s].size() == 1 ? 1 + numbering.positions / 1000 : one_in;
+    const std::uint64_t step = made.values[s].size() == 1 ? 1 + numbering.positions / 1000
+                                                          : one_in + numbering.positions / 100'000;
     int wrong = 0;
     for (std::uint64_t index = 0; index < numbering.positions; index += step) {
         ProbeBoard board = board_at(walk_from(numbering, index));
