@@ -107,13 +107,17 @@ unsigned long last_file_error() {
 
 } // namespace brindlemoth
 
+static bool memory_is_left() {
+    if (brindlemoth::allocations_left == 0)
+        return false;
+    brindlemoth::allocations_left -= brindlemoth::allocations_left > 0 ? 1 : 0;
+    return true;
+}
+
 // The engine asks for memory by these forms alone, the tests and their library by the others.
 void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
-    if (brindlemoth::allocations_left == 0)
-        return nullptr;
-    brindlemoth::allocations_left -= brindlemoth::allocations_left > 0 ? 1 : 0;
-    return operator new(size);
+    return memory_is_left() ? operator new(size) : nullptr;
 }
 void* operator new[](std::size_t size, const std::nothrow_t&) noexcept {
-    return operator new(size, std::nothrow);
+    return memory_is_left() ? operator new[](size) : nullptr;
 }
