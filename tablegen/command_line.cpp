@@ -8,6 +8,8 @@
 
 namespace brindlemoth::tablegen {
 
+const char* const version_text = "tablegen " BRINDLEMOTH_VERSION "\n";
+
 const char* const help_text =
     "Usage: tablegen --men 3|4|5 --out DIR\n"
     "       tablegen SIGNATURE... --out DIR\n"
@@ -22,6 +24,7 @@ const char* const help_text =
     "                 afresh\n"
     "  --threads N    how many threads to work with; as many as the machine has by default\n"
     "  --help         this text\n"
+    "  --version      the version of the program\n"
     "\n"
     "Tables that are there and whole are skipped. A table gets its name only when it is\n"
     "complete. Exit status: 0 when all is done and right, 1 otherwise.\n";
@@ -65,6 +68,11 @@ CommandLine read_command_line(const std::vector<std::string>& arguments) {
         const std::string& word = arguments[i];
         if (word == "--help" || word == "-h")
             return {};
+        if (word == "--version") {
+            line.task = Task::VERSION;
+            line.problem = arguments.size() > 1 ? "--version goes with nothing else" : "";
+            return line;
+        }
         if (word.empty() || word[0] != '-') {
             add_signature(line, word);
             continue;

@@ -8,7 +8,7 @@
 
 namespace brindlemoth::tablegen {
 
-enum class Task { HELP, MAKE, VERIFY };
+enum class Task { HELP, VERSION, MAKE, VERIFY };
 
 struct CommandLine {
     Task task = Task::HELP;
@@ -21,5 +21,6 @@ struct CommandLine {
 CommandLine read_command_line(const std::vector<std::string>& arguments);
 
 extern const char* const help_text;
+extern const char* const version_text;
 
 } // namespace brindlemoth::tablegen

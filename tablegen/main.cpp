@@ -33,6 +33,9 @@ static int run(const CommandLine& line) {
         return make_tables(line);
     case Task::VERIFY:
         return verify_tables(line);
+    case Task::VERSION:
+        std::fputs(version_text, stdout);
+        return 0;
     default:
         std::fputs(help_text, stdout);
         return 0;

@@ -124,6 +124,7 @@ TEST(TablegenProgram, SaysWhatIsWrongInOneLine) {
         {"--frobnicate", "unknown option"},
         {"KQvK --out " + directory.path + " --out " + directory.path, "more than one --out"},
         {"--verify " + directory.path + " --verify " + file, "more than one --verify"},
+        {"KQvK --version", "nothing else"},
         {"--men 3 --verify " + directory.path, "nothing else"},
         {"--verify " + directory.path, "no tables"},
         {"--verify " + directory.path + "/none", "cannot read directory"},
