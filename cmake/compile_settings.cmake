@@ -9,8 +9,15 @@ target_compile_options(brindlemoth_settings INTERFACE
 # The portable x86-64 build needs nothing newer than the population count.
 if(BRINDLEMOTH_NATIVE)
   target_compile_options(brindlemoth_settings INTERFACE -march=native)
+elseif(BRINDLEMOTH_MARCH)
+  target_compile_options(brindlemoth_settings INTERFACE -march=${BRINDLEMOTH_MARCH})
 elseif(CMAKE_SYSTEM_PROCESSOR MATCHES "^(x86_64|AMD64)$")
   target_compile_options(brindlemoth_settings INTERFACE -mpopcnt)
+endif()
+
+# A program for Windows is one file.
+if(MINGW)
+  target_link_options(brindlemoth_settings INTERFACE -static)
 endif()
 
 if(BRINDLEMOTH_SANITIZE)

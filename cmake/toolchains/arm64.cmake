@@ -1,0 +1,14 @@
+# 64-bit ARM Linux from another machine.
+set(CMAKE_SYSTEM_NAME Linux)
+set(CMAKE_SYSTEM_PROCESSOR aarch64)
+set(machine aarch64-linux-gnu)
+set(CMAKE_C_COMPILER ${machine}-gcc)
+set(CMAKE_CXX_COMPILER ${machine}-g++)
+
+set(CMAKE_FIND_ROOT_PATH /usr/${machine})
+set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
+set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
+set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
+set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
+
+set(CMAKE_CROSSCOMPILING_EMULATOR qemu-aarch64 -L /usr/${machine})
