@@ -30,13 +30,10 @@ std::uint64_t big_endian(const unsigned char* bytes, int size) {
 // The file's size in bytes when it is that of a book: whole records, at least one, and within
 // 32 signed bits. Otherwise 0.
 int book_file_size(std::FILE* file) {
-    if (std::fseek(file, 0, SEEK_END) != 0)
-        return 0;
-    const std::int64_t size = std::ftell(file);
-    if (size < RECORD_SIZE || size % RECORD_SIZE != 0 || size > std::numeric_limits<int>::max() ||
-        std::fseek(file, 0, SEEK_SET) != 0)
-        return 0;
-    return static_cast<int>(size);
+    const std::int64_t size = regular_file_size(file);
+    const bool is_book =
+        size >= RECORD_SIZE && size % RECORD_SIZE == 0 && size <= std::numeric_limits<int>::max();
+    return is_book ? static_cast<int>(size) : 0;
 }
 
 // The whole file in a buffer that the caller deletes, and its size; nullptr when it is no book,
@@ -86,7 +83,7 @@ bool book_load(const char* path) {
     delete[] buffer;
     book_entry_count = count;
     own_book = true;
-    // The only seeding in the program; book_probe() is the only caller of rand().
+    // The only seeding in the program; book_probe.cpp is the only caller of rand().
     std::srand(static_cast<unsigned>(std::time(nullptr)));
     return true;
 }

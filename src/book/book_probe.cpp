@@ -39,6 +39,15 @@ int first_entry(std::uint64_t key) {
     return -1;
 }
 
+// A random number that is not negative, of 30 bits at least: some libraries draw 15 at a time.
+int random_number() {
+    const int low = std::rand();
+    if constexpr (RAND_MAX < 1 << 15)
+        return low | std::rand() << 15;
+    else
+        return low;
+}
+
 // A random one among the moves that stand for the key from `first` on, by their weights, in the
 // book's layout. False when all weights are 0.
 bool choose_move(int first, std::uint64_t key, int& chosen) {
@@ -56,7 +65,7 @@ bool choose_move(int first, std::uint64_t key, int& chosen) {
     }
     if (total == 0)
         return false;
-    const int pick = std::rand() % total;
+    const int pick = random_number() % total;
     int running = 0;
     for (int i = 0; i < count; ++i) {
         running += weights[i];

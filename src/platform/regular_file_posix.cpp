@@ -20,4 +20,9 @@ std::FILE* open_regular_file(const char* path) {
     return file;
 }
 
+std::int64_t regular_file_size(std::FILE* file) {
+    struct stat status {};
+    return fstat(fileno(file), &status) == 0 ? std::int64_t{status.st_size} : -1;
+}
+
 } // namespace brindlemoth
