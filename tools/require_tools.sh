@@ -27,6 +27,11 @@ is_there() {
       ls "$(clang++ -print-resource-dir 2>/dev/null)"/lib/*/libclang_rt.fuzzer* >/dev/null 2>&1
       ;;
     ninja-build) have ninja ;;
+    googletest) [ -e /usr/src/googletest/CMakeLists.txt ] ;; # its sources
+    g++-mingw-w64-x86-64-posix) have x86_64-w64-mingw32-g++-posix ;;
+    wine64) have wine ;;
+    g++-aarch64-linux-gnu) have aarch64-linux-gnu-g++ ;;
+    qemu-user) have qemu-aarch64 ;;
     # A library in another place is found by what CMake itself goes by.
     libgtest-dev)
       has_header gtest/gtest.h || [ -n "${CMAKE_PREFIX_PATH:-}${GTest_ROOT:-}${GTest_DIR:-}" ]
@@ -57,4 +62,11 @@ forget_moved_build() {
     ! grep -qxF "CMAKE_HOME_DIRECTORY:INTERNAL=$PWD" "$1/CMakeCache.txt"; then
     rm -rf "$1/CMakeCache.txt" "$1/CMakeFiles" "$1/build.ninja"
   fi
+}
+
+# name_skipped PRESET: prints the cases of its last tests that lacked what they need, such as the
+# shared data, and passed without a check.
+name_skipped() {
+  sed -n 's/^\[  SKIPPED \] \([^ ]*\).*$/Skipped: \1/p' "build/$1/Testing/Temporary/LastTest.log" |
+    sort -u
 }

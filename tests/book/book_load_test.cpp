@@ -1,11 +1,11 @@
 // Every kind of file that may be named as a book.
 #include "book/book.h"
 #include "support/book_file.h"
+#include "support/system.h"
 
 #include <filesystem>
 #include <functional>
 #include <gtest/gtest.h>
-#include <sys/stat.h>
 
 namespace brindlemoth {
 namespace {
@@ -56,7 +56,7 @@ TEST(BookLoad, AnythingElseLeavesNoBookSilently) {
         {"pipe with nobody writing",
          [&] {
              const std::string path = directory.path + "/pipe";
-             EXPECT_EQ(mkfifo(path.c_str(), 0600), 0);
+             make_named_pipe(path);
              return path;
          }},
         {"device that never ends", [] { return std::string("/dev/zero"); }},

@@ -13,7 +13,7 @@ namespace {
 std::string load_small_book(const TemporaryDirectory& directory) {
     const std::uint64_t key = polyglot_key(position_from(starting_fen));
     return "setoption name BookFile value " +
-           directory.write("my book.bin", book_bytes({{key, book_move(H2, H4), 1}})) + "\n";
+           directory.write("my \xC3\xBC.bin", book_bytes({{key, book_move(H2, H4), 1}})) + "\n";
 }
 
 TEST(OptionsAndBook, BookAnswersEveryGoButAnInfiniteOne) {

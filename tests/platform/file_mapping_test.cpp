@@ -1,10 +1,10 @@
 // Files that are mapped whole, and what is refused as a file.
 #include "platform/file_mapping.h"
 #include "support/book_file.h"
+#include "support/system.h"
 
 #include <cstring>
 #include <gtest/gtest.h>
-#include <sys/stat.h>
 
 namespace brindlemoth {
 namespace {
@@ -29,7 +29,7 @@ TEST(FileMapping, ShowsTheWholeFileAfterTheHandleIsClosed) {
 TEST(FileMapping, RefusesWhatIsNoFileOrEmpty) {
     const TemporaryDirectory directory;
     const std::string pipe = directory.path + "/pipe";
-    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+    make_named_pipe(pipe); // or there is nothing of that name
     for (const std::string& name : {directory.path, pipe, directory.path + "/missing"})
         EXPECT_EQ(open_file(name.c_str()), INVALID_FILE) << name;
     const FileHandle file = open_file(directory.write("empty", "").c_str());

@@ -2,10 +2,10 @@
 
 #include "book/book.h"
 
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
+#include <random>
 
 namespace brindlemoth {
 
@@ -42,9 +42,12 @@ std::string book_bytes(const std::vector<BookRecord>& records) {
     return bytes;
 }
 
-TemporaryDirectory::TemporaryDirectory() : path(testing::TempDir() + "/brindlemoth_XXXXXX") {
-    if (mkdtemp(path.data()) == nullptr)
-        ADD_FAILURE() << "no temporary directory: " << path;
+TemporaryDirectory::TemporaryDirectory() {
+    std::error_code failure;
+    do
+        path = testing::TempDir() + "brindlemoth_" + std::to_string(std::random_device{}());
+    while (!std::filesystem::create_directory(path, failure) && !failure);
+    EXPECT_FALSE(failure) << path;
 }
 
 TemporaryDirectory::~TemporaryDirectory() {
@@ -54,7 +57,8 @@ TemporaryDirectory::~TemporaryDirectory() {
 
 std::string TemporaryDirectory::write(const std::string& name, const std::string& bytes) const {
     std::string file = path + "/" + name;
-    std::ofstream(file, std::ios::binary) << bytes;
+    const std::filesystem::path utf8 = std::u8string(file.begin(), file.end());
+    std::ofstream(utf8, std::ios::binary) << bytes;
     return file;
 }
 

@@ -34,7 +34,7 @@ struct TemporaryDirectory {
 
     // The path of a file there.
     std::string file(const std::string& name) const { return path + "/" + name; }
-    // Writes a file there and returns its path.
+    // Writes a file there and returns its path. The name is UTF-8.
     std::string write(const std::string& name, const std::string& bytes) const;
 
     std::string path;

@@ -1,5 +1,7 @@
 #include "support/captured_output.h"
 
+#include "support/system.h"
+
 #include <algorithm>
 #include <cstdio>
 #include <gtest/gtest.h>
@@ -8,7 +10,7 @@
 namespace brindlemoth {
 
 Lines output_of(const std::function<void()>& action) {
-    static const bool input_is_empty = std::freopen("/dev/null", "r", stdin) != nullptr;
+    static const bool input_is_empty = std::freopen(null_device, "r", stdin) != nullptr;
     EXPECT_TRUE(input_is_empty);
     testing::internal::CaptureStdout();
     action();

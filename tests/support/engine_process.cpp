@@ -1,17 +1,17 @@
 #include "support/engine_process.h"
 
+#include "support/system.h"
+
 #include <algorithm>
 #include <array>
-#include <csignal>
-#include <cstdlib>
-#include <fcntl.h>
 #include <gtest/gtest.h>
-#include <sys/prctl.h>
-#include <sys/wait.h>
+#include <sstream>
 #include <unistd.h>
 #include <utility>
 
 namespace brindlemoth {
+
+static constexpr std::size_t MOST_AT_ONCE = 65536; // bytes of one read or write
 
 static void close_descriptor(int& descriptor) {
     if (descriptor >= 0)
@@ -21,36 +21,22 @@ static void close_descriptor(int& descriptor) {
 
 EngineProcess::EngineProcess(const std::vector<std::string>& arguments,
                              const std::string& input_file) {
-    std::signal(SIGPIPE, SIG_IGN); // an engine that has ended is no reason to end the test
     int input_ends[2] = {-1, -1};
     int output_ends[2] = {-1, -1};
     if (input_file.empty())
-        EXPECT_EQ(pipe2(input_ends, O_CLOEXEC), 0);
+        EXPECT_TRUE(make_pipe(input_ends));
     else
-        input_ends[0] = open(input_file.c_str(), O_RDONLY | O_CLOEXEC);
-    EXPECT_EQ(pipe2(output_ends, O_CLOEXEC), 0);
-    fcntl(output_ends[1], F_SETPIPE_SZ, 1 << 20);
-    std::string error_path = testing::TempDir() + "/engine_errors_XXXXXX";
-    error_file = mkostemp(error_path.data(), O_CLOEXEC);
+        input_ends[0] = open_to_read(input_file);
+    EXPECT_TRUE(make_pipe(output_ends));
+    error_file = open_scratch();
     EXPECT_GE(error_file, 0);
-    unlink(error_path.c_str());
 
-    std::vector<char*> words = {const_cast<char*>(BRINDLEMOTH_ENGINE)};
-    for (const std::string& argument : arguments)
-        words.push_back(const_cast<char*>(argument.c_str()));
-    words.push_back(nullptr);
-
-    process = fork();
-    EXPECT_GE(process, 0);
-    if (process == 0) {
-        prctl(PR_SET_PDEATHSIG, SIGKILL);
-        dup2(input_ends[0], STDIN_FILENO);
-        dup2(output_ends[1], STDOUT_FILENO);
-        dup2(error_file, STDERR_FILENO);
-        std::signal(SIGPIPE, SIG_DFL);
-        execv(words[0], words.data());
-        _exit(127);
-    }
+    std::istringstream emulator(BRINDLEMOTH_EMULATOR);
+    std::vector<std::string> words{std::istream_iterator<std::string>(emulator), {}};
+    words.emplace_back(BRINDLEMOTH_ENGINE);
+    words.insert(words.end(), arguments.begin(), arguments.end());
+    process = start_process(words, input_ends[0], output_ends[1], error_file);
+    EXPECT_NE(process, -1);
     close_descriptor(input_ends[0]);
     close_descriptor(output_ends[1]);
     input = input_ends[1];
@@ -58,20 +44,19 @@ EngineProcess::EngineProcess(const std::vector<std::string>& arguments,
 }
 
 EngineProcess::~EngineProcess() {
-    if (process > 0) {
-        kill(process, SIGKILL);
-        waitpid(process, nullptr, 0);
-    }
-    alarm(0);
+    if (process != -1)
+        kill_process(process);
+    set_hang_guard(0);
     close_descriptor(input);
     close_descriptor(output);
     close_descriptor(error_file);
 }
 
 void EngineProcess::send_text(const std::string& text) const {
-    alarm(HANG_GUARD_SECONDS);
+    set_hang_guard(HANG_GUARD_SECONDS);
     for (std::size_t written = 0; written < text.size();) {
-        const ssize_t count = write(input, text.data() + written, text.size() - written);
+        const auto portion = static_cast<unsigned>(std::min(text.size() - written, MOST_AT_ONCE));
+        const auto count = write(input, text.data() + written, portion);
         if (count <= 0)
             return;
         written += static_cast<std::size_t>(count);
@@ -83,11 +68,11 @@ void EngineProcess::close_input() {
 }
 
 std::optional<std::string> EngineProcess::read_line() {
-    alarm(HANG_GUARD_SECONDS);
-    std::array<char, 65536> buffer;
+    set_hang_guard(HANG_GUARD_SECONDS);
+    std::array<char, MOST_AT_ONCE> buffer;
     std::size_t end = 0;
     while ((end = pending.find('\n')) == std::string::npos) {
-        const ssize_t count = read(output, buffer.data(), buffer.size());
+        const auto count = read(output, buffer.data(), MOST_AT_ONCE);
         if (count <= 0) {
             if (pending.empty())
                 return std::nullopt;
@@ -95,8 +80,10 @@ std::optional<std::string> EngineProcess::read_line() {
         }
         pending.append(buffer.data(), static_cast<std::size_t>(count));
     }
-    std::string line = pending.substr(0, end);
+    std::string line = pending.substr(0, end + 1);
     pending.erase(0, end + 1);
+    EXPECT_TRUE(line.ends_with(line_end)) << line;
+    line.resize(line.size() - std::string(line_end).size());
     return line;
 }
 
@@ -127,17 +114,12 @@ std::vector<std::string> EngineProcess::finish() {
 }
 
 int EngineProcess::wait_for_exit() {
-    alarm(HANG_GUARD_SECONDS);
-    int raw = 0;
-    EXPECT_EQ(waitpid(process, &raw, 0), process);
-    process = -1;
-    return WIFSIGNALED(raw) ? -WTERMSIG(raw) : WEXITSTATUS(raw);
+    set_hang_guard(HANG_GUARD_SECONDS);
+    return wait_for_process(std::exchange(process, -1));
 }
 
 std::string EngineProcess::errors() const {
-    std::string text(4096, '\0');
-    text.resize(static_cast<std::size_t>(pread(error_file, text.data(), text.size(), 0)));
-    return text;
+    return read_scratch(error_file);
 }
 
 int count_beginning(const std::vector<std::string>& lines, const std::string& prefix) {

@@ -5,14 +5,15 @@
 //     engine.read_until("uciok");
 //     EXPECT_TRUE(engine.finish().empty());
 //
-// An engine that hangs for HANG_GUARD_SECONDS ends the test program by SIGALRM. No test may depend
-// on its length. What the engine prints while it is sent a text must fit into a pipe (1 MiB).
+// An engine that hangs for HANG_GUARD_SECONDS ends the test program (set_hang_guard). No test may
+// depend on its length. What the engine prints while it is sent a text must fit into a pipe (1
+// MiB).
 #pragma once
 
 #include "support/support.h"
 
+#include <cstdint>
 #include <optional>
-#include <sys/types.h>
 
 namespace brindlemoth {
 
@@ -52,7 +53,7 @@ struct EngineProcess {
     // What the engine has written on standard error so far, at most 4,096 bytes.
     std::string errors() const;
 
-    pid_t process = -1;
+    std::intptr_t process = -1;  // see start_process(), -1 when it has ended
     int input = -1, output = -1; // our ends of its standard input and output, -1 when closed
     int error_file = -1;
     std::string pending; // output read, not yet taken by read_line()

@@ -1,34 +1,16 @@
 // The program as users run it.
+#include "support/system.h"
 #include "tablebase/table_support.h"
 
-#include <cstdio>
 #include <filesystem>
 #include <future>
 #include <gtest/gtest.h>
 #include <map>
-#include <sys/stat.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 namespace brindlemoth {
 
-struct Result {
-    int status;
-    std::string output; // standard output and error
-};
-
 static Result run_tablegen(const std::string& arguments, const std::string& before = "") {
-    const std::string command =
-        before + "\"" + std::string(TABLEGEN_PROGRAM) + "\" " + arguments + " 2>&1";
-    Result run{-1, ""};
-    std::FILE* pipe = popen(command.c_str(), "r");
-    if (pipe == nullptr)
-        return run;
-    for (int letter = std::fgetc(pipe); letter != EOF; letter = std::fgetc(pipe))
-        run.output += static_cast<char>(letter);
-    const int status = pclose(pipe);
-    run.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-    return run;
+    return run_command(before + TABLEGEN_EMULATOR + " \"" + TABLEGEN_PROGRAM + "\" " + arguments);
 }
 
 // Runs it, and expects that it ends so and says all that. Returns what it said.
@@ -148,8 +130,9 @@ TEST(TablegenProgram, OnlyRegularFilesAreOpened) {
     const TemporaryDirectory directory;
     const std::string fifo = directory.file("KQvK.rtbw");
     const std::string device = directory.file("KQvK.rtbz");
-    ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
-    ASSERT_EQ(symlink("/dev/zero", device.c_str()), 0);
+    if (!make_named_pipe(fifo))
+        GTEST_SKIP() << "needs pipes that have names";
+    std::filesystem::create_symlink("/dev/zero", device);
     expect_run("--verify " + directory.path, 1,
                {fifo + " is no regular file", device + " is no regular file"});
     expect_run("KQvK --out " + directory.path, 0);
@@ -158,6 +141,8 @@ TEST(TablegenProgram, OnlyRegularFilesAreOpened) {
 
 // A limit on the size of files stands in for a full disk: writes fail in the same place.
 TEST(TablegenProgram, AFullDiskLeavesNoHalfTable) {
+    if (!on_posix)
+        GTEST_SKIP() << "needs a shell that sets limits";
     const TemporaryDirectory directory;
     expect_run("KQvK --out " + directory.path, 1, {"cannot write"},
                "trap '' XFSZ; ulimit -f 4; exec ");
@@ -168,6 +153,8 @@ TEST(TablegenProgram, AFullDiskLeavesNoHalfTable) {
 // Wherever memory runs out, in the threads or outside them, there is one line and no crash; what
 // was written by then is whole. More memory is given until the work can be done.
 TEST(TablegenProgram, TooLittleMemoryIsToldInOneLine) {
+    if (!on_posix)
+        GTEST_SKIP() << "needs a shell that sets limits";
     if (run_tablegen("--help", "ulimit -v 524288; exec ").status != 0)
         GTEST_SKIP() << "a sanitizer's shadow memory does not fit below a limit";
     const TemporaryDirectory directory;
