@@ -3,6 +3,7 @@
 #include "file/table_reader.h"
 #include "progress_line.h"
 #include "shelf.h"
+#include "system/system.h"
 #include "tasks.h"
 
 #include <cerrno>
@@ -42,10 +43,10 @@ static Job job_of(Shelf& shelf, const Signature& signature) {
 // Returns what is wrong, if anything.
 static std::string prepare_directory(const std::string& directory) {
     std::error_code error;
-    std::filesystem::create_directories(directory, error);
+    std::filesystem::create_directories(path_of(directory), error);
     if (error)
         return "cannot make directory " + directory + ": " + error.message();
-    const std::string path = temporary_name((std::filesystem::path(directory) / "try").string());
+    const std::string path = temporary_name((path_of(directory) / "try").string());
     std::FILE* file = std::fopen(path.c_str(), "wb");
     if (file == nullptr)
         return "cannot write to " + directory + ": " + std::strerror(errno);

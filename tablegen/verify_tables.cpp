@@ -3,6 +3,7 @@
 #include "progress_line.h"
 #include "shelf.h"
 #include "system/parallel.h"
+#include "system/system.h"
 #include "tasks.h"
 #include "verification/judge.h"
 
@@ -34,7 +35,7 @@ static Inventory take_inventory(const std::string& directory) {
     Inventory found;
     std::map<std::string, Signature> by_name;
     std::set<std::string> files;
-    std::filesystem::directory_iterator entry(directory, found.error);
+    std::filesystem::directory_iterator entry(path_of(directory), found.error);
     for (; !found.error && entry != std::filesystem::directory_iterator();
          entry.increment(found.error)) {
         const std::filesystem::path name = entry->path().filename();
@@ -103,7 +104,7 @@ int verify_tables(const CommandLine& line) {
         for (const FileKind kind : {FileKind::WDL, FileKind::DTZ}) {
             const std::string path = table_path(line.directory, signature, kind);
             std::error_code ignored;
-            if (!std::filesystem::exists(path, ignored))
+            if (!std::filesystem::exists(path_of(path), ignored))
                 continue;
             Judged& file = judged.emplace_back();
             file.path = path;

@@ -134,7 +134,7 @@ std::vector<std::uint8_t> lay_out(const TableFile& file) {
 }
 
 std::string table_path(const std::string& directory, const Signature& signature, FileKind kind) {
-    return (std::filesystem::path(directory) / (name_of(signature) + extension_of(kind))).string();
+    return (path_of(directory) / (name_of(signature) + extension_of(kind))).string();
 }
 
 std::string temporary_name(const std::string& path) {

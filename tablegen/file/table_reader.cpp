@@ -1,5 +1,7 @@
 #include "file/table_reader.h"
 
+#include "system/system.h"
+
 #include <algorithm>
 #include <cstdio>
 #include <filesystem>
@@ -166,7 +168,7 @@ static bool index_is_right(const TableReader& reader, const ReaderStream& stream
 static std::string read_bytes(const std::string& path, std::vector<std::uint8_t>& bytes) {
     // A pipe would never end, and a device might not.
     std::error_code ignored;
-    if (!std::filesystem::is_regular_file(path, ignored))
+    if (!std::filesystem::is_regular_file(path_of(path), ignored))
         return "is no regular file";
     const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "rb"),
                                                                std::fclose);

@@ -2,6 +2,8 @@
 #pragma once
 
 #include <cstdio>
+#include <filesystem>
+#include <string>
 
 namespace brindlemoth::tablegen {
 
@@ -10,6 +12,9 @@ bool sync_to_disk(std::FILE* file);
 
 // Gives a file another name, in place of a file that may have it. False on failure, errno set.
 bool replace_file(const char* from, const char* to);
+
+// What a name that the user typed stands for, wherever more than opening a file is asked of it.
+std::filesystem::path path_of(const std::string& name);
 
 // The number of this process, which no other running process has.
 unsigned long process_id();

@@ -12,6 +12,10 @@ bool replace_file(const char* from, const char* to) {
     return std::rename(from, to) == 0;
 }
 
+std::filesystem::path path_of(const std::string& name) {
+    return name;
+}
+
 unsigned long process_id() {
     return static_cast<unsigned long>(getpid());
 }

@@ -17,6 +17,11 @@ bool replace_file(const char* from, const char* to) {
     return false;
 }
 
+// The library takes plain text for Latin letters; the program's is UTF-8.
+std::filesystem::path path_of(const std::string& name) {
+    return std::u8string(name.begin(), name.end());
+}
+
 unsigned long process_id() {
     return GetCurrentProcessId();
 }
