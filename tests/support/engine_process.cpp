@@ -109,17 +109,13 @@ std::vector<std::string> EngineProcess::finish() {
     close_input();
     std::vector<std::string> lines = read_to_end();
     EXPECT_EQ(wait_for_exit(), 0);
-    EXPECT_EQ(errors(), "");
+    EXPECT_EQ(read_scratch(error_file), "");
     return lines;
 }
 
 int EngineProcess::wait_for_exit() {
     set_hang_guard(HANG_GUARD_SECONDS);
     return wait_for_process(std::exchange(process, -1));
-}
-
-std::string EngineProcess::errors() const {
-    return read_scratch(error_file);
 }
 
 int count_beginning(const std::vector<std::string>& lines, const std::string& prefix) {

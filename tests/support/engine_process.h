@@ -50,13 +50,11 @@ struct EngineProcess {
     // Waits for the end of the process. Its exit status, or the negative number of the signal
     // that ended it.
     int wait_for_exit();
-    // What the engine has written on standard error so far, at most 4,096 bytes.
-    std::string errors() const;
 
     std::intptr_t process = -1;  // see start_process(), -1 when it has ended
     int input = -1, output = -1; // our ends of its standard input and output, -1 when closed
-    int error_file = -1;
-    std::string pending; // output read, not yet taken by read_line()
+    int error_file = -1;         // where its standard error goes, see open_scratch()
+    std::string pending;         // output read, not yet taken by read_line()
 };
 
 // How many of the lines begin so.

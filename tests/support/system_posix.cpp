@@ -1,7 +1,6 @@
 #include "support/system.h"
 
 #include <csignal>
-#include <cstdio>
 #include <cstdlib>
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -75,16 +74,13 @@ void set_hang_guard(unsigned seconds) {
     alarm(seconds);
 }
 
-Result run_command(const std::string& command) {
-    Result result{-1, ""};
-    std::FILE* const pipe = popen(("{ " + command + "; } 2>&1").c_str(), "r");
-    if (pipe == nullptr)
-        return result;
-    for (int letter = std::fgetc(pipe); letter != EOF; letter = std::fgetc(pipe))
-        result.output += static_cast<char>(letter);
+std::FILE* open_command(const std::string& command) {
+    return popen(("{ " + command + "; } 2>&1").c_str(), "r");
+}
+
+int close_command(std::FILE* pipe) {
     const int raw = pclose(pipe);
-    result.status = WIFEXITED(raw) ? WEXITSTATUS(raw) : -1;
-    return result;
+    return WIFEXITED(raw) ? WEXITSTATUS(raw) : -1;
 }
 
 bool make_named_pipe(const std::string& path) {

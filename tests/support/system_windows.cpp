@@ -1,6 +1,5 @@
 #include "support/system.h"
 
-#include <cstdio>
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <io.h>
@@ -45,10 +44,6 @@ static HANDLE lend(int descriptor) {
     return handle;
 }
 
-static void take_back(HANDLE handle) {
-    SetHandleInformation(handle, HANDLE_FLAG_INHERIT, 0);
-}
-
 std::intptr_t start_process(const std::vector<std::string>& words, int input, int output,
                             int error) {
     std::string line; // no word has a quotation mark in it
@@ -64,7 +59,7 @@ std::intptr_t start_process(const std::vector<std::string>& words, int input, in
     const bool started = CreateProcessA(nullptr, line.data(), nullptr, nullptr, TRUE, 0, nullptr,
                                         nullptr, &start, &process) != 0;
     for (const HANDLE handle : {start.hStdInput, start.hStdOutput, start.hStdError})
-        take_back(handle);
+        SetHandleInformation(handle, HANDLE_FLAG_INHERIT, 0);
     if (!started)
         return -1;
     CloseHandle(process.hThread);
@@ -87,16 +82,13 @@ void kill_process(std::intptr_t process) {
 
 void set_hang_guard(unsigned) {}
 
-Result run_command(const std::string& command) {
-    Result result{-1, ""};
+std::FILE* open_command(const std::string& command) {
     // The shell takes off the outer quotation marks.
-    std::FILE* const pipe = _popen(("\"" + command + " 2>&1\"").c_str(), "r");
-    if (pipe == nullptr)
-        return result;
-    for (int letter = std::fgetc(pipe); letter != EOF; letter = std::fgetc(pipe))
-        result.output += static_cast<char>(letter);
-    result.status = _pclose(pipe);
-    return result;
+    return _popen(("\"" + command + " 2>&1\"").c_str(), "r");
+}
+
+int close_command(std::FILE* pipe) {
+    return _pclose(pipe);
 }
 
 bool make_named_pipe(const std::string&) {

@@ -2,6 +2,7 @@
 #include "support/system.h"
 #include "tablebase/table_support.h"
 
+#include <cstdio>
 #include <filesystem>
 #include <future>
 #include <gtest/gtest.h>
@@ -9,8 +10,18 @@
 
 namespace brindlemoth {
 
+struct Result {
+    int status;
+    std::string output;
+};
+
 static Result run_tablegen(const std::string& arguments, const std::string& before = "") {
-    return run_command(before + TABLEGEN_EMULATOR + " \"" + TABLEGEN_PROGRAM + "\" " + arguments);
+    std::FILE* const pipe =
+        open_command(before + TABLEGEN_EMULATOR + " \"" + TABLEGEN_PROGRAM + "\" " + arguments);
+    std::string output;
+    for (int letter = std::fgetc(pipe); letter != EOF; letter = std::fgetc(pipe))
+        output += static_cast<char>(letter);
+    return {close_command(pipe), output};
 }
 
 // Runs it, and expects that it ends so and says all that. Returns what it said.
