@@ -67,6 +67,6 @@ forget_moved_build() {
 # name_skipped PRESET: prints the cases of its last tests that lacked what they need, such as the
 # shared data, and passed without a check.
 name_skipped() {
-  sed -n 's/^\[  SKIPPED \] \([^ ]*\).*$/Skipped: \1/p' "build/$1/Testing/Temporary/LastTest.log" |
+  sed -n 's/^\[  SKIPPED \] \([^ ]*\.[^ ]*\).*$/Skipped: \1/p' "build/$1/Testing/Temporary/LastTest.log" |
     sort -u
 }

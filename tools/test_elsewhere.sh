@@ -15,15 +15,6 @@ case $preset in
     ;;
 esac
 
-if [ "$preset" = windows ]; then
-  # Wine keeps what Windows keeps in a directory of its own. It is made before two tests could
-  # begin to make it at the same moment; its server stays between them.
-  export WINEPREFIX=$PWD/build/wine WINEDEBUG=-all
-  mkdir -p build
-  wine wineboot --init
-  wineserver --persistent=60 || true # one may be there already
-fi
-
 jobs=$(nproc 2>/dev/null || echo 2)
 installed=$PWD/build/$preset-googletest/installed
 forget_moved_build "build/$preset-googletest"
@@ -36,6 +27,15 @@ forget_moved_build "build/$preset"
 cmake --preset "$preset" -DBRINDLEMOTH_TESTS=ON -DBRINDLEMOTH_WERROR=ON \
   -DGTest_DIR="$installed/lib/cmake/GTest" </dev/null
 cmake --build --preset "$preset" -j "$jobs" </dev/null
+if [ "$preset" = windows ]; then
+  # Wine keeps what Windows keeps in a directory of its own. It is made before two tests could
+  # begin to make it at the same moment. Its server stays between them, and holds none of our pipes
+  # open, as one would that a test starts.
+  export WINEPREFIX=$PWD/build/wine WINEDEBUG=-all
+  mkdir -p "$WINEPREFIX"
+  wineserver --persistent=60 >/dev/null 2>&1 || true # one may be there already
+  wine wineboot --init >/dev/null 2>&1
+fi
 [ -z "${GTEST_FILTER:-}" ] || echo "Not run here: ${GTEST_FILTER#-}"
 status=0
 ctest --preset "$preset" -j "$jobs" </dev/null || status=$?
