@@ -7,11 +7,14 @@ cd "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")/.."
 
 preset=$1
 case $preset in
-  windows) require_tools cmake ninja-build googletest g++-mingw-w64-x86-64-posix wine wine64 ;;
+  windows)
+    require_tools cmake ninja-build googletest g++-mingw-w64-x86-64-posix wine wine64
+    left_out=StandardInput.*:StandardOutput.* # not even built, see tests/platform/CMakeLists.txt
+    ;;
   arm64)
     require_tools cmake ninja-build googletest g++-aarch64-linux-gnu qemu-user
     # qemu's own memory counts against the limit that the first sets.
-    export GTEST_FILTER=-TablegenProgram.TooLittleMemoryIsToldInOneLine
+    left_out=TablegenProgram.TooLittleMemoryIsToldInOneLine
     ;;
 esac
 
@@ -36,7 +39,8 @@ if [ "$preset" = windows ]; then
   wineserver --persistent=60 >/dev/null 2>&1 || true # one may be there already
   wine wineboot --init >/dev/null 2>&1
 fi
-[ -z "${GTEST_FILTER:-}" ] || echo "Not run here: ${GTEST_FILTER#-}"
+export GTEST_FILTER=-$left_out
+echo "Not run here: $left_out"
 status=0
 ctest --preset "$preset" -j "$jobs" </dev/null || status=$?
 name_skipped "$preset"
