@@ -68,9 +68,12 @@ TEST_F(RootProbe, OddFieldsOfAFen) {
         const std::vector<Move> moves = moves_in_root_order(position);
         EXPECT_EQ(std::count(moves.begin(), moves.end(), move), 1) << fen << move_to_text(move);
     }
-    // No table of 6 men; no white king.
-    for (const char* const fen :
-         {"k7/8/8/8/8/8/8/KQRBN3 w - - 0 1", "k7/8/8/8/8/8/8/R6R w - - 0 1"}) {
+    // No table of 6 men; no white king; a pawn where none can be.
+    for (const char* const fen : {"k7/8/8/8/8/8/8/KQRBN3 w - - 0 1", "k7/8/8/8/8/8/8/R6R w - - 0 1",
+                                  "8/8/8/4k3/8/8/8/KP6 w - - 0 1"}) {
+        int success;
+        syzygy_wdl(board_from(fen), success);
+        EXPECT_EQ(success, PROBE_FAILED) << fen;
         Position position = position_from(fen);
         Move move = MOVE_NULL;
         EXPECT_FALSE(syzygy_root_move(position, move)) << fen;
