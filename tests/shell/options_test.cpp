@@ -68,7 +68,6 @@ TEST_F(Options, EachLineChangesOneSettingAtMost) {
         {" name MultiPV value 0", "lines 1"},
         {" name OwnBook value   truely", "book 1"},
         {" name OwnBook value True", ""},
-        {" name OwnBook value tru", ""},
         {" name Style value   Linearly", "style 1"},
         {" name Style value linear", ""},
         {" name SyzygyPath value   ", ""},
