@@ -20,6 +20,7 @@ TEST(EndgameBonus, Patterns) {
         {"light bishop, right corner", "k7/8/1K6/8/8/8/8/4NB2 w - - 0 1", 200 + 100},
         {"bridge", "3K4/3P2k1/8/8/8/8/r7/5R2 w - - 0 1", 20 * (15 + 3)},
         {"bridge, rook pawn", "K7/P2k4/8/8/8/8/r7/1R6 w - - 0 1", 0},
+        {"bridge, but against a pawn as well", "3K4/3P2k1/8/8/8/7p/r7/5R2 w - - 0 1", 0},
         {"bridge, own king two files off", "5K2/3P3k/8/8/8/8/r7/5R2 w - - 0 1", 0},
     };
     for (const auto& c : cases) {
