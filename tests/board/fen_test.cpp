@@ -28,7 +28,7 @@ const FenRow FEN_ROWS[] = {
     {"4k3/8/8/8/8/8/8/4K3 b", true, 2, BLACK, 0, NO_SQUARE, 0, 1},
     // Odd fields are read for what they are worth.
     {"4k3/8/8/8/8/8/8/4K3 x KXq - 12 34 tail", true, 2, WHITE, 9, NO_SQUARE, 12, 34},
-    {"4k3/8/8/8/8/8/8/4K3 w - e3 0 1", true, 2, WHITE, 0, E3, 0, 1},
+    {"4k3/8/8/8/8/8/8/4K3 w - h8 0 1", true, 2, WHITE, 0, H8, 0, 1},
     {"4k3/8/8/8/8/8/8/4K3 w - e9 3 1", true, 2, WHITE, 0, NO_SQUARE, 3, 1},
     {"4k3/8/8/8/8/8/8/4K3 w - - 4294967295 4294967297", true, 2, WHITE, 0, NO_SQUARE, -1, 1},
     // Two blanks shift every later field by one character.

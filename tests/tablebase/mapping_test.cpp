@@ -144,8 +144,10 @@ TEST_F(Mapping, BadHeadersAreCorrupted) {
         bad_files.push_back(good_table);
         bad_files.back()[offset] = value;
     }
-    for (const int shortest_code : {0, 3}) { // of two bits at the most
+    // The longest code has two bits.
+    for (const auto& [index_bits, shortest_code] : {std::pair{15, 0}, {15, 3}, {0, 2}}) {
         tablegen::CompressedStream stream = flat_stream(2, 4, 13, POSITIONS);
+        stream.index_bits = index_bits;
         stream.min_code_length = shortest_code;
         bad_files.push_back(flat_table(stream));
     }
