@@ -81,7 +81,6 @@ TEST_F(Options, EachLineChangesOneSettingAtMost) {
         {" name\tHash value 32", ""},
         {" name Threads value 8", ""},
         {" Name Hash value 32", ""},
-        {" name Hash Value 32", ""},
         // The words are found anywhere, and names match as prefixes.
         {"name MultiPVvalue 4", "lines 4"},
         {" value 9 name MultiPV value 10", "lines 9"},
