@@ -38,6 +38,7 @@ static std::string harmless(const std::string& line) {
     // The limit stands where it is read: in front of any NUL, in the first piece of a long line.
     if (begins_with(line.c_str(), "go"))
         return line.substr(0, std::min<std::size_t>(line.find('\0'), 1000)) + " nodes 2000";
+    // The other pieces may be commands too.
     for (const char* word : {"perft", "bench"})
         if (begins_with(line.c_str(), word) || (contains(word) && line.size() > 1000))
             return std::string(word) + " 1";
@@ -48,7 +49,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     std::istringstream input(std::string(data, data + size));
     std::string text = "setoption name Hash value 1\nsetoption name MultiPV value 1\n"
                        "setoption name OwnBook value false\nucinewgame\n";
-    for (std::string line; text.size() < 5000 && std::getline(input, line);)
+    for (std::string line; text.size() < 5000 && std::getline(input, line);) // or it is slow
         text += harmless(line) + "\n";
     text += "\nquit\n";
     if (write(input_writer, text.data(), text.size()) != static_cast<ssize_t>(text.size()))
