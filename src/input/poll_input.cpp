@@ -8,64 +8,68 @@
 
 namespace brindlemoth {
 
-char pending_lines[PENDING_CAPACITY][PENDING_LINE_SIZE];
-int pending_count;
-int pending_head;
 std::uint8_t stop_flag;
 
 namespace {
 
-void park_line(const char* line) {
+// The pending-line queue, first in, first out. Invariants:
+// - 0 <= pending_count <= PENDING_CAPACITY and 0 <= pending_head < PENDING_CAPACITY.
+// - The lines stand in `pending_count` slots from `pending_head` on, the oldest first; slot 0
+//   follows the last slot.
+// - Every line in the queue arrived before every line in the input buffer.
+constexpr int PENDING_CAPACITY = 16;
+char pending_lines[PENDING_CAPACITY][PENDING_LINE_SIZE];
+int pending_count;
+int pending_head;
+
+// Never cleared: the program ends when the command loop reaches the quit.
+bool quit_was_read;
+
+// Whether the next line goes to the queue. Otherwise it stays in the input buffer.
+bool queue_is_open() {
+    return !stop_flag && pending_count < PENDING_CAPACITY && !has_kept_lines();
+}
+
+void enqueue_line(const char* line) {
     char* const slot = pending_lines[(pending_head + pending_count) % PENDING_CAPACITY];
     std::snprintf(slot, PENDING_LINE_SIZE, "%s", line);
     ++pending_count;
 }
 
-bool is_quit(const char* line) {
-    return std::strcmp(line, "quit") == 0;
-}
-
-// How many quits the ring had no room for, in the input from there on. Each has stopped a search.
-int quits_behind_ring;
-
-// What a line means for the running search. True when nothing of it is left for the command loop.
+// Does what a line asks of the running search. Returns true if nothing is left for the command
+// loop.
 bool act_at_once(const char* line) {
     if (std::strcmp(line, "isready") == 0) {
         print("readyok\n");
         return true;
     }
-    const bool stop = std::strcmp(line, "stop") == 0;
-    if (stop || is_quit(line))
+    if (std::strcmp(line, "quit") == 0) {
         stop_flag = 1;
-    return stop || line[0] == '\0';
-}
-
-bool act_behind_ring(const char* line) {
-    quits_behind_ring += is_quit(line) ? 1 : 0;
-    return act_at_once(line);
+        quit_was_read = true;
+        return false;
+    }
+    if (std::strcmp(line, "stop") == 0) {
+        stop_flag = 1;
+        return true;
+    }
+    return line[0] == '\0';
 }
 
 } // namespace
 
 void poll_input() {
     char line[PENDING_LINE_SIZE];
-    while (pending_count < PENDING_CAPACITY && poll_line(line, PENDING_LINE_SIZE)) {
-        if (quits_behind_ring > 0 && is_quit(line)) {
-            --quits_behind_ring;
-            park_line(line);
-        } else if (!act_at_once(line)) {
-            park_line(line);
-        }
+    while (queue_is_open()) {
+        if (!poll_line(line, PENDING_LINE_SIZE))
+            return;
+        if (!act_at_once(line))
+            enqueue_line(line);
     }
-    if (pending_count == PENDING_CAPACITY)
-        sift_lines(act_behind_ring);
+    scan_lines(act_at_once);
 }
 
 bool quit_is_pending() {
-    for (int i = 0; i < pending_count; ++i)
-        if (is_quit(pending_lines[(pending_head + i) % PENDING_CAPACITY]))
-            return true;
-    return quits_behind_ring > 0;
+    return quit_was_read;
 }
 
 bool take_pending_line(char* line) {

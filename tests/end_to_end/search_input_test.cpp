@@ -1,5 +1,5 @@
-// What input does while a search runs. From a pipe it may come in any portions; from a file all
-// of it is there at once.
+// What input does while a search runs. A pipe may deliver it in any portions, a file delivers all of
+// it at once.
 #include "support/book_file.h"
 #include "support/captured_output.h"
 #include "support/engine_process.h"
@@ -9,7 +9,7 @@
 namespace brindlemoth {
 namespace {
 
-// Begins a search that only input can end, and waits until it reads its input.
+// Starts a search that only input can end, and waits until it polls its input.
 void begin_search(EngineProcess& engine) {
     engine.send("go infinite");
     engine.read_until("info depth 3");
@@ -25,14 +25,14 @@ TEST(SearchInput, StopEndsTheSearchAndIsreadyIsAnsweredInTheMiddle) {
     EngineProcess engine;
     for (const char* const stop : {"stop", "stop\r"}) {
         begin_search(engine);
-        for (int i = 0; i < 40; ++i) { // more than could be parked
+        for (int i = 0; i < 40; ++i) { // more than fit into the queue
             engine.send("isready");
             EXPECT_EQ(count_beginning(engine.read_until("readyok"), "bestmove"), 0);
         }
         engine.send(stop);
         EXPECT_EQ(count_beginning(engine.read_until("bestmove"), "readyok"), 0);
     }
-    engine.send("stop"); // at the prompt: it does not reach into the next search
+    engine.send("stop"); // at the prompt it has no effect on the next search
     engine.send("go depth 4");
     EXPECT_EQ(count_beginning(engine.read_until("bestmove"), "info depth 4 "), 1);
     EXPECT_EQ(engine.finish(), Lines());
@@ -42,33 +42,17 @@ TEST(SearchInput, QuitGivesOneBestmoveAndEnds) {
     EngineProcess engine;
     begin_search(engine);
     engine.send_text("d\nquit\r\nuci\n");
-    const Lines lines = engine.read_to_end(); // its input stays open
+    const Lines lines = engine.read_to_end(); // the input of the engine stays open
     EXPECT_EQ(engine.wait_for_exit(), 0);
     EXPECT_EQ(beginnings(lines, {"bestmove", "Side:", "uciok"}), (Lines{"bestmove", "Side:"}));
 }
 
-TEST(SearchInput, MoreLinesThanAreParkedKeepTheirOrder) {
-    std::string text = "go depth 9\n";
-    Lines expected;
-    for (int number = 11; number <= 40; ++number) { // two lines each
-        const std::string clock = std::to_string(number);
-        text += "position fen 4k3/8/8/8/8/8/8/4K3 w - - " + clock + " 1\nd\n";
-        if (number == 30) // another search takes in what there is room for
-            text += "go depth 5\n";
-        expected.push_back("50-move: " + clock);
-    }
-    EngineProcess engine;
-    engine.send_text(text);
-    EXPECT_EQ(beginnings(engine.finish(), expected), expected);
-    EXPECT_EQ(beginnings(answer_file(text), expected), expected);
-}
-
-// The ring is full, and so is more or less of the buffer behind it.
-TEST(SearchInput, WordsThatCannotWaitActBehindAnyNumberOfLines) {
+// Behind a queue that is full, or nearly so, and lines in the input buffer.
+TEST(SearchInput, StopIsreadyAndQuitActBehindAnyNumberOfLines) {
     for (const int count : {15, 16, 1000}) {
         std::string text;
         for (int i = 0; i < count; ++i)
-            text += "perft 1\n\n\r\n"; // blank lines take no room
+            text += "perft 1\n\n\r\n"; // blank lines are dropped
         EngineProcess engine;
         begin_search(engine);
         engine.send_text(text + "isready\nperft 1\nisrea");
@@ -91,8 +75,8 @@ TEST(SearchInput, WordsThatCannotWaitActBehindAnyNumberOfLines) {
     EXPECT_EQ(count_beginning(lines, "uciok"), 0);
 }
 
-// Quiescence alone has millions of nodes here, and iteration 1 does not end.
-TEST(SearchInput, CrowdedBoardsAreNoHidingPlace) {
+// The quiescence search alone visits millions of nodes here, so iteration 1 does not end by itself.
+TEST(SearchInput, StopAndLimitsEndASearchOfACrowdedBoard) {
     const std::string fen =
         "qQQqq1qk/1q1q1q1R/q1q1Qqq1/1Q1QbQ2/q1q1Q1qq/QbQQQ1Q1/rQBQ1Q1Q/K1Q1Q1Qn b - - 0 1";
     Position position = position_from(fen);
@@ -105,11 +89,11 @@ TEST(SearchInput, CrowdedBoardsAreNoHidingPlace) {
     }
 }
 
-TEST(SearchInput, UnfinishedLinesNeverHoldTheSearch) {
+TEST(SearchInput, UnfinishedLinesNeverBlockTheSearch) {
     EngineProcess engine;
-    engine.send_text("go infinite\nst"); // in the portion of the go line
+    engine.send_text("go infinite\nst"); // together with the go line
     engine.read_until("info depth 8");
-    engine.send_text("o"); // and in one of its own
+    engine.send_text("o"); // and alone
     engine.read_until("info depth 10");
     engine.send_text("p\n");
     engine.read_until("bestmove");
@@ -120,7 +104,7 @@ TEST(SearchInput, UnfinishedLinesNeverHoldTheSearch) {
     EXPECT_EQ(engine.finish(), Lines());
 }
 
-TEST(SearchInput, LongLinesArriveInShorterPieces) {
+TEST(SearchInput, LongLinesAreCutBeforeAStopAndWholeBehindIt) {
     constexpr std::size_t PIECE = 1023;
     const auto filler = [](std::size_t length) { return std::string(length, 'x'); };
     EngineProcess engine;
@@ -134,7 +118,23 @@ TEST(SearchInput, LongLinesArriveInShorterPieces) {
     engine.send(filler(2 * PIECE) + "stop");
     engine.read_until("bestmove");
 
-    EXPECT_EQ(engine.finish(), Lines());
+    // 1,023 characters hold 200 of these 400 moves.
+    std::string game = "position startpos moves";
+    for (int i = 0; i < 100; ++i)
+        game += " g1f3 g8f6 f3g1 f6g8";
+    const struct {
+        std::string text, clock;
+    } ROWS[] = {{game + "\nstop\nd\n", "50-move: 200,"},
+                {"stop\n" + game + "\nd\n", "50-move: 400,"},
+                {"go depth 3\nstop\n" + game + "\nisready\nd\n", "50-move: 400,"}};
+    for (const auto& row : ROWS) {
+        begin_search(engine);
+        engine.send_text(row.text);
+        EXPECT_TRUE(engine.read_until("50-move: ").back().starts_with(row.clock)) << row.text;
+        engine.send("ucinewgame");
+    }
+    const Lines lines = answer_file("go infinite\nstop\n" + game + "\nd\n");
+    EXPECT_EQ(count_beginning(lines, "50-move: 400,"), 1);
 }
 
 TEST(SearchInput, EndOfInputLetsTheSearchFinish) {
@@ -167,7 +167,7 @@ TEST(SearchInput, FileIsReadOnDuringTheSearch) {
             << row.text;
 }
 
-// Also where the word has to wait behind a full ring.
+// Also when the stop or quit stands behind a full queue.
 TEST(SearchInput, OnlyOneSearchIsStopped) {
     std::string sixteen;
     for (int i = 0; i < 16; ++i)
