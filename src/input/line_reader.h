@@ -19,8 +19,8 @@ bool poll_line(char* line, int capacity);
 
 // Reads what has arrived, as far as the buffer has room, without waiting. Then calls act() for each
 // whole line in the buffer that it was not called for before, the oldest first. act() is not called
-// for lines of 64 bytes or more, the line feed included: no word is that long. Lines for which act()
-// returns true are removed; everything else is kept for read_line().
+// for lines of 64 bytes or more, the line feed included: no word is that long. Lines for which
+// act() returns true are removed; everything else is kept for read_line().
 void scan_lines(bool (*act)(const char* line));
 
 // Whether the buffer holds anything, an unfinished line included, that scan_lines() kept and
