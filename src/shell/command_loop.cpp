@@ -20,25 +20,21 @@ namespace brindlemoth {
 
 namespace {
 
+// The longest line that the command loop reads, with the terminator. A longer line arrives in
+// pieces.
+constexpr int LINE_SIZE = 4096;
+static_assert(LINE_SIZE >= PENDING_LINE_SIZE);
+
 using Handler = void (*)(const char* line, Position& position);
 
 struct Command {
     const char* word;
-    bool whole_line; // the line equals the word; otherwise it only begins with it
+    bool whole_line; // true: the line must equal the word; false: it must begin with the word
     Handler run;
 };
 
 void run_uci(const char*, Position&) {
-    print("id name Brindlemoth\n"
-          "id author You\n"
-          "option name Hash type spin default 64 min 1 max 2048\n"
-          "option name Threads type spin default 1 min 1 max 1\n"
-          "option name MultiPV type spin default 1 min 1 max 256\n"
-          "option name OwnBook type check default false\n"
-          "option name BookFile type string default champions.bin\n"
-          "option name Style type combo default PeSTO var PeSTO var Linear\n"
-          "option name SyzygyPath type string default <empty>\n"
-          "uciok\n");
+    cmd_uci();
 }
 
 void run_isready(const char*, Position&) {
@@ -72,9 +68,7 @@ void run_perft(const char* line, Position& position) {
 }
 
 void run_bench(const char* line, Position&) {
-    constexpr int DEFAULT_DEPTH = 10;
-    const int depth = read_number(line + std::strlen("bench"));
-    cmd_bench(depth >= 1 ? depth : DEFAULT_DEPTH);
+    cmd_bench(read_number(line + std::strlen("bench")));
 }
 
 void run_eval(const char*, Position& position) {
@@ -89,7 +83,8 @@ void run_illegalcheck(const char*, Position& position) {
     cmd_illegalcheck(position);
 }
 
-// The first entry that matches is run: perfttest stands before perft.
+// The first entry that matches is run, so perfttest must stand before perft. Any line that begins
+// with "go" is a go command, "goodbye" too.
 constexpr Command COMMANDS[] = {
     {"uci", true, run_uci},
     {"isready", true, run_isready},
@@ -120,11 +115,10 @@ void dispatch_command(const char* line, Position& position) {
 }
 
 void command_loop() {
-    static_assert(LINE_SIZE >= PENDING_LINE_SIZE);
     Position position;
     position_set_fen(position, starting_fen);
     char line[LINE_SIZE];
-    // Lines that arrived during a search come before the next read.
+    // The lines of the queue arrived before those that read_line() returns.
     while (take_pending_line(line) || read_line(line, LINE_SIZE)) {
         if (std::strcmp(line, "quit") == 0)
             break;

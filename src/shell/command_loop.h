@@ -1,19 +1,15 @@
-// The conversation with a front end: one line at a time, each command run to its end. main()
-// starts the loop; the batch benchmark dispatches a single line.
+// The command loop: reads one line at a time and runs its command to the end. main() starts it.
 #pragma once
 
 #include "board/position.h"
 
 namespace brindlemoth {
 
-// The room for one line of input, with the terminator; a longer line arrives in pieces.
-constexpr int LINE_SIZE = 4096;
-
 // Runs commands until "quit" or the end of the input.
 void command_loop();
 
-// Performs the command of one trimmed line on the working position. A line that is no command is
-// ignored. Only "quit" is not known here.
+// Runs the command of one line on the working position. `line` has no line feed or carriage return
+// at its end. A line that matches no command is ignored; "quit" is handled by command_loop() alone.
 void dispatch_command(const char* line, Position& position);
 
 } // namespace brindlemoth

@@ -3,6 +3,7 @@
 #include "board/make_move.h"
 #include "movegen/legality.h"
 #include "movegen/movegen.h"
+#include "movegen/perft.h"
 #include "platform/clock.h"
 #include "platform/standard_output.h"
 #include "search/history.h"
@@ -14,34 +15,40 @@ namespace brindlemoth {
 
 namespace {
 
-constexpr const char* bench_positions[] = {
-    "rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq - 0 1",
-    "r3k2r/p1ppqpb1/bn2pnp1/3PN3/1p2P3/2N2Q1p/PPPBBPPP/R3K2R w KQkq - 0 1",
-    "8/2p5/3p4/KP5r/1R3p1k/8/4P1P1/8 w - - 0 1",
-    "r3k2r/Pppp1ppp/1b3nbN/nP6/BBP1P3/q4N2/Pp1P2PP/R2Q1RK1 w kq - 0 1",
-    "rnbq1k1r/pp1Pbppp/2p5/8/2B5/8/PPP1NnPP/RNBQK2R w KQ - 1 8",
-};
+constexpr int DEFAULT_BENCH_DEPTH = 10;
+
+// bench searches the first positions of the perft suite.
+constexpr int BENCH_POSITION_COUNT = 5;
+static_assert(BENCH_POSITION_COUNT <= PERFT_CASE_COUNT);
+
+// Searches the position from cleared search memory and returns the number of nodes.
+std::uint64_t bench_position(const char* fen, int depth) {
+    Position position;
+    position_set_fen(position, fen);
+    clear_history();
+    tt_clear();
+    SearchLimits limits{};
+    limits.depth = depth;
+    search_root(position, limits);
+    return node_count;
+}
 
 } // namespace
 
 void cmd_bench(int depth) {
+    constexpr std::uint64_t MILLISECONDS_PER_SECOND = 1000;
+    if (depth < 1)
+        depth = DEFAULT_BENCH_DEPTH;
     const std::int64_t start = tick_count();
-    std::uint64_t total = 0;
-    for (const char* const fen : bench_positions) {
-        Position position;
-        position_set_fen(position, fen);
-        clear_history();
-        tt_clear();
-        SearchLimits limits{};
-        limits.depth = depth;
-        search_root(position, limits);
-        total += node_count;
-    }
+    std::uint64_t nodes = 0;
+    for (int i = 0; i < BENCH_POSITION_COUNT; ++i)
+        nodes += bench_position(perft_cases[i].fen, depth);
     const std::int64_t elapsed = tick_count() - start;
-    const std::uint64_t nps = elapsed > 0 ? total * 1000 / static_cast<std::uint64_t>(elapsed) : 0;
+    const std::uint64_t nps =
+        elapsed > 0 ? nodes * MILLISECONDS_PER_SECOND / static_cast<std::uint64_t>(elapsed) : 0;
     print("\n=== Bench ===\n");
     print("Depth   : %d\n", depth);
-    print("Nodes   : %llu\n", static_cast<unsigned long long>(total));
+    print("Nodes   : %llu\n", static_cast<unsigned long long>(nodes));
     print("Time    : %lld ms\n", static_cast<long long>(elapsed));
     print("NPS     : %llu\n", static_cast<unsigned long long>(nps));
 }

@@ -6,14 +6,16 @@
 
 namespace brindlemoth {
 
-// Searches five positions to the depth (at least 1) from cleared search memory and prints the sum.
-// The node total depends only on depth and options: it is the signature of the program.
+// Searches five positions to the depth, from cleared search memory, and prints the total of nodes.
+// A depth below 1 means the default, 10. The total depends only on depth and options: it is the
+// signature of the program.
 void cmd_bench(int depth);
 
-// Looks for moves that the generator lists twice.
+// Prints the pseudo-legal moves that the generator lists twice.
 void cmd_dupcheck(const Position& position);
 
-// Checks every move that move_is_legal() accepts by a test written out from the attack tables.
+// Prints the moves that move_is_legal() accepts although a second test, which looks up all attacks
+// on the king after the move, finds the king in check.
 void cmd_illegalcheck(Position& position);
 
 } // namespace brindlemoth

@@ -6,11 +6,12 @@
 
 namespace brindlemoth {
 
-// The limits that a whole "go ..." line asks for; words that are not known are passed over.
+// Reads the limits of a whole "go ..." line. Unknown words are skipped; a limit that is not named
+// is 0.
 SearchLimits read_limits(const char* line);
 
-// Answers from the book if it can, otherwise searches; returns when the bestmove line is out. The
-// position is unchanged afterwards.
+// Prints the move of the opening book if there is one, otherwise searches. Returns after the
+// bestmove line was printed. The position is unchanged afterwards.
 void cmd_go(const char* line, Position& position);
 
 } // namespace brindlemoth

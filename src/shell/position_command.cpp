@@ -11,21 +11,25 @@ namespace brindlemoth {
 
 namespace {
 
-// Room that the search, and a test of a move at its last ply, need on the undo stack. A line of
-// input is too short to hold as many moves as are left.
+// The undo stack must keep room for the moves of the search and for the legality test of a move at
+// its last ply. No line of input is long enough to reach this limit.
 constexpr int MAX_GAME_MOVES = MAX_UNDO - MAX_PLY - 2;
 
 constexpr int FEN_FIELDS = 6;
 
-// Whether the text begins with the move as it is written in coordinates.
+constexpr int SQUARES_LENGTH = 4; // of the two squares of a move, as in "e2e4"
+
+// Whether the text begins with the move in coordinate notation. What follows the letter of a
+// promotion does not matter; any other move must end there.
 bool matches(const char* text, Move move) {
-    const char* const written = move_to_text(move);
-    if (std::strncmp(text, written, 4) != 0)
+    const char* const notation = move_to_text(move);
+    if (std::strncmp(text, notation, SQUARES_LENGTH) != 0)
         return false;
-    return is_promotion(move) ? text[4] == written[4] : text[4] == ' ' || text[4] == '\0';
+    const char next = text[SQUARES_LENGTH];
+    return is_promotion(move) ? next == notation[SQUARES_LENGTH] : next == ' ' || next == '\0';
 }
 
-void play_token(const char* token, Position& position) {
+void play_move(const char* token, Position& position) {
     MoveList legal;
     generate_legal(position, legal);
     for (int i = 0; i < legal.count; ++i) {
@@ -39,14 +43,14 @@ void play_token(const char* token, Position& position) {
 void play_moves(const char* text, Position& position) {
     text = skip_blanks(text);
     while (*text != '\0' && position.undo_count < MAX_GAME_MOVES) {
-        play_token(text, position);
+        play_move(text, position);
         text = skip_blanks(text + std::strcspn(text, " "));
     }
 }
 
-// Where the word "moves" may begin: the blank behind the last field of a whole FEN, or the last
-// character of a shorter one.
-const char* end_of_fen(const char* fen) {
+// Where the search for the word "moves" begins: at the blank after the sixth field of the FEN, or
+// at the last character if the line has fewer fields.
+const char* find_end_of_fen(const char* fen) {
     const char* text = fen;
     for (int blanks = 0; *text != '\0' && blanks < FEN_FIELDS; ++text)
         blanks += *text == ' ' ? 1 : 0;
@@ -63,7 +67,7 @@ void cmd_position(const char* line, Position& position) {
     } else if (begins_with(text, "fen")) {
         text = skip_blanks(text + std::strlen("fen"));
         position_set_fen(position, text);
-        text = end_of_fen(text);
+        text = find_end_of_fen(text);
     } else {
         return;
     }

@@ -5,9 +5,9 @@
 
 namespace brindlemoth {
 
-// Sets the position from a whole "position ..." line: a start position, then the moves that can be
-// matched, which stay on its undo stack as history. What cannot be read is passed over; a line of
-// neither form leaves the position unchanged.
+// Sets the position from a whole "position startpos|fen ..." line. The moves on the line are played
+// and stay on the position's undo stack, which is the repetition history; a move that is not legal
+// is skipped. A line of neither form leaves the position unchanged.
 void cmd_position(const char* line, Position& position);
 
 } // namespace brindlemoth

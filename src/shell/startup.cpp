@@ -6,14 +6,9 @@
 #include "search/history.h"
 #include "search/search.h"
 #include "search/transposition.h"
+#include "shell/options.h"
 
 namespace brindlemoth {
-
-namespace {
-
-constexpr int DEFAULT_HASH_MEGABYTES = 64;
-
-} // namespace
 
 void start_engine() {
     init_attacks();

@@ -1,5 +1,5 @@
-// Reading the words and numbers of a command line. A line is a NUL-terminated text, and a blank
-// is the space character alone: a tab is part of a word.
+// Reading the words and numbers of a command line. A line is a NUL-terminated text. Only the space
+// character is a blank: a tab is part of a word.
 #pragma once
 
 #include <algorithm>
@@ -19,8 +19,8 @@ inline bool begins_with(const char* text, const char* prefix) {
     return std::strncmp(text, prefix, std::strlen(prefix)) == 0;
 }
 
-// The decimal number at the start of the text, behind white space and a sign if they are there; 0
-// when there is none. A number beyond 32 bits becomes the largest or smallest there is.
+// Reads the decimal number at the start of the text, which may follow white space and a sign.
+// Returns 0 if there is none. A number that does not fit into an int becomes the nearest int.
 inline int read_number(const char* text) {
     using Limits = std::numeric_limits<int>;
     const long long number = std::strtoll(text, nullptr, 10);
