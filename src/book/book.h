@@ -1,6 +1,6 @@
-// The opening book: a file in the Polyglot format, held whole in memory, and the weighted choice
-// of a move from it. The options load it and switch it on and off, the go command asks it.
-// Nothing here prints anything.
+// The opening book: a file in the Polyglot format, which is read into memory as a whole, and the
+// random choice of a move by the weights in the file. The options load the book and turn it on and
+// off; the go command asks it for a move. Nothing here prints anything.
 #pragma once
 
 #include "board/position.h"
@@ -11,22 +11,24 @@ namespace brindlemoth {
 
 struct BookEntry {
     std::uint64_t key;    // polyglot_key() of the position
-    std::uint16_t move;   // in the book's own layout, see book_probe.cpp
-    std::uint16_t weight; // relative frequency; 0 is never played
+    std::uint16_t move;   // in the layout of the file, see book_probe.cpp
+    std::uint16_t weight; // relative frequency; a move of weight 0 is never chosen
 };
 
-// The book in memory, sorted by key as the file is, or nullptr. Owned by book_load.cpp.
+// The records of the book in the order of the file, which is sorted by key, or nullptr. book_load()
+// allocates and releases them.
 extern BookEntry* book_entries;
 extern int book_entry_count;
-// Whether the book may be asked. It can be on with no book loaded.
+// Whether book_probe() may answer. This can be true with no book loaded.
 extern bool own_book;
 
-// Drops the old book, reads the file, switches the book on and seeds rand(). Returns true when a
-// book is in force afterwards; on failure there is none and own_book is false.
+// Releases the old book and reads the file. On success turns the book on, seeds rand() and returns
+// true. On failure no book is loaded, own_book is false, and it returns false.
 bool book_load(const char* path);
 
-// A random move of the book for the position, by the stored weights: legal, or MOVE_NONE when the
-// book is off or has nothing to say. The position is unchanged afterwards.
+// Returns a legal move of the book, chosen at random by the weights. Returns MOVE_NONE if the book
+// is off, does not contain the position, or the chosen move is not legal. The position is unchanged
+// afterwards.
 Move book_probe(Position& position);
 
 } // namespace brindlemoth

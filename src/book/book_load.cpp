@@ -1,5 +1,5 @@
-// Reading a book file. Any file may be named; one that is no book, or that changes while it is
-// read, leaves the engine without a book.
+// Reading a book file. The user may name any file. If it is not a book, or changes while it is
+// read, the engine has no book afterwards.
 #include "book/book.h"
 #include "platform/regular_file.h"
 
@@ -16,34 +16,46 @@ bool own_book = false;
 
 namespace {
 
-// A record of the file is 16 bytes with the most significant byte of each number first:
-// 8 bytes key, 2 move, 2 weight, and 4 that are of no use here.
-constexpr int RECORD_SIZE = 16;
+// The bytes of a record and of its fields. All numbers are big-endian. The learn field is not used.
+constexpr int KEY_SIZE = 8;
+constexpr int MOVE_SIZE = 2;
+constexpr int WEIGHT_SIZE = 2;
+constexpr int LEARN_SIZE = 4;
+constexpr int RECORD_SIZE = KEY_SIZE + MOVE_SIZE + WEIGHT_SIZE + LEARN_SIZE;
 
-std::uint64_t big_endian(const unsigned char* bytes, int size) {
+std::uint64_t read_big_endian(const unsigned char* bytes, int size) {
     std::uint64_t value = 0;
     for (int i = 0; i < size; ++i)
         value = (value << 8) | bytes[i];
     return value;
 }
 
-// The file's size in bytes when it is that of a book: whole records, at least one, and within
-// 32 signed bits. Otherwise 0.
-int book_file_size(std::FILE* file) {
+BookEntry read_record(const unsigned char* record) {
+    const unsigned char* const move = record + KEY_SIZE;
+    const unsigned char* const weight = move + MOVE_SIZE;
+    return {read_big_endian(record, KEY_SIZE),
+            static_cast<std::uint16_t>(read_big_endian(move, MOVE_SIZE)),
+            static_cast<std::uint16_t>(read_big_endian(weight, WEIGHT_SIZE))};
+}
+
+// Returns the size of the file in bytes if it can be that of a book: a whole number of records, at
+// least one, and within 32 signed bits. Otherwise returns 0.
+int find_book_size(std::FILE* file) {
     const std::int64_t size = regular_file_size(file);
     const bool is_book =
         size >= RECORD_SIZE && size % RECORD_SIZE == 0 && size <= std::numeric_limits<int>::max();
     return is_book ? static_cast<int>(size) : 0;
 }
 
-// The whole file in a buffer that the caller deletes, and its size; nullptr when it is no book,
-// does not fit into memory, or is shorter by now than it just said.
+// Reads the whole file into a buffer, which the caller deletes, and sets `size` to its bytes.
+// Returns nullptr if the file is not a book, does not fit into memory, or gives fewer bytes than
+// its size.
 unsigned char* read_book_file(const char* path, int& size) {
     std::FILE* const file = open_regular_file(path);
     if (file == nullptr)
         return nullptr;
     unsigned char* buffer = nullptr;
-    size = book_file_size(file);
+    size = find_book_size(file);
     if (size > 0) {
         const auto wanted = static_cast<std::size_t>(size);
         buffer = new (std::nothrow) unsigned char[wanted];
@@ -74,16 +86,12 @@ bool book_load(const char* path) {
         delete[] buffer;
         return false;
     }
-    for (int i = 0; i < count; ++i) {
-        const unsigned char* const record = buffer + static_cast<std::ptrdiff_t>(i) * RECORD_SIZE;
-        book_entries[i].key = big_endian(record, 8);
-        book_entries[i].move = static_cast<std::uint16_t>(big_endian(record + 8, 2));
-        book_entries[i].weight = static_cast<std::uint16_t>(big_endian(record + 10, 2));
-    }
+    for (int i = 0; i < count; ++i)
+        book_entries[i] = read_record(buffer + static_cast<std::ptrdiff_t>(i) * RECORD_SIZE);
     delete[] buffer;
     book_entry_count = count;
     own_book = true;
-    // The only seeding in the program; book_probe.cpp is the only caller of rand().
+    // Only book_probe.cpp calls rand().
     std::srand(static_cast<unsigned>(std::time(nullptr)));
     return true;
 }

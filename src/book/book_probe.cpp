@@ -8,20 +8,17 @@ namespace brindlemoth {
 
 namespace {
 
-// A move in the book's layout: to file, to rank, from file, from rank, three bits each from the
-// lowest up, then the promotion: 0 none, 1 knight, 2 bishop, 3 rook, 4 queen.
-int book_move_to(int move) {
-    return make_square(move & 7, (move >> 3) & 7);
-}
-int book_move_from(int move) {
-    return make_square((move >> 6) & 7, (move >> 9) & 7);
-}
-int book_move_promotion(int move) {
-    return (move >> 12) & 7;
+// The fields of a move in the layout of the file, three bits each, from the lowest bit up.
+// PROMOTION is 0 for none, 1 knight, 2 bishop, 3 rook, 4 queen.
+enum BookMoveField { TO_FILE, TO_RANK, FROM_FILE, FROM_RANK, PROMOTION };
+
+int get_field(int book_move, BookMoveField field) {
+    constexpr int FIELD_BITS = 3;
+    return (book_move >> (field * FIELD_BITS)) & ((1 << FIELD_BITS) - 1);
 }
 
-// The index of the first entry with the key, or -1.
-int first_entry(std::uint64_t key) {
+// Returns the index of the first entry with the key, or -1.
+int find_first_entry(std::uint64_t key) {
     int lo = 0;
     int hi = book_entry_count - 1;
     while (lo <= hi) {
@@ -39,19 +36,21 @@ int first_entry(std::uint64_t key) {
     return -1;
 }
 
-// A random number that is not negative, of 30 bits at least: some libraries draw 15 at a time.
-int random_number() {
+// Draws a non-negative random number of at least 30 bits. In some libraries rand() has only 15
+// bits; two draws are combined there.
+int draw_random_number() {
+    constexpr int LEAST_RAND_BITS = 15;
     const int low = std::rand();
-    if constexpr (RAND_MAX < 1 << 15)
-        return low | std::rand() << 15;
+    if constexpr (RAND_MAX < 1 << LEAST_RAND_BITS)
+        return low | std::rand() << LEAST_RAND_BITS;
     else
         return low;
 }
 
-// A random one among the moves that stand for the key from `first` on, by their weights, in the
-// book's layout. False when all weights are 0.
+// Chooses one of the moves that are stored for the key from index `first` on, at random by their
+// weights. `chosen` is in the layout of the file. Returns false if all weights are 0.
 bool choose_move(int first, std::uint64_t key, int& chosen) {
-    constexpr int MAX_CHOICES = 64;
+    constexpr int MAX_CHOICES = 64; // later entries of the same key are ignored
     int moves[MAX_CHOICES];
     int weights[MAX_CHOICES];
     int count = 0;
@@ -65,7 +64,7 @@ bool choose_move(int first, std::uint64_t key, int& chosen) {
     }
     if (total == 0)
         return false;
-    const int pick = random_number() % total;
+    const int pick = draw_random_number() % total;
     int running = 0;
     for (int i = 0; i < count; ++i) {
         running += weights[i];
@@ -77,13 +76,14 @@ bool choose_move(int first, std::uint64_t key, int& chosen) {
     return false;
 }
 
-// The legal move that a book move means in the position, or MOVE_NONE.
+// Returns the legal move that a book move stands for in the position, or MOVE_NONE.
 Move decode_move(Position& position, int book_move) {
-    const int from = book_move_from(book_move);
-    int to = book_move_to(book_move);
-    const int promotion = book_move_promotion(book_move);
+    const int from = make_square(get_field(book_move, FROM_FILE), get_field(book_move, FROM_RANK));
+    int to = make_square(get_field(book_move, TO_FILE), get_field(book_move, TO_RANK));
+    const int promotion = get_field(book_move, PROMOTION);
 
-    // The book castles by king takes own rook; here the king moves two squares.
+    // The file stores castling as the king's move to the square of its own rook. The engine moves
+    // the king by two squares.
     const int mover = position.board[from];
     if (mover != EMPTY_SQUARE && piece_type(mover) == KING && file_of(from) == file_of(E1)) {
         if (file_of(to) == file_of(H1))
@@ -96,7 +96,7 @@ Move decode_move(Position& position, int book_move) {
     generate_legal(position, legal);
     for (int i = 0; i < legal.count; ++i) {
         const Move move = legal.moves[i];
-        // Without a promotion in the entry the first of the four, the queen, is as good.
+        // A promotion without a piece in the book matches the first of the four, the queen.
         if (move_from(move) == from && move_to(move) == to &&
             (promotion == 0 || (is_promotion(move) && promoted_type(move) == promotion)))
             return move;
@@ -110,11 +110,11 @@ Move book_probe(Position& position) {
     if (!own_book || book_entry_count == 0)
         return MOVE_NONE;
     const std::uint64_t key = polyglot_key(position);
-    const int first = first_entry(key);
+    const int first = find_first_entry(key);
     int chosen = 0;
     if (first < 0 || !choose_move(first, key, chosen))
         return MOVE_NONE;
-    // An entry that is no legal move ends the look-up: another record is not tried.
+    // If the chosen move is not legal, no other entry is tried.
     return decode_move(position, chosen);
 }
 

@@ -7,14 +7,14 @@ namespace brindlemoth {
 
 namespace {
 
-// The format numbers the kinds of piece black pawn, white pawn, black knight, ...
-std::uint64_t piece_term(int colour, int type, int square) {
+// The format counts the kinds of pieces as black pawn 0, white pawn 1, black knight 2, and so on.
+std::uint64_t get_piece_number(int colour, int type, int square) {
     const int kind = 2 * type + (colour == WHITE ? 1 : 0);
-    return polyglot_random64[POLYGLOT_PIECES + 64 * kind + square];
+    return POLYGLOT_RANDOM64[POLYGLOT_PIECES + SQUARE_COUNT * kind + square];
 }
 
-// Whether a pawn of the side to move stands where it could capture onto ep_square; the format
-// does not ask whether that capture would be legal. Works for any square that a FEN may name.
+// Whether a pawn of the side to move attacks ep_square. The format counts en passant then, even if
+// the capture would not be legal. Any ep_square that a FEN can set is allowed.
 bool en_passant_counts(const Position& position) {
     const Bitboard capturers_from =
         pawn_attack_set(square_bit(position.ep_square), position.side ^ 1);
@@ -29,18 +29,18 @@ std::uint64_t polyglot_key(const Position& position) {
     for (int colour = WHITE; colour <= BLACK; ++colour) {
         for (int type = PAWN; type <= KING; ++type)
             for (Bitboard b = position.pieces[colour][type]; b != 0;)
-                key ^= piece_term(colour, type, pop_lowest(b));
+                key ^= get_piece_number(colour, type, pop_lowest(b));
     }
 
-    constexpr int RIGHTS[4] = {WHITE_SHORT, WHITE_LONG, BLACK_SHORT, BLACK_LONG};
+    constexpr int RIGHTS[] = {WHITE_SHORT, WHITE_LONG, BLACK_SHORT, BLACK_LONG};
     for (int i = 0; i < 4; ++i)
         if ((position.castling & RIGHTS[i]) != 0)
-            key ^= polyglot_random64[POLYGLOT_CASTLING + i];
+            key ^= POLYGLOT_RANDOM64[POLYGLOT_CASTLING + i];
 
     if (position.ep_square != NO_SQUARE && en_passant_counts(position))
-        key ^= polyglot_random64[POLYGLOT_EN_PASSANT + file_of(position.ep_square)];
+        key ^= POLYGLOT_RANDOM64[POLYGLOT_EN_PASSANT + file_of(position.ep_square)];
     if (position.side == WHITE)
-        key ^= polyglot_random64[POLYGLOT_WHITE_TO_MOVE];
+        key ^= POLYGLOT_RANDOM64[POLYGLOT_WHITE_TO_MOVE];
     return key;
 }
 

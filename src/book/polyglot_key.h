@@ -1,5 +1,5 @@
-// The position key of the Polyglot book format. It has nothing to do with the key that the
-// position carries along: it is computed from scratch for each book probe.
+// The position key of the Polyglot book format. It is not related to the key that a Position keeps
+// for the search, and is computed from scratch for each book probe.
 #pragma once
 
 #include "board/position.h"

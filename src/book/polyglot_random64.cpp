@@ -2,9 +2,10 @@
 
 namespace brindlemoth {
 
-// Four numbers a line; inside a piece's block two lines are a rank, from a1 to h8.
+// Four numbers a line. For each kind of piece, two lines are one rank, and the squares run from a1
+// to h8.
 // clang-format off
-const std::uint64_t polyglot_random64[POLYGLOT_RANDOM64_COUNT] = {
+const std::uint64_t POLYGLOT_RANDOM64[POLYGLOT_RANDOM64_COUNT] = {
     // black pawn
     0x9D39247E33776D41, 0x2AF7398005AAA5C7, 0x44DB015024623547, 0x9C15F73E62A76AE2,
     0x75834465489C0C89, 0x3290AC3A203001BF, 0x0FBBAD1F61042279, 0xE83A908FF2FB60CA,

@@ -1,12 +1,13 @@
-// The 781 numbers published with the Polyglot book format, which every book file is built on.
-// polyglot_key() reads them.
+// The 781 random numbers published with the Polyglot book format, from which polyglot_key()
+// computes the keys of a book file.
 #pragma once
 
 #include <cstdint>
 
 namespace brindlemoth {
 
-// Where the groups begin. Pieces come first: 64 numbers by square for each kind of piece.
+// The index of the first number of each group. The numbers of the pieces are ordered by the kind of
+// piece, and by square within a kind.
 enum : int {
     POLYGLOT_PIECES = 0,
     POLYGLOT_CASTLING = 768,
@@ -15,6 +16,6 @@ enum : int {
     POLYGLOT_RANDOM64_COUNT = 781,
 };
 
-extern const std::uint64_t polyglot_random64[POLYGLOT_RANDOM64_COUNT];
+extern const std::uint64_t POLYGLOT_RANDOM64[POLYGLOT_RANDOM64_COUNT];
 
 } // namespace brindlemoth

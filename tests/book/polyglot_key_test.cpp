@@ -23,16 +23,16 @@ TEST(PolyglotKey, PublishedKeys) {
         EXPECT_EQ(polyglot_key(position_from(row.fen)), row.key) << row.fen;
 }
 
-// The published keys use only some of the numbers; these totals use them all.
-TEST(PolyglotKey, NumbersAddUp) {
+// The published keys depend on some of the numbers only; these sums depend on all of them.
+TEST(PolyglotKey, SumsOfAllNumbers) {
     std::uint64_t all = 0;
     std::uint64_t weighted = 0;
-    std::uint64_t place = 0;
-    for (const std::uint64_t number : polyglot_random64) {
+    std::uint64_t index = 0;
+    for (const std::uint64_t number : POLYGLOT_RANDOM64) {
         all ^= number;
-        weighted += ++place * number;
+        weighted += ++index * number;
     }
-    EXPECT_EQ(place, 781U);
+    EXPECT_EQ(index, 781U);
     EXPECT_EQ(all, 0xEAA4DC0DD06542B6U);
     EXPECT_EQ(weighted, 0x9ED769C526B32C64U);
 }
