@@ -5,7 +5,7 @@
 
 namespace brindlemoth {
 
-// Milliseconds since some fixed moment; never runs backwards.
+// Milliseconds since a fixed moment, which differs between systems. Never decreases.
 std::int64_t tick_count();
 
 } // namespace brindlemoth

@@ -13,7 +13,7 @@ namespace brindlemoth {
 const char path_separator = '/';
 
 FileHandle open_file(const char* name) {
-    // Without O_NONBLOCK a pipe of that name would hold up the open for ever.
+    // Without O_NONBLOCK, opening a named pipe would wait for a writer.
     const int file = open(name, O_RDONLY | O_CLOEXEC | O_NONBLOCK);
     if (file < 0)
         return INVALID_FILE;
@@ -37,7 +37,7 @@ bool close_file(FileHandle file) {
     return close(static_cast<int>(file)) == 0;
 }
 
-// There is no mapping object here; its handle carries the length, which munmap wants back.
+// POSIX has no mapping object. The mapping handle holds the length instead, which munmap needs.
 MapResult map_file(FileHandle file, MappingHandle& mapping, const std::uint8_t*& view,
                    std::uint64_t& size) {
     if (!file_size(file, size))

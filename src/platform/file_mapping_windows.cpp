@@ -7,7 +7,7 @@ namespace brindlemoth {
 
 const char path_separator = '\\';
 
-static HANDLE native(FileHandle file) {
+static HANDLE to_handle(FileHandle file) {
     return reinterpret_cast<HANDLE>(file);
 }
 
@@ -25,25 +25,25 @@ FileHandle open_file(const char* name) {
 
 bool file_size(FileHandle file, std::uint64_t& size) {
     LARGE_INTEGER bytes;
-    if (!GetFileSizeEx(native(file), &bytes))
+    if (!GetFileSizeEx(to_handle(file), &bytes))
         return false;
     size = static_cast<std::uint64_t>(bytes.QuadPart);
     return true;
 }
 
 bool close_file(FileHandle file) {
-    return CloseHandle(native(file)) != 0;
+    return CloseHandle(to_handle(file)) != 0;
 }
 
 MapResult map_file(FileHandle file, MappingHandle& mapping, const std::uint8_t*& view,
                    std::uint64_t& size) {
     DWORD high = 0;
-    const DWORD low = GetFileSize(native(file), &high);
+    const DWORD low = GetFileSize(to_handle(file), &high);
     if (low == INVALID_FILE_SIZE && GetLastError() != NO_ERROR)
         return MapResult::NO_MAPPING;
     size = (static_cast<std::uint64_t>(high) << 32) | low;
     const HANDLE object =
-        CreateFileMappingA(native(file), nullptr, PAGE_READONLY, high, low, nullptr);
+        CreateFileMappingA(to_handle(file), nullptr, PAGE_READONLY, high, low, nullptr);
     if (object == nullptr)
         return MapResult::NO_MAPPING;
     const void* const address = MapViewOfFile(object, FILE_MAP_READ, 0, 0, 0);

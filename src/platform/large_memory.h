@@ -1,15 +1,16 @@
-// Large blocks of zeroed memory that are read at random, as a hash table is.
+// Large blocks of zeroed memory for random access, such as a hash table.
 #pragma once
 
 #include <cstddef>
 
 namespace brindlemoth {
 
-// A zero-filled block, on large pages where the system has them to give; nullptr when there is not
-// that much memory.
+// Allocates a zero-filled block, on large pages where the system offers them. Returns nullptr if
+// there is not enough memory. The caller releases it by release_large().
 void* allocate_large(std::size_t bytes);
 
-// Gives back a block and its length; nullptr is no block.
+// Releases a block of allocate_large(), which was called with the same number of bytes. Does
+// nothing if `block` is nullptr.
 void release_large(void* block, std::size_t bytes);
 
 } // namespace brindlemoth

@@ -7,13 +7,14 @@ namespace brindlemoth {
 
 namespace {
 
-// A mapping can be backed by large pages only where it covers whole ones.
+// The size and alignment of a large page: 2 MiB on x86-64.
 constexpr std::size_t LARGE_PAGE = std::size_t{2} << 20;
 
 } // namespace
 
 void* allocate_large(std::size_t bytes) {
-    // One page more than asked for has an aligned block in it; what lies around it goes back.
+    // Reserve one page more than requested, so that the reservation contains an aligned block. Then
+    // release what lies before and behind that block.
     const std::size_t reserved = bytes + LARGE_PAGE;
     void* const mapping =
         mmap(nullptr, reserved, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
@@ -27,7 +28,7 @@ void* allocate_large(std::size_t bytes) {
     char* const block = begin + lead;
     munmap(block + bytes, reserved - lead - bytes);
 #ifdef MADV_HUGEPAGE
-    madvise(block, bytes, MADV_HUGEPAGE); // a wish: small pages serve as well
+    madvise(block, bytes, MADV_HUGEPAGE); // only a hint: small pages work too
 #endif
     return block;
 }

@@ -1,4 +1,5 @@
-// Opening a file that a user named, when the name may stand for anything. The book loader calls it.
+// Opening a file whose name comes from the user, so that it may name anything. The book loader
+// calls this.
 #pragma once
 
 #include <cstdint>
@@ -6,12 +7,11 @@
 
 namespace brindlemoth {
 
-// Opens the file for binary reading if it is a regular file; directories, pipes and devices are
-// refused without waiting for anyone at their other end. Returns nullptr on failure; otherwise the
-// caller closes the stream.
+// Opens a regular file for binary reading. Directories, pipes and devices are refused without
+// waiting for another process. Returns nullptr on failure. The caller closes the stream.
 std::FILE* open_regular_file(const char* path);
 
-// Its size in bytes, or -1 on failure.
+// Returns the size of the file in bytes, or -1 on failure.
 std::int64_t regular_file_size(std::FILE* file);
 
 } // namespace brindlemoth

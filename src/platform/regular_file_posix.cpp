@@ -7,7 +7,7 @@
 namespace brindlemoth {
 
 std::FILE* open_regular_file(const char* path) {
-    // Without O_NONBLOCK the open of a pipe would wait for a writer.
+    // Without O_NONBLOCK, opening a named pipe would wait for a writer.
     const int descriptor = open(path, O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
     if (descriptor < 0)
         return nullptr;

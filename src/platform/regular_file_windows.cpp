@@ -17,7 +17,7 @@ std::FILE* open_regular_file(const char* path) {
     return file;
 }
 
-// What the library tells of a position in a file has 32 bits here.
+// Not by fseek() and ftell(): on Windows a long has 32 bits.
 std::int64_t regular_file_size(std::FILE* file) {
     return _filelengthi64(_fileno(file));
 }

@@ -7,15 +7,16 @@
 
 namespace brindlemoth {
 
-// Waits at most `timeout` milliseconds (-1: for ever) until a read would return.
+// Waits at most `timeout` milliseconds, or without limit if it is -1, until a read would return at
+// once. Returns whether it would.
 static bool wait_for_input(int timeout) {
     for (;;) {
         pollfd input{.fd = STDIN_FILENO, .events = POLLIN, .revents = 0};
         const int ready = poll(&input, 1, timeout);
         if (ready >= 0)
-            return ready > 0; // a hang-up or a closed descriptor counts: the read returns at once
+            return ready > 0; // also on a hang-up or a closed descriptor, where a read returns 0
         if (errno != EINTR) {
-            // Anything but a terminal is then read, to find out.
+            // The state is unknown. On a terminal a read could wait; elsewhere the read will tell.
             return isatty(STDIN_FILENO) == 0;
         }
     }
@@ -30,7 +31,7 @@ int read_input(char* buffer, int size) {
         const ssize_t count = read(STDIN_FILENO, buffer, static_cast<std::size_t>(size));
         if (count >= 0)
             return static_cast<int>(count);
-        // Whoever started the program may have left the descriptor in non-blocking mode.
+        // The descriptor may be in non-blocking mode, which it shares with the parent process.
         const bool nothing_yet = errno == EAGAIN;
         if (errno != EINTR && !(nothing_yet && wait_for_input(-1)))
             return 0;

@@ -7,13 +7,13 @@ namespace brindlemoth {
 
 namespace {
 
-// A console holds every key and mouse event; a read of it waits for a whole line. So the events
-// are looked through for the key that ends one.
+// The input of a console is a queue of key and mouse events, but a read waits for a whole line. So
+// search the queue for the Enter key, which ends a line.
 bool console_has_line(HANDLE console) {
-    constexpr DWORD MOST_EVENTS = 2048; // older consoles tell no more than 64 KiB of them at once
-    static INPUT_RECORD events[MOST_EVENTS];
+    constexpr DWORD MAX_EVENTS = 2048; // older consoles return at most 64 KiB of events at once
+    static INPUT_RECORD events[MAX_EVENTS];
     DWORD count = 0;
-    if (!PeekConsoleInputA(console, events, MOST_EVENTS, &count))
+    if (!PeekConsoleInputA(console, events, MAX_EVENTS, &count))
         return false;
     for (DWORD i = 0; i < count; ++i) {
         const KEY_EVENT_RECORD& key = events[i].Event.KeyEvent;
@@ -32,7 +32,7 @@ bool input_waiting() {
     DWORD mode = 0;
     if (GetConsoleMode(input, &mode))
         return console_has_line(input);
-    // A pipe tells how much is in it. A file and a broken pipe do not: a read of them returns.
+    // PeekNamedPipe fails on a file and on a broken pipe. A read of these returns at once.
     DWORD available = 0;
     return !PeekNamedPipe(input, nullptr, 0, nullptr, &available, nullptr) || available != 0;
 }

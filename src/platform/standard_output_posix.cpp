@@ -13,7 +13,8 @@ void write_output(const char* text, std::size_t size) {
             text += written;
             size -= static_cast<std::size_t>(written);
         } else if (errno == EAGAIN) {
-            // Whoever started the program may have left the descriptor in non-blocking mode.
+            // The descriptor may be in non-blocking mode, which it shares with the parent process.
+            // Wait without limit until it takes more.
             pollfd output{.fd = STDOUT_FILENO, .events = POLLOUT, .revents = 0};
             poll(&output, 1, -1);
         } else if (errno != EINTR) {

@@ -4,7 +4,7 @@
 
 namespace brindlemoth {
 
-// Through the stream of the library, which ends lines as the system does.
+// The C library's stream in text mode turns each line feed into the line end of Windows.
 void write_output(const char* text, std::size_t size) {
     std::fwrite(text, 1, size, stdout);
     std::fflush(stdout);
