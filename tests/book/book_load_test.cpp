@@ -1,4 +1,4 @@
-// Every kind of file that may be named as a book.
+// Loading a book from every kind of file that a user may name.
 #include "book/book.h"
 #include "support/book_file.h"
 #include "support/system.h"

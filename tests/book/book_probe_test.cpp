@@ -1,4 +1,4 @@
-// What the book answers: by records of our own, and from a genuine book when there is one.
+// The moves of the book: with records made here, and with genuine books where they are available.
 #include "board/make_move.h"
 #include "book/book.h"
 #include "book/polyglot_key.h"
@@ -94,8 +94,8 @@ TEST(BookProbe, OnlyTheFirst64RecordsOfAPositionCount) {
     EXPECT_EQ(book_probe(position), MOVE_NONE);
 }
 
-// Goes wherever a legal move leads from one position of the book to another, and counts the
-// entries on the way, each of which is a legal move.
+// Visits the position and, recursively, every position of the book that a legal move reaches.
+// Counts the entries of these positions and checks that each is a legal move.
 void visit_book(Position& position, std::set<std::uint64_t>& seen, int& entries) {
     const auto before = [](const BookEntry& a, const BookEntry& b) { return a.key < b.key; };
     const auto [first, last] = std::equal_range(book_entries, book_entries + book_entry_count,
@@ -123,7 +123,7 @@ void visit_book(Position& position, std::set<std::uint64_t>& seen, int& entries)
     }
 }
 
-// A book may have holes, from which only moves that were left out lead on.
+// A few positions of a book are reachable only through positions that are not in it.
 TEST(GenuineBook, EntriesThatAWalkReachesAreLegalMoves) {
     const struct {
         const char* file;

@@ -1,4 +1,4 @@
-// The conversation at the prompt, where no search runs: what is a command, what is a line, how the
+// The command loop while no search runs: which lines are commands, where lines end, and how the
 // program starts and ends.
 #include "support/captured_output.h"
 #include "support/engine_process.h"
@@ -28,7 +28,7 @@ Lines answer(const std::string& text, const Lines& arguments = {}) {
     return engine.finish();
 }
 
-TEST(Conversation, EachLineMeetsItsCommandOrSilence) {
+TEST(Conversation, EachLineRunsItsCommandOrPrintsNothing) {
     EXPECT_EQ(answer("uci \n uci\nuci\t\nu\rci\nUCI\nucix\n\n\r\n \nisreadyy\nstop\nstopp\nquit \n"
                      "Quit\nquitnow\nponderhit\nposition\nposition nonsense\nsetoption\nd \ndd\nD\n"
                      " perft 2\nper\ndupcheck \nillegalcheckx\neval \nevaluate\n"),
@@ -39,14 +39,14 @@ TEST(Conversation, EachLineMeetsItsCommandOrSilence) {
                 {"perft2", "Total: 400"},
                 {"perft +2x", "Total: 400"},
                 {"perft -3", "Total: 20"},
-                {"perfttest ", "Total: 20"}, // no whole line, so it is a perft without a number
+                {"perfttest ", "Total: 20"}, // not exactly perfttest, so perft without a number
                 {"dupcheck", "Total pseudo-legal: 20, Duplicates: 0"},
                 {"illegalcheck", "No illegal moves found among move_is_legal=true set."},
                 {"eval", "Total (side-to-move): +20 cp"}};
     for (const auto& row : ROWS)
         EXPECT_EQ(answer(row.line + std::string("\n")).back(), row.last_reply) << row.line;
     EXPECT_EQ(answer("uci\r\r\n"), UCI_BLOCK);
-    // Anything that begins like these is that command, but for "ucinewgame ".
+    // These commands match as prefixes, except ucinewgame.
     EXPECT_EQ(beginnings(answer("gobble depth 2\npositionstartpos moves e2e4\nd\nucinewgame \nd\n"
                                 "ucinewgame\nd\nsetoptions name MultiPV value 2\ngo depth 1\n"),
                          {"info", "bestmove", "Side: black", "Side: white"}),
@@ -54,7 +54,7 @@ TEST(Conversation, EachLineMeetsItsCommandOrSilence) {
                      "info", "info", "bestmove"}));
 }
 
-TEST(Conversation, LinesArriveInPiecesAndEndWherever) {
+TEST(Conversation, LongLinesArriveInPiecesAndAnyLineEndWorks) {
     using namespace std::string_literals;
     constexpr std::size_t PIECE = 4095;
     const auto filler = [](std::size_t length) { return std::string(length, 'x'); };
@@ -102,7 +102,7 @@ TEST(Conversation, BenchReadsItsDepthLikeAnyNumber) {
                   (Lines{"=== Bench ===", row.depth, row.nodes}));
 }
 
-// Half a minute with assertions and sanitizers.
+// With assertions and sanitizers this takes half a minute.
 TEST(Conversation, PerfttestIsABatchJobToo) {
     const Lines lines = answer("d\n", {"perfttest", "extra"});
     ASSERT_EQ(lines.size(), 10U) << "the command loop is never entered";

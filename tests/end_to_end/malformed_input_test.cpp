@@ -40,7 +40,8 @@ std::string damaged(Random& random, std::string text) {
     return text;
 }
 
-// A position of a game, or men strewn over the board in any number; then damaged.
+// The FEN of a position from a game, or of random pieces in any number on random squares, with a
+// few random edits.
 std::string malformed_fen(Random& random) {
     const std::string men =
         one_of(random, "1111PNBRQKpnbrqk|1111111111111PNBRQKpnbrqk|11QKk|1p|11111111111111111Pp");
@@ -48,8 +49,8 @@ std::string malformed_fen(Random& random) {
     return damaged(random, random() % 2 == 0 ? sound : strewn_fen(random, men));
 }
 
-// Exchanges have no bound on a board full of officers of both colours: such a board takes a million
-// nodes before a search of it ends.
+// A board with many pieces of both colours has very long capture sequences: a search of it takes a
+// million nodes before it ends.
 bool may_be_searched(const Position& position) {
     constexpr int MOST_OFFICERS = 18;
     const Bitboard pawns = position.pieces[WHITE][PAWN] | position.pieces[BLACK][PAWN];
@@ -104,7 +105,7 @@ TEST(MalformedInput, AnyPositionIsSafeForEveryCommand) {
     EXPECT_GT(searched, POSITIONS / 2);
 }
 
-// Nothing here takes long: numbers of depth stay as they are, and a search counts its nodes.
+// Returns a command that does not take long: the depths are fixed, and a search has a node limit.
 std::string malformed_command(Random& random) {
     if (random() % 10 == 0)
         return one_of(random, "perft 2|bench 1|setoption name Hash value 2");
@@ -132,7 +133,7 @@ TEST(MalformedInput, AnyCommandLineIsSafe) {
         EXPECT_TRUE(views_agree(position));
         EXPECT_EQ(run("isready", position), "readyok\n");
     }
-    // Nothing of it has left a trace that default options and a new game do not remove.
+    // Default options and a new game remove every effect of these lines.
     for (const char* const line :
          {"setoption name Hash value 64", "setoption name MultiPV value 1",
           "setoption name Style value PeSTO", "setoption name OwnBook value false", "ucinewgame"})
@@ -140,8 +141,8 @@ TEST(MalformedInput, AnyCommandLineIsSafe) {
     EXPECT_NE(run("bench 4", position).find("Nodes   : 6618\n"), std::string::npos);
 }
 
-// The same through the front door: noise with line ends and NUL bytes in it, in one stream.
-TEST(MalformedInput, NoiseOnStandardInputIsSurvived) {
+// Random bytes, line feeds and NUL bytes among them, on the standard input of the engine.
+TEST(MalformedInput, RandomBytesOnStandardInputAreSafe) {
     Random random(77);
     std::string noise;
     for (int i = 0; i < 200'000; ++i)

@@ -1,4 +1,4 @@
-// Options and the book as a front end meets them.
+// The book and its options, through the commands of a front end.
 #include "book/polyglot_key.h"
 #include "support/book_file.h"
 #include "support/captured_output.h"
@@ -13,7 +13,7 @@ TEST(OptionsAndBook, BookAnswersEveryGoButAnInfiniteOne) {
     const TemporaryDirectory directory;
     const std::uint64_t key = polyglot_key(position_from(starting_fen));
     EngineProcess engine;
-    engine.send_text("setoption name OwnBook value true\ngo depth 1\n" // there is none yet
+    engine.send_text("setoption name OwnBook value true\ngo depth 1\n" // no book is loaded yet
                      "setoption name BookFile value " +
                      directory.write("my \xC3\xBC.bin", book_bytes({{key, book_move(H2, H4), 1}})) +
                      "\ngo\ngo movetime 50\ngo nodes 1\ngo infinite depth 1\n"

@@ -1,5 +1,5 @@
-// What input does while a search runs. A pipe may deliver it in any portions, a file delivers all of
-// it at once.
+// What input does while a search runs. A pipe may deliver it in any portions, a file delivers all
+// of it at once.
 #include "support/book_file.h"
 #include "support/captured_output.h"
 #include "support/engine_process.h"

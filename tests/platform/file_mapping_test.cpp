@@ -1,4 +1,4 @@
-// Files that are mapped whole, and what is refused as a file.
+// Mapping whole files, and what open_file() refuses.
 #include "platform/file_mapping.h"
 #include "support/book_file.h"
 #include "support/system.h"

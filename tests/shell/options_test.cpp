@@ -1,4 +1,4 @@
-// The setoption command, by what a line does to the globals that the options serve.
+// The setoption command: which of the global settings a line changes.
 #include "board/position.h"
 #include "book/book.h"
 #include "eval/evaluate.h"

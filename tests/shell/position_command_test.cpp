@@ -9,7 +9,7 @@ namespace {
 constexpr const char* BEFORE = "8/8/8/3k4/8/3K4/8/8 b - - 0 1";
 #define KINGS_AND_PAWN "8/4P2k/8/8/8/8/8/K7 w - - 0 1"
 
-// The key tells the position, undo_count how it was reached.
+// The key identifies the position, undo_count the number of moves played.
 TEST(PositionCommand, StartsAndMoves) {
     const struct {
         const char* line;

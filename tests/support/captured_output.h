@@ -7,8 +7,8 @@
 
 namespace brindlemoth {
 
-// The lines that the action prints on standard output, without their line feeds. Standard input
-// is empty meanwhile and from then on, so that no search is stopped by what it polls.
+// The lines that the action prints on standard output, without their line feeds. From the first
+// call on, standard input is empty, so that input cannot stop a search.
 Lines output_of(const std::function<void()>& action);
 
 // An info line without its nps and time, which differ from run to run.
