@@ -8,6 +8,8 @@
 namespace brindlemoth {
 namespace {
 
+using namespace std::string_literals;
+
 TEST(EndgameBonus, Patterns) {
     const struct {
         const char* what;
@@ -20,7 +22,8 @@ TEST(EndgameBonus, Patterns) {
         {"light bishop, right corner", "k7/8/1K6/8/8/8/8/4NB2 w - - 0 1", 200 + 100},
         {"bridge", "3K4/3P2k1/8/8/8/8/r7/5R2 w - - 0 1", 20 * (15 + 3)},
         {"bridge, rook pawn", "K7/P2k4/8/8/8/8/r7/1R6 w - - 0 1", 0},
-        {"bridge, but against a pawn as well", "3K4/3P2k1/8/8/8/7p/r7/5R2 w - - 0 1", 0},
+        {"bridge, pawn on the b-file", "1K6/1P2k3/8/8/8/8/r7/5R2 w - - 0 1", 20 * (15 + 3)},
+        {"bridge, pawn on the g-file", "6K1/6P1/4k3/8/8/8/r7/5R2 w - - 0 1", 20 * (15 + 2)},
         {"bridge, own king two files off", "5K2/3P3k/8/8/8/8/r7/5R2 w - - 0 1", 0},
     };
     for (const auto& c : cases) {
@@ -28,6 +31,10 @@ TEST(EndgameBonus, Patterns) {
         const Position position = position_from(c.fen);
         EXPECT_EQ(endgame_bonus(position), c.expected);
     }
+    for (const char further : "NBRQPnbrqp"s)
+        EXPECT_EQ(
+            endgame_bonus(position_from("3K4/3P2k1/8/8/8/7"s + further + "/r7/5R2 w - - 0 1")), 0)
+            << "bridge with a further " << further;
 }
 
 TEST(EndgameScale, Factors) {

@@ -52,6 +52,10 @@ TEST(Generators, OrderOfEmission) {
         {"4k3/8/8/8/8/8/8/R3K2R w KQ - 0 1", generate_castling_moves, "e1g1/2 e1c1/3"},
         {"4k3/8/8/8/8/8/8/3K3R w KQ - 0 1", generate_castling_moves, ""},
         {"4k3/8/8/8/8/8/8/R3K2N w KQ - 0 1", generate_castling_moves, "e1c1/3"},
+        // An attack matters on the squares of the king, the last one too, not beside the rook.
+        {"2r1k1r1/8/8/8/8/8/8/R3K2R w KQ - 0 1", generate_castling_moves, ""},
+        {"r3k2r/8/8/8/8/8/8/2R1K1R1 b kq - 0 1", generate_castling_moves, ""},
+        {"1r2k3/8/8/8/8/8/8/R3K2R w KQ - 0 1", generate_castling_moves, "e1g1/2 e1c1/3"},
     };
     for (const Row& row : rows)
         EXPECT_EQ(listed(position_from(row.fen), row.generate), row.moves) << row.fen;

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <gtest/gtest.h>
 #include <random>
+#include <span>
 
 namespace brindlemoth {
 namespace {
@@ -78,6 +79,27 @@ TEST(MovePicker, HandsOutEveryMoveOnce) {
     });
     clear_history();
     EXPECT_GT(evasions, 50);
+}
+
+TEST(History, EachSearchHalvesEveryCellTowardZero) {
+    const std::span<std::int16_t> cells[] = {
+        std::span(&butterfly_history[0][0], sizeof butterfly_history / 2),
+        std::span(&continuation_history[0][0][0][0], sizeof continuation_history / 2)};
+    const auto pattern = [](std::size_t i) { return static_cast<int>(i % 32749) - 16384; };
+    for (const auto& table : cells)
+        for (std::size_t i = 0; i < table.size(); ++i)
+            table[i] = static_cast<std::int16_t>(pattern(i));
+    killers[MAX_PLY - 1][1] = countermoves[PIECE_COUNT][63] = make_move_code(E2, E4, FLAG_QUIET);
+    age_history();
+    for (const auto& table : cells)
+        for (std::size_t i = 0; i < table.size(); ++i)
+            ASSERT_EQ(table[i], pattern(i) / 2) << i;
+    EXPECT_EQ(killers[MAX_PLY - 1][1], MOVE_NONE);
+    EXPECT_NE(countermoves[PIECE_COUNT][63], MOVE_NONE);
+    clear_history();
+    for (const auto& table : cells)
+        EXPECT_EQ(std::count(table.begin(), table.end(), 0), std::ssize(table));
+    EXPECT_EQ(countermoves[PIECE_COUNT][63], MOVE_NONE);
 }
 
 // A table entry of another position with the same key may hold any move at all.

@@ -8,13 +8,17 @@
 #include "search/time_budget.h"
 #include "search/transposition.h"
 #include "search/watch.h"
+#include "support/book_file.h"
 #include "support/support.h"
+#include "tablebase/syzygy.h"
 
 #include <cstring>
 #include <gtest/gtest.h>
 
 namespace brindlemoth {
 namespace {
+
+using namespace std::string_literals;
 
 class Search : public testing::Test {
 protected:
@@ -107,6 +111,34 @@ TEST_F(Search, NothingSearchedButSomethingPassedOver) {
     const int value = evaluate(position);
     EXPECT_EQ(at(position, 3, value + 525, value + 526, 0), value + 525);
     EXPECT_EQ(tt_probe(position.key), nullptr);
+}
+
+// A table that gives each position the same value, for either side to move.
+TEST_F(Search, WinsThatTheFiftyMoveRuleEndsAreWorthOnePoint) {
+    constexpr std::string_view HEAD("\x71\xE8\x23\x5D\x01\x00\x44\x66\xEE\x00", 10);
+    constexpr std::size_t FILE_SIZE = 80;
+    const struct {
+        char value; // 0 is a loss, 4 a win
+        int score;
+    } ROWS[] = {{1, -1}, {2, DRAW_SCORE}, {3, 1}};
+    const TemporaryDirectory directory;
+    for (const auto& row : ROWS) {
+        const char constant[] = {'\x80', row.value};
+        std::string file(HEAD);
+        file.append(constant, 2).append(constant, 2).resize(FILE_SIZE);
+        directory.write("KRvK.rtbw", file);
+        ASSERT_TRUE(syzygy_init(directory.path.c_str()));
+        syzygy_probe_limit = 3;
+        for (const char* const side : {"w", "b"}) {
+            Position position = position_from("8/8/8/4k3/8/8/8/R3K3 "s + side);
+            EXPECT_EQ(at(position, 1, 0, 1, 10), row.score) << side;
+            ASSERT_NE(tt_probe(position.key), nullptr);
+            EXPECT_EQ(tt_probe(position.key)->bound, BOUND_EXACT);
+        }
+        syzygy_init("");
+        tt_clear();
+    }
+    syzygy_probe_limit = 0;
 }
 
 TEST_F(Search, TheLastPlyIsEvaluated) {
