@@ -20,17 +20,9 @@ build_engine() {
   cmake --build "$build" --target brindlemoth
 }
 
-# True when this user could write everywhere a build has to.
-may_build() {
-  local place
-  for place in "$build" "$build"/{.run_lock,.ninja_log,CMakeCache.txt}; do
-    [ ! -e "$place" ] || [ -w "$place" ] || return 1
-  done
-  [ -e "$build" ] || mkdir -p "$build" 2>/dev/null
-}
-
-if may_build; then
+if may_build "$build"; then
   require_tools $(have g++ c++ clang++ || echo g++) cmake ninja-build
+  mkdir -p "$build"
 
   # A match runner starts several engines at the same moment; they build one after the other.
   exec {lock}>"$build/.run_lock"
@@ -43,8 +35,7 @@ if may_build; then
   fi
   exec {lock}>&-
 elif [ ! -x "$engine" ]; then
-  echo "${0##*/}: cannot write to $root/$build; remove it or build as its owner" >&2
-  exit 1
+  require_writable "$build"
 fi # Another user's finished build is started as it stands.
 
 cd "$call_directory"

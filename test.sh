@@ -1,14 +1,16 @@
 #!/usr/bin/env bash
-# Builds everything and runs the tests: ./test.sh [preset]. The presets that have tests are
-# release (the default), debug, asan, clang, clang-asan and strict; windows and arm64 are for
-# another machine than this.
+# Builds everything and runs the tests: ./test.sh [preset]. The default preset is release; windows
+# and arm64 are for another machine than this.
 # ./test.sh long runs the tests that take minutes, which the others leave out, in the release
 # build; ./test.sh ci does all that is done for every change.
 set -euo pipefail
 cd "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")"
 . tools/require_tools.sh
 
-tests=${1:-release}
+choices='release|debug|asan|clang|clang-asan|strict|long|ci|windows|arm64'
+tests=${1-release}
+[ $# -le 1 ] && is_one_of "$tests" "$choices" || fail_usage "[$choices]"
+
 preset=$tests
 case $tests in
   ci) exec tools/ci.sh ;;
@@ -19,6 +21,7 @@ case $preset in
   clang*) compiler=clang ;;
   *) compiler=$(have g++ c++ clang++ || echo g++) ;;
 esac
+require_writable "build/$preset"
 require_tools $compiler cmake ninja-build libgtest-dev
 
 jobs=$(nproc 2>/dev/null || echo 2)

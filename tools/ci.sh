@@ -5,6 +5,9 @@ set -euo pipefail
 cd "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")/.."
 . tools/require_tools.sh
 
+[ $# -eq 0 ] || fail_usage "(no arguments)"
+require_writable build
+
 # Programs of tests that are quick under the sanitizers, and what reads malformed input.
 sanitized=(board movegen eval search shell book table_file end_to_end)
 fuzz_seconds=10

@@ -5,19 +5,23 @@
 # median and the spread. Ends with status 1 when the node totals differ.
 set -euo pipefail
 
-if [ $# -lt 2 ] || [ $# -gt 4 ]; then
-  echo "usage: ${0##*/} A B [depth] [rounds]" >&2
-  exit 1
-fi
-depth=${3:-14}
-rounds=${4:-10}
+. "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")/require_tools.sh"
+
+usage="A B [depth] [rounds]"
+[ $# -ge 2 ] && [ $# -le 4 ] || fail_usage "$usage"
+depth=${3-14}
+rounds=${4-10}
+is_positive "$depth" && is_positive "$rounds" || fail_usage "$usage, with numbers from 1"
 
 # program BUILD: the engine itself.
 program() {
-  if [ -d "$1" ]; then echo "$1/src/brindlemoth"; else echo "$1"; fi
+  if [ -d "$1" ]; then echo "$1/src/brindlemoth"; else realpath -m "$1"; fi
 }
 a=$(program "$1")
 b=$(program "$2")
+for file in "$a" "$b"; do
+  [ -f "$file" ] && [ -x "$file" ] || fail_usage "$usage; there is no program $file"
+done
 
 # run PROGRAM: its node total and its time in milliseconds.
 run() {
@@ -35,8 +39,7 @@ for ((round = 1; round <= rounds; round++)); do
     read -r nodes_a time_a < <(run "$a")
   fi
   if [ "$nodes_a" != "$nodes_b" ]; then
-    echo "${0##*/}: $nodes_a nodes in A, $nodes_b in B" >&2
-    exit 1
+    fail "$nodes_a nodes in A, $nodes_b in B"
   fi
   ratio=$(awk "BEGIN { printf \"%.4f\", $time_b / $time_a }")
   ratios+=("$ratio")

@@ -5,13 +5,13 @@ set -euo pipefail
 cd "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")/.."
 . tools/require_tools.sh
 
-if [ $# -ne 2 ]; then
-  echo "usage: ${0##*/} position|commands|book|tables SECONDS" >&2
-  exit 1
-fi
+targets='position|commands|book|tables'
+[ $# -eq 2 ] && is_one_of "$1" "$targets" && is_positive "$2" ||
+  fail_usage "$targets SECONDS, at least one second"
 target=$1
 seconds=$2
 
+require_writable build/fuzz
 require_tools clang libclang-rt-dev cmake ninja-build
 build=build/fuzz
 forget_moved_build "$build"

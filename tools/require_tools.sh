@@ -1,4 +1,25 @@
-# Sourced by scripts that build: sees to it that the tools are there.
+# Sourced by the scripts: checks of their arguments, and of what they need to run.
+
+# Messages name the script that the user started, also where it starts others.
+export BRINDLEMOTH_SCRIPT=${BRINDLEMOTH_SCRIPT:-${0##*/}}
+
+# fail MESSAGE: ends the script with status 1.
+fail() {
+  echo "$BRINDLEMOTH_SCRIPT: $1" >&2
+  exit 1
+}
+
+# fail_usage ARGUMENTS: ends the script with status 2 and one line that names its arguments.
+fail_usage() {
+  echo "usage: $0 $1" >&2
+  exit 2
+}
+
+# is_positive WORD: whether it is a whole number from 1 to 999,999.
+is_positive() { [[ $1 =~ ^[1-9][0-9]{0,5}$ ]]; }
+
+# is_one_of WORD LIST: whether the list, whose words are separated by |, has the word.
+is_one_of() { [ -n "$1" ] && [[ $1 != *'|'* && "|$2|" == *"|$1|"* ]]; }
 
 # require_tools PACKAGE...: each argument is the Debian package of a tool. What is missing is
 # installed as root on a system with apt-get; otherwise one line says what to install, and the
@@ -9,20 +30,41 @@ require_tools() {
     is_there "$package" || missing+=("$package")
   done
   [ ${#missing[@]} -eq 0 ] && return 0
-  if [ "$(id -u)" -eq 0 ] && command -v apt-get >/dev/null; then
+  have apt-get || fail "please install (names of Debian packages): ${missing[*]}"
+  if [ "$(id -u)" -eq 0 ]; then
     export DEBIAN_FRONTEND=noninteractive
-    if apt-get update -q >&2 </dev/null && apt-get install -y -q "${missing[@]}" >&2 </dev/null; then
+    if apt-get update -q >&2 </dev/null &&
+      apt-get install -y -q --no-install-recommends "${missing[@]}" >&2 </dev/null; then
       return 0
     fi
   fi
-  echo "${0##*/}: please install: ${missing[*]}" >&2
-  exit 1
+  fail "please run: sudo apt-get install --no-install-recommends ${missing[*]}"
+}
+
+# may_build DIRECTORY: whether this user may write everywhere that a build there has to.
+may_build() {
+  local place=$1
+  while [ ! -e "$place" ]; do place=$(dirname "$place"); done
+  [ -w "$place" ] || return 1
+  for place in "$1"/{.run_lock,.ninja_log,CMakeCache.txt}; do
+    [ ! -e "$place" ] || [ -w "$place" ] || return 1
+  done
+}
+
+# require_writable DIRECTORY...: ends the script where this user may not build in one of them.
+require_writable() {
+  local directory
+  for directory in "$@"; do
+    may_build "$directory" ||
+      fail "cannot write to $PWD/$directory; build as its owner, or copy the sources"
+  done
 }
 
 # is_there PACKAGE: whether what we use of the package can be found, wherever it comes from.
 is_there() {
   case $1 in
     clang) have clang++ ;;
+    dpkg-dev) have dpkg-shlibdeps ;;
     libclang-rt-dev) # the sanitizers and the fuzzer of clang++
       ls "$(clang++ -print-resource-dir 2>/dev/null)"/lib/*/libclang_rt.fuzzer* >/dev/null 2>&1
       ;;

@@ -5,7 +5,10 @@ set -euo pipefail
 cd "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")/.."
 . tools/require_tools.sh
 
+presets='windows|arm64'
+[ $# -eq 1 ] && is_one_of "$1" "$presets" || fail_usage "$presets"
 preset=$1
+require_writable "build/$preset" "build/$preset-googletest"
 case $preset in
   windows)
     require_tools cmake ninja-build googletest g++-mingw-w64-x86-64-posix wine wine64
@@ -27,7 +30,7 @@ cmake -S /usr/src/googletest -B "build/$preset-googletest" -G Ninja -DCMAKE_BUIL
 cmake --build "build/$preset-googletest" -j "$jobs" --target install >/dev/null
 
 forget_moved_build "build/$preset"
-cmake --preset "$preset" -DBRINDLEMOTH_TESTS=ON -DBRINDLEMOTH_WERROR=ON \
+cmake --preset "$preset" --no-warn-unused-cli -DBRINDLEMOTH_TESTS=ON -DBRINDLEMOTH_WERROR=ON \
   -DGTest_DIR="$installed/lib/cmake/GTest" </dev/null
 cmake --build --preset "$preset" -j "$jobs" </dev/null
 if [ "$preset" = windows ]; then
