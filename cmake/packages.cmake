@@ -5,6 +5,7 @@
 set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/README.md)
 file(READ README.md readme)
 string(REGEX REPLACE "\\[([^]]+)\\]\\([A-Za-z_/]+\\.md[^)]*\\)" "\\1" readme "${readme}")
+string(APPEND readme "\nThese pages and CONTRIBUTING.md are in the sources.\n")
 file(WRITE ${PROJECT_BINARY_DIR}/documents/README.md "${readme}")
 install(FILES ${PROJECT_BINARY_DIR}/documents/README.md CHANGELOG.md
   DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT engine)
