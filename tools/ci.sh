@@ -32,8 +32,9 @@ build() {
   cmake --build --preset "$preset" -j "$jobs" ${1:+--target "$@"} </dev/null
 }
 
-step "Format"
+step "Format and layers"
 tools/check_format.sh
+tools/check_layers.sh
 
 step "Everything without a warning of g++, and the tests in that build"
 ./test.sh strict
