@@ -15,6 +15,10 @@ elseif(CMAKE_SYSTEM_PROCESSOR MATCHES "^(x86_64|AMD64)$")
   target_compile_options(brindlemoth_settings INTERFACE -mpopcnt)
 endif()
 
+if(NOT BRINDLEMOTH_PEXT)
+  target_compile_definitions(brindlemoth_settings INTERFACE BRINDLEMOTH_NO_PEXT)
+endif()
+
 # A program for Windows is one file.
 if(MINGW)
   target_link_options(brindlemoth_settings INTERFACE -static)

@@ -100,7 +100,7 @@ void init_sliders(MagicEntry (&entries)[64], Bitboard* block, const std::array<S
         entry.attacks = block;
         entry.magic = find_magic(square, list);
         for (int i = 0; i < list.count; ++i)
-            block[(list.occupancies[i] * entry.magic) >> entry.shift] = list.attacks[i];
+            block[slider_index(entry, list.occupancies[i])] = list.attacks[i];
         block += list.count;
     }
 }
