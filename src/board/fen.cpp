@@ -22,8 +22,7 @@ void clear_position(Position& position) {
     // Wiping 1,024 undo records for every position that is set up is cheap next to a search, and
     // leaves no trace of an earlier game in the record.
     std::memset(static_cast<void*>(&position), 0, sizeof position);
-    for (int& piece : position.board)
-        piece = EMPTY_SQUARE;
+    std::memset(position.board, EMPTY_SQUARE, sizeof position.board);
     position.ep_square = NO_SQUARE;
 }
 
@@ -32,7 +31,7 @@ void place_piece(Position& position, int piece, int square) {
     position.pieces[piece_colour(piece)][piece_type(piece)] |= bit;
     position.occupied[piece_colour(piece)] |= bit;
     position.all_pieces |= bit;
-    position.board[square] = piece;
+    position.board[square] = static_cast<SquareContent>(piece);
     position.key ^= piece_keys[piece][square];
     if (piece_type(piece) == PAWN)
         position.pawn_key ^= piece_keys[piece][square];

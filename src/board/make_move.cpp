@@ -57,7 +57,7 @@ inline void put_piece(Position& position, int colour, int type, int square) {
     const Bitboard bit = square_bit(square);
     position.pieces[colour][type] ^= bit;
     position.occupied[colour] ^= bit;
-    position.board[square] = piece;
+    position.board[square] = static_cast<SquareContent>(piece);
     position.psq += psq_table[piece][square];
 }
 
@@ -76,7 +76,7 @@ inline void shift_piece(Position& position, int colour, int type, int from, int 
     position.pieces[colour][type] ^= bits;
     position.occupied[colour] ^= bits;
     position.board[from] = EMPTY_SQUARE;
-    position.board[to] = piece;
+    position.board[to] = static_cast<SquareContent>(piece);
     position.psq += psq_table[piece][to] - psq_table[piece][from];
 }
 

@@ -20,20 +20,21 @@ struct UndoRecord {
     Key pawn_key;
 };
 
-struct Position {
+// Aligned, so that the board fills one cache line.
+struct alignas(64) Position {
     Bitboard pieces[2][6]; // by colour, then piece type
     Bitboard occupied[2];  // by colour
     Bitboard all_pieces;
-    int board[64]; // piece code by square, EMPTY_SQUARE where empty
+    Key key;
+    SquareContent board[64];
+    Key pawn_key;  // of the pawns alone
+    Score psq;     // running sum of psq_table over all pieces, White minus Black
     int side;      // colour to move
     int ep_square; // the square a capturing pawn lands on, or NO_SQUARE
     int castling;
-    int halfmove;   // half moves since the last capture or pawn move
-    int fullmove;   // as the FEN counts them
-    int undo_count; // records in use in undo
-    Key key;
-    Key pawn_key;              // of the pawns alone
-    Score psq;                 // running sum of psq_table over all pieces, White minus Black
+    int halfmove;              // half moves since the last capture or pawn move
+    int fullmove;              // as the FEN counts them
+    int undo_count;            // records in use in undo
     UndoRecord undo[MAX_UNDO]; // one record for each move played since the last FEN
 };
 

@@ -17,7 +17,11 @@ enum : int { WHITE = 0, BLACK = 1 };
 enum : int { PAWN, KNIGHT, BISHOP, ROOK, QUEEN, KING, NO_CAPTURE };
 
 // A piece code is colour * 6 + type, the order of the text "PNBRQKpnbrqk".
-enum : int { EMPTY_SQUARE = 12, PIECE_COUNT = 12 };
+constexpr int PIECE_COUNT = 12;
+
+// What the board keeps for a square: a piece code or EMPTY_SQUARE. This is an enumeration because
+// the compiler has to assume that a store to an 8-bit integer changes any other variable.
+enum SquareContent : std::uint8_t { EMPTY_SQUARE = PIECE_COUNT };
 
 constexpr int make_piece(int colour, int type) {
     return colour * 6 + type;
