@@ -188,7 +188,9 @@ static void decide(Chunk& chunk, std::size_t word, Side side, Squares squares, i
     SideState& state = chunk.state[side];
     state.undecided[word] &= ~squares;
     state.can_lose[word] &= ~squares;
-    state.not_won[word] &= lost ? ~Squares{0} : ~squares;
+    // Other threads read this set while losses are decided, so these must not write to it.
+    if (!lost)
+        state.not_won[word] &= ~squares;
     const bool spoilt = n > chunk.table.limit;
     const int wdl = lost ? (spoilt ? -1 : -2) : (spoilt ? 1 : 2);
     WordValues& values = chunk.table.values[side][chunk.first_word + word];
