@@ -3,6 +3,7 @@
 #include "file/table_reader.h"
 #include "numbering/cell_walk.h"
 #include "system/parallel.h"
+#include "system/progress.h"
 
 #include <atomic>
 
@@ -15,16 +16,38 @@ double work_of(const Signature& signature) {
     return static_cast<double>(words_of(make_layout(signature)));
 }
 
-// Sees to it that what a signature converts into is in memory: read back, or solved.
-static void provide_conversions(Shelf& shelf, const Signature& signature, bool captures_only,
-                                const Progress& progress) {
+double reading_work_of(const Signature& signature) {
+    constexpr double READING = 0.4; // of the time that making takes
+    return READING * work_of(signature);
+}
+
+// Sees to it that what a signature converts into is in memory: read back, or solved. `own` is the
+// work that comes after it. Returns the share of this in both, with which the progress ends.
+static double provide_conversions(Shelf& shelf, const Signature& signature, bool captures_only,
+                                  double own, const Progress& progress) {
+    std::vector<Signature> missing;
+    double total = own;
+    const auto work_for = [&](const Signature& needed) {
+        return shelf.trusted.contains(name_of(needed)) ? reading_work_of(needed) : work_of(needed);
+    };
     for (const Signature& needed : conversions(signature)) {
         const bool wanted = !captures_only || men_of(needed) < men_of(signature);
-        // Nobody knows how much of the work this is, but it is under way.
-        const auto waiting = [&](double) { progress(0); };
-        if (wanted && !shelf.tables.contains(name_of(needed)) && !read_back(shelf, needed, waiting))
-            solve_from(shelf, needed, {}, waiting);
+        if (wanted && !shelf.tables.contains(name_of(needed))) {
+            missing.push_back(needed);
+            total += work_for(needed);
+        }
     }
+    double done = 0;
+    for (const Signature& needed : missing) {
+        const double work = work_for(needed);
+        const auto report = [&](double share) { progress((done + work * share) / total); };
+        // What was missing may have been solved or read on the way to another.
+        if (!shelf.tables.contains(name_of(needed)) && !read_back(shelf, needed, report))
+            solve_from(shelf, needed, {}, report);
+        done += work;
+        progress(done / total);
+    }
+    return done / total;
 }
 
 bool read_back(Shelf& shelf, const Signature& signature, const Progress& progress) {
@@ -35,28 +58,40 @@ bool read_back(Shelf& shelf, const Signature& signature, const Progress& progres
                     reader)
              .empty())
         return false;
-    provide_conversions(shelf, signature, true, progress);
+    const double provided =
+        provide_conversions(shelf, signature, true, reading_work_of(signature), progress);
     std::unique_ptr<Table> table = make_table(signature, shelf.tables, FIFTY_MOVES, true);
     std::atomic<bool> whole{true};
+    // The last of the steps is to complete the values.
+    constexpr double READ = 0.6;
+    SharedProgress shares{[&](double share) { progress(provided + (1 - provided) * READ * share); },
+                          std::vector<double>(reader.streams.size()),
+                          {}};
     parallel_for(shelf.threads, reader.streams.size(), [&](std::size_t i) {
         const Side side = i % reader.sides == 0 ? WHITE : BLACK;
         CellWalk walk = cells_from(table->layout, reader.streams[i].numbering, 0);
-        std::vector<std::size_t> cell;
+        CellBatch cells;
+        std::size_t batch = 0; // cells of the batch, and how many of them have been met
+        std::size_t met = 0;
+        std::uint64_t done = 0;
+        const Progress report = progress_of_piece(shares, i);
         const auto set = [&](std::span<const std::uint16_t> values) {
-            // The words lie all over memory: where they are is found out first.
-            cell.resize(values.size());
-            for (std::size_t& number : cell) {
-                number = walk.cell;
-                advance(walk);
-            }
-            for (std::size_t at = 0; at < values.size(); ++at) {
-                const unsigned code = values[at] + 1U; // as in WordValues
-                const std::size_t king = cell[at] % 64;
-                WordValues& word = table->values[side][cell[at] / 64];
+            for (const std::uint16_t value : values) {
+                if (met == batch) {
+                    batch = take_cells(walk, cells);
+                    met = 0;
+                }
+                const std::size_t cell = cells[met++];
+                const unsigned code = value + 1U; // as in WordValues
+                const std::size_t king = cell % 64;
+                WordValues& word = table->values[side][cell / 64];
                 // An image may have been there before, with another value that does as well.
                 for (std::size_t k = 0; k < word.size(); ++k)
                     word[k] = (word[k] & ~(Squares{1} << king)) | Squares{code >> k & 1} << king;
             }
+            done += values.size();
+            report(static_cast<double>(done) /
+                   static_cast<double>(reader.streams[i].numbering.positions));
         };
         if (!read_values(reader, reader.streams[i], set))
             whole = false;
@@ -73,8 +108,10 @@ bool read_back(Shelf& shelf, const Signature& signature, const Progress& progres
 
 void solve_from(Shelf& shelf, const Signature& signature, const VisitPart& visit,
                 const Progress& progress) {
-    provide_conversions(shelf, signature, false, progress);
-    solve(signature, shelf.tables, shelf.threads, visit, progress);
+    const double provided =
+        provide_conversions(shelf, signature, false, work_of(signature), progress);
+    solve(signature, shelf.tables, shelf.threads, visit,
+          [&](double share) { progress(provided + (1 - provided) * share); });
 }
 
 void make_room(Shelf& shelf, std::span<const Signature> to_come) {

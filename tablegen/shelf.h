@@ -17,15 +17,16 @@ struct Shelf {
     TableSet tables;               // that are in memory
 };
 
-// The work that a table takes, roughly.
+// The work that a table takes, roughly, and that of reading it back.
 double work_of(const Signature& signature);
+double reading_work_of(const Signature& signature);
 
 // Reads the values of a table back from its WDL file, after those of what its captures lead to.
 // False, and nothing has happened to the table, if the file is not trusted or cannot be read.
 bool read_back(Shelf& shelf, const Signature& signature, const Progress& progress);
 
 // Solves a signature, and hands on its parts. What it converts into is there already, read back, or
-// solved first.
+// solved first; this is part of the progress.
 void solve_from(Shelf& shelf, const Signature& signature, const VisitPart& visit,
                 const Progress& progress);
 

@@ -6,6 +6,7 @@
 #include <cassert>
 #include <numeric>
 #include <queue>
+#include <stdexcept>
 #include <utility>
 
 namespace brindlemoth::tablegen {
@@ -13,6 +14,8 @@ namespace brindlemoth::tablegen {
 // An index entry serves this many blocks of average length, so that a reader walks over a few.
 constexpr std::uint64_t BLOCKS_PER_ENTRY = 8;
 constexpr int MAX_INDEX_BITS = 20;
+
+constexpr int MAX_EXTRA_BLOCKS = 255; // one byte of the header
 
 // The code length of each symbol by Huffman's construction; 0 for symbols that do not occur.
 // Lengths beyond the limit are avoided by flattening the counts until they fit.
@@ -163,17 +166,20 @@ static void fill_blocks(const Coded& coded, const CompressionSettings& settings,
     for_blocks(coded, stream.block_size_log2, settings.max_block_values,
                [&](std::size_t first, std::size_t last, std::size_t values) {
                    stream.block_lengths.push_back(static_cast<std::uint16_t>(values - 1));
-                   const std::size_t start = stream.blocks.size();
-                   stream.blocks.resize(start + size, 0);
-                   std::size_t place = 8 * start;
+                   // A byte goes out whenever there are eight bits.
+                   const std::size_t end = stream.blocks.size() + size;
+                   std::uint64_t bits = 0;
+                   int waiting = 0;
                    for (std::size_t i = first; i < last; ++i) {
                        const std::uint16_t symbol = coded.sequence[i];
-                       for (int b = coded.length[symbol]; b-- > 0; ++place) {
-                           const std::uint32_t one = coded.code[symbol] >> b & 1;
-                           stream.blocks[place / 8] |=
-                               static_cast<std::uint8_t>(one << (7 - place % 8));
-                       }
+                       bits = bits << coded.length[symbol] | coded.code[symbol];
+                       for (waiting += coded.length[symbol]; waiting >= 8; waiting -= 8)
+                           stream.blocks.push_back(
+                               static_cast<std::uint8_t>(bits >> (waiting - 8)));
                    }
+                   if (waiting > 0)
+                       stream.blocks.push_back(static_cast<std::uint8_t>(bits << (8 - waiting)));
+                   stream.blocks.resize(end, 0);
                });
 }
 
@@ -208,22 +214,35 @@ static void fill_index_table(std::uint64_t positions, int index_bits, Compressed
         stream.index_table.push_back(
             {static_cast<std::uint32_t>(block), static_cast<std::uint16_t>(middle - start)});
     }
-    assert(stream.extra_blocks <= 255);
+    if (stream.extra_blocks > MAX_EXTRA_BLOCKS)
+        throw std::runtime_error("a stream has more extra block lengths than its header can say");
 }
 
-CompressedStream compress(std::vector<std::uint16_t> values, const CompressionSettings& settings,
+void append_values(std::vector<ValueRun>& runs, std::uint16_t value, std::size_t length) {
+    if (!runs.empty() && runs.back().value == value) {
+        const std::size_t more = std::min(length, MAX_RUN_LENGTH - runs.back().length);
+        runs.back().length = static_cast<std::uint16_t>(runs.back().length + more);
+        length -= more;
+    }
+    for (; length > 0; length -= runs.back().length)
+        runs.push_back({value, static_cast<std::uint16_t>(std::min(length, MAX_RUN_LENGTH))});
+}
+
+CompressedStream compress(std::vector<ValueRun> runs, const CompressionSettings& settings,
                           const Progress& progress) {
     CompressedStream stream;
-    const bool constant = std::all_of(values.begin(), values.end(),
-                                      [&](std::uint16_t value) { return value == values[0]; });
+    std::uint64_t positions = 0;
+    bool constant = true;
+    for (const ValueRun& run : runs) {
+        positions += run.length;
+        constant = constant && run.value == runs[0].value;
+    }
     if (constant) {
         stream.constant = true;
-        stream.constant_value = values[0];
+        stream.constant_value = runs[0].value;
         return stream;
     }
-    const std::uint64_t positions = values.size();
-    const Coded coded =
-        assign_codes(substitute_pairs(std::move(values), settings, progress), stream);
+    const Coded coded = assign_codes(substitute_pairs(std::move(runs), settings, progress), stream);
     stream.block_size_log2 = choose_block_size(coded, settings);
     fill_blocks(coded, settings, stream);
     fill_index_table(positions, settings.index_bits, stream);

@@ -56,8 +56,20 @@ struct CompressedStream {
     std::vector<std::uint8_t> blocks;
 };
 
-// Compresses the values, each at most MAX_VALUE. Requires at least one value.
-CompressedStream compress(std::vector<std::uint16_t> values,
-                          const CompressionSettings& settings = {}, const Progress& progress = {});
+// A value, at most MAX_VALUE, that stands so many times in a row.
+struct ValueRun {
+    std::uint16_t value;
+    std::uint16_t length;
+};
+// Longer ones are several runs, all but the last of whole symbols.
+constexpr std::size_t MAX_RUN_LENGTH = 65535 / MAX_SYMBOL_VALUES * MAX_SYMBOL_VALUES;
+
+// Adds values to the end of a sequence.
+void append_values(std::vector<ValueRun>& runs, std::uint16_t value, std::size_t length);
+
+// Compresses a sequence of at least one value. Throws std::runtime_error where index_bits asks for
+// more than a header can say.
+CompressedStream compress(std::vector<ValueRun> runs, const CompressionSettings& settings = {},
+                          const Progress& progress = {});
 
 } // namespace brindlemoth::tablegen

@@ -13,7 +13,7 @@ struct Substitution {
     std::vector<std::uint16_t> sequence;
 };
 
-Substitution substitute_pairs(std::vector<std::uint16_t> values,
-                              const CompressionSettings& settings, const Progress& progress);
+Substitution substitute_pairs(std::vector<ValueRun> runs, const CompressionSettings& settings,
+                              const Progress& progress);
 
 } // namespace brindlemoth::tablegen

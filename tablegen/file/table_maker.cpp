@@ -33,15 +33,29 @@ constexpr std::uint16_t VALUE_MASK = (1 << MAP_SHIFT) - 1;
 
 // The WDL values that may be stored for a position, bit 0 for -2 to bit 4 for 2: its own value;
 // where its best capture is as good, that or any smaller one; where a capture wins, anything.
-using WdlChoice = std::uint8_t;
+using WdlChoice = std::uint16_t;
 constexpr WdlChoice ANY_WDL = 0x1F;
 
+// A choice without a branch, which the compiler can make for many cells at once.
+static WdlChoice pick(bool condition, WdlChoice yes, WdlChoice no) {
+    const auto mask = static_cast<WdlChoice>(-static_cast<int>(condition));
+    return static_cast<WdlChoice>((yes & mask) | (no & ~mask));
+}
+
 static WdlChoice wdl_choice(Cell cell) {
-    if (!is_legal(cell) || capture_of(cell) == 2)
-        return ANY_WDL;
-    const int wdl = wdl_of_distance(distance_of(cell));
-    const int own = 1 << (wdl + 2);
-    return static_cast<WdlChoice>(capture_of(cell) == wdl ? 2 * own - 1 : own);
+    constexpr WdlChoice LOSS = 1, SAVED = 2, DRAW = 4, SPOILT = 8, WIN = 16;
+    const Cell plies = cell & CELL_PLIES;
+    const bool lost = (cell & CELL_LOSS) != 0;
+    const WdlChoice decided =
+        pick(plies <= FIFTY_MOVES, pick(lost, LOSS, WIN), pick(lost, SAVED, SPOILT));
+    const WdlChoice own = pick(plies == 0, DRAW, decided);
+    // The value of the best capture, if that does not win.
+    const Cell code = cell & CELL_ILLEGAL;
+    const auto capture = static_cast<WdlChoice>(
+        pick(code == 1 << CELL_CAPTURE, LOSS, 0) | pick(code == 2 << CELL_CAPTURE, SAVED, 0) |
+        pick(code == 3 << CELL_CAPTURE, DRAW, 0) | pick(code == 4 << CELL_CAPTURE, SPOILT, 0));
+    const auto lower = static_cast<WdlChoice>(own | (own - 1));
+    return pick(code >= 5 << CELL_CAPTURE, ANY_WDL, pick(own == capture, lower, own));
 }
 
 bool dtz_matters(Cell cell) {
@@ -53,19 +67,33 @@ namespace {
 // Meets the WDL choices in order and settles on values in as few runs as can be: a run goes on
 // as long as one value suits all its positions.
 struct WdlRuns {
-    std::vector<std::uint16_t>* values = nullptr; // filled if given
+    std::vector<ValueRun>* values = nullptr; // filled if given
     std::size_t runs = 0;
     std::size_t length = 0;
     WdlChoice common = ANY_WDL;
 
-    void meet(WdlChoice choice) {
-        if ((common & choice) == 0) {
-            close();
-            common = choice;
-        } else {
-            common &= choice;
+    void meet(std::span<const WdlChoice> choices) {
+        // Most stretches go on with the run.
+        for (std::size_t i = 0; i < choices.size(); i += STRETCH) {
+            const auto stretch = choices.subspan(i, std::min(STRETCH, choices.size() - i));
+            WdlChoice all = common;
+            for (const WdlChoice choice : stretch)
+                all &= choice;
+            if (all != 0) {
+                common = all;
+                length += stretch.size();
+                continue;
+            }
+            for (const WdlChoice choice : stretch) {
+                if ((common & choice) == 0) {
+                    close();
+                    common = choice;
+                } else {
+                    common &= choice;
+                }
+                ++length;
+            }
         }
-        ++length;
     }
     void close() {
         if (length != 0) {
@@ -73,11 +101,14 @@ struct WdlRuns {
             if (values != nullptr) {
                 // The draw is the most likely value around, then the loss and the win.
                 const int value = (common & 4) != 0 ? 2 : std::countr_zero(common);
-                values->insert(values->end(), length, static_cast<std::uint16_t>(value));
+                append_values(*values, static_cast<std::uint16_t>(value), length);
             }
         }
         length = 0;
     }
+
+private:
+    static constexpr std::size_t STRETCH = 32;
 };
 
 // A way to number a stream, and how well it has done so far.
@@ -91,57 +122,91 @@ struct Candidate {
 
 // What is stored for a position before any map: plies beyond the least of its kind (1, or 101 with
 // the fifty-move rule in play), and which of the four maps it goes through: that of wins, losses,
-// spoilt wins, saved losses.
+// spoilt wins, saved losses. Written so that the compiler can work on many cells at once.
 static std::uint16_t dtz_value(Cell cell) {
-    if (!dtz_matters(cell))
-        return UNUSED;
-    const int distance = distance_of(cell);
-    const int plies = std::abs(distance) - 1;
-    const int map = (distance < 0 ? 1 : 0) + (plies >= FIFTY_MOVES ? 2 : 0);
-    return static_cast<std::uint16_t>(map << MAP_SHIFT |
-                                      (plies >= FIFTY_MOVES ? plies - FIFTY_MOVES : plies));
+    const int plies = (cell & CELL_PLIES) - 1;
+    const bool spoilt = plies >= FIFTY_MOVES;
+    const int map = ((cell & CELL_LOSS) != 0 ? 1 : 0) + (spoilt ? 2 : 0);
+    const int value = map << MAP_SHIFT | (spoilt ? plies - FIFTY_MOVES : plies);
+    const bool free = (cell & CELL_ZEROES) != 0 || (cell & CELL_PLIES) == 0;
+    return static_cast<std::uint16_t>(free || !is_legal(cell) ? UNUSED : value);
 }
 
-// Calls visit(cell) for indices of a stream in order. The cells lie all over memory: they are
-// fetched in batches, so that many are on their way at once.
+// Calls visit(cells) for the cells of a stream's indices in order, in batches. The cells lie all
+// over memory: those of a batch are on their way at once.
 template <typename Visit>
 static void for_cells(const Part& part, const Candidate& candidate, std::uint64_t first,
                       std::uint64_t last, const Visit& visit, const Progress& progress = {}) {
     CellWalk walk = cells_from(part.table.layout, candidate.numbering, first);
-    std::array<std::size_t, 256> number;
-    std::array<Cell, 256> cell;
-    for (std::uint64_t index = first; index < last; index += number.size()) {
-        if (progress && index % BETWEEN_REPORTS == 0)
+    const Cell* const cells = part.cells[candidate.side].data();
+    const auto first_cell = static_cast<std::uint32_t>(64 * part.first_word);
+    CellBatch number;
+    std::array<Cell, CELL_BATCH> cell;
+    std::uint64_t reported = first;
+    for (std::uint64_t index = first; index < last;) {
+        const std::size_t count = std::min<std::uint64_t>(take_cells(walk, number), last - index);
+        for (std::size_t i = 0; i < count; ++i)
+            number[i] = static_cast<std::uint32_t>(place_of_cell(number[i] - first_cell));
+        for (std::size_t i = 0; i < count; ++i)
+            cell[i] = cells[number[i]];
+        visit(std::span<const Cell>(cell).first(count));
+        index += count;
+        if (progress && index - reported >= BETWEEN_REPORTS) {
+            reported = index;
             progress(ORDERED + (VALUES_MADE - ORDERED) * static_cast<double>(index) /
                                    static_cast<double>(last));
-        const std::size_t count = std::min<std::uint64_t>(number.size(), last - index);
-        for (std::size_t i = 0; i < count; ++i, advance(walk))
-            number[i] = walk.cell;
-        for (std::size_t i = 0; i < count; ++i)
-            cell[i] = part.cell(candidate.side, number[i]);
-        for (std::size_t i = 0; i < count; ++i)
-            visit(cell[i]);
+        }
     }
+}
+
+// The values that suit the indices of a WDL stream.
+static void meet_choices(const Part& part, const Candidate& candidate, std::uint64_t first,
+                         std::uint64_t last, WdlRuns& runs, const Progress& progress = {}) {
+    std::array<WdlChoice, CELL_BATCH> choice;
+    for_cells(
+        part, candidate, first, last,
+        [&](std::span<const Cell> cells) {
+            for (std::size_t i = 0; i < cells.size(); ++i)
+                choice[i] = wdl_choice(cells[i]);
+            runs.meet(std::span<const WdlChoice>(choice).first(cells.size()));
+        },
+        progress);
+    runs.close();
+}
+
+// Calls visit(values) for batches of what a DTZ stream holds before any map.
+template <typename Visit>
+static void for_dtz_values(const Part& part, const Candidate& candidate, std::uint64_t first,
+                           std::uint64_t last, const Visit& visit, const Progress& progress = {}) {
+    std::array<std::uint16_t, CELL_BATCH> value;
+    for_cells(
+        part, candidate, first, last,
+        [&](std::span<const Cell> cells) {
+            for (std::size_t i = 0; i < cells.size(); ++i)
+                value[i] = dtz_value(cells[i]);
+            visit(std::span<const std::uint16_t>(value).first(cells.size()));
+        },
+        progress);
 }
 
 static std::size_t runs_of(const Part& part, const Candidate& candidate, FileKind kind,
                            std::uint64_t first, std::uint64_t last) {
     WdlRuns wdl;
+    if (kind == FileKind::WDL) {
+        meet_choices(part, candidate, first, last, wdl);
+        return wdl.runs;
+    }
     std::size_t runs = 0;
     std::uint16_t current = UNUSED;
-    for_cells(part, candidate, first, last, [&](Cell cell) {
-        if (kind == FileKind::WDL) {
-            wdl.meet(wdl_choice(cell));
-            return;
-        }
-        const std::uint16_t value = dtz_value(cell);
-        if (value != UNUSED && value / 2 != current) {
-            ++runs;
-            current = value / 2;
+    for_dtz_values(part, candidate, first, last, [&](std::span<const std::uint16_t> values) {
+        for (const std::uint16_t value : values) {
+            if (value != UNUSED && value / 2 != current) {
+                ++runs;
+                current = value / 2;
+            }
         }
     });
-    wdl.close();
-    return runs + wdl.runs;
+    return runs;
 }
 
 // The order of the men, and the side to move where there is a choice, with the fewest runs.
@@ -172,7 +237,7 @@ static Candidate choose_numbering(const Part& part, FileKind kind, std::span<con
     return candidates[0];
 }
 
-static CompressedStream compress_values(std::vector<std::uint16_t> values, int max_block_size_log2,
+static CompressedStream compress_values(std::vector<ValueRun> values, int max_block_size_log2,
                                         const Progress& progress) {
     CompressionSettings settings;
     settings.max_block_size_log2 = max_block_size_log2;
@@ -182,14 +247,10 @@ static CompressedStream compress_values(std::vector<std::uint16_t> values, int m
 
 static FileStream make_wdl_stream(const Part& part, Side side, const Progress& progress) {
     const Candidate chosen = choose_numbering(part, FileKind::WDL, {&side, 1});
-    std::vector<std::uint16_t> values;
-    values.reserve(chosen.numbering.positions);
+    std::vector<ValueRun> values;
     WdlRuns runs;
     runs.values = &values;
-    for_cells(
-        part, chosen, 0, chosen.numbering.positions,
-        [&](Cell cell) { runs.meet(wdl_choice(cell)); }, progress);
-    runs.close();
+    meet_choices(part, chosen, 0, chosen.numbering.positions, runs, progress);
     return {chosen.numbering.order,
             compress_values(std::move(values), WDL_BLOCK_SIZE_LOG2, progress)};
 }
@@ -197,25 +258,24 @@ static FileStream make_wdl_stream(const Part& part, Side side, const Progress& p
 // Turns raw values into what is stored: moves, or plies where the loss of one would move a distance
 // across the fifty-move line; through maps if they help. Each map lists its values from the most
 // frequent down, so that wins and losses share small numbers.
-static void make_maps(std::vector<std::uint16_t>& values, FilePosition& position) {
+static void make_maps(std::vector<ValueRun>& values, FilePosition& position) {
     using Counts = std::array<std::size_t, VALUE_MASK + 1>;
     const auto count_values = [&] {
         auto counts = std::make_unique<std::array<Counts, 4>>();
-        for (const std::uint16_t value : values)
-            if (value != UNUSED)
-                ++(*counts)[value >> MAP_SHIFT][value & VALUE_MASK];
+        for (const auto& [value, length] : values)
+            (*counts)[value >> MAP_SHIFT][value & VALUE_MASK] += length;
         return counts;
     };
     const auto plies = count_values();
     for (std::size_t map = 0; map < 2; ++map)
         if ((*plies)[map][FIFTY_MOVES - 1] != 0)
             position.flags |= map == 0 ? DTZ_WINS_IN_PLIES : DTZ_LOSSES_IN_PLIES;
-    for (std::uint16_t& value : values) {
-        const int map = value >> MAP_SHIFT;
+    for (ValueRun& run : values) {
+        const int map = run.value >> MAP_SHIFT;
         const bool in_plies = (map == 0 && (position.flags & DTZ_WINS_IN_PLIES) != 0) ||
                               (map == 1 && (position.flags & DTZ_LOSSES_IN_PLIES) != 0);
-        if (value != UNUSED && !in_plies)
-            value = static_cast<std::uint16_t>(map << MAP_SHIFT | (value & VALUE_MASK) / 2);
+        if (!in_plies)
+            run.value = static_cast<std::uint16_t>(map << MAP_SHIFT | (run.value & VALUE_MASK) / 2);
     }
     const auto counts = count_values();
     std::array<std::vector<std::uint16_t>, 4> number;
@@ -231,18 +291,21 @@ static void make_maps(std::vector<std::uint16_t>& values, FilePosition& position
         for (std::size_t i = 0; i < list.size(); ++i)
             number[map][list[i]] = static_cast<std::uint16_t>(i);
     }
-    // Values of one kind need no map. Where no reader looks, the run before goes on.
+    // Values of one kind need no map.
     const bool mapped = std::count_if(position.maps.begin(), position.maps.end(),
                                       [](const auto& map) { return !map.empty(); }) > 1;
-    const auto first_used =
-        std::find_if(values.begin(), values.end(), [](auto value) { return value != UNUSED; });
-    std::uint16_t current = first_used == values.end() ? std::uint16_t{0} : *first_used;
-    for (std::uint16_t& value : values) {
-        current = value != UNUSED ? value : current;
-        value = current & VALUE_MASK;
-        if (mapped)
-            value = number[current >> MAP_SHIFT][value];
+    std::size_t runs = 0;
+    for (const auto& [raw, length] : values) {
+        const auto value = static_cast<std::uint16_t>(raw & VALUE_MASK);
+        const std::uint16_t stored = mapped ? number[raw >> MAP_SHIFT][value] : value;
+        // Different distances may have become the same value.
+        if (runs > 0 && values[runs - 1].value == stored &&
+            values[runs - 1].length + length <= MAX_RUN_LENGTH)
+            values[runs - 1].length = static_cast<std::uint16_t>(values[runs - 1].length + length);
+        else
+            values[runs++] = {stored, length};
     }
+    values.resize(runs);
     if (!mapped) {
         position.maps = {};
         return;
@@ -253,17 +316,38 @@ static void make_maps(std::vector<std::uint16_t>& values, FilePosition& position
             position.flags |= DTZ_WIDE_MAPS;
 }
 
+// The raw values of a stream. Where no reader looks, the run before goes on.
+static std::vector<ValueRun> dtz_runs(const Part& part, const Candidate& candidate,
+                                      const Progress& progress) {
+    std::vector<ValueRun> runs;
+    std::uint16_t current = UNUSED;
+    std::size_t length = 0;
+    for_dtz_values(
+        part, candidate, 0, candidate.numbering.positions,
+        [&](std::span<const std::uint16_t> values) {
+            for (const std::uint16_t value : values) {
+                if (value != UNUSED && value != current) {
+                    if (current != UNUSED) {
+                        append_values(runs, current, length);
+                        length = 0;
+                    }
+                    current = value;
+                }
+                ++length;
+            }
+        },
+        progress);
+    append_values(runs, current != UNUSED ? current : std::uint16_t{0}, length);
+    return runs;
+}
+
 static FilePosition make_dtz_position(const Part& part, const Progress& progress) {
     // A reader finds the other side by a search of one ply: the one that is likely to be smaller
     // will do.
     constexpr std::array<Side, 2> both = {WHITE, BLACK};
     const std::size_t sides = is_symmetric(part.table.layout.signature) ? 1 : 2;
     const Candidate chosen = choose_numbering(part, FileKind::DTZ, std::span(both).first(sides));
-    std::vector<std::uint16_t> values;
-    values.reserve(chosen.numbering.positions);
-    for_cells(
-        part, chosen, 0, chosen.numbering.positions,
-        [&](Cell cell) { values.push_back(dtz_value(cell)); }, progress);
+    std::vector<ValueRun> values = dtz_runs(part, chosen, progress);
     FilePosition position;
     position.flags = chosen.side == BLACK ? DTZ_BLACK_TO_MOVE : 0;
     make_maps(values, position);

@@ -4,11 +4,13 @@
 
 namespace brindlemoth::tablegen {
 
-static void find_cell(CellWalk& walk) {
-    const Placement placement = placement_of(walk);
-    const WordPlace place = word_of(walk.layout, placement);
-    walk.reflection = place.reflection;
-    walk.cell = 64 * place.word + reflect(place.reflection, placement[walk.layout.men - 1]);
+constexpr std::uint8_t NO_SQUARE = 64;
+
+static Placement placement_of(const CellWalk& walk) {
+    Placement placement{};
+    for (std::size_t man = 0; man < walk.layout.men; ++man)
+        placement[walk.slot[man]] = walk.walk.squares[man];
+    return placement;
 }
 
 CellWalk cells_from(const Layout& layout, const Numbering& numbering, std::uint64_t index) {
@@ -22,24 +24,76 @@ CellWalk cells_from(const Layout& layout, const Numbering& numbering, std::uint6
             ++slot;
         used |= 1U << slot;
         made.slot[man] = static_cast<std::uint8_t>(slot);
+        made.has_term[man] = slot >= std::max<std::size_t>(layout.pawns, 1);
+        made.shift[man] = slot + 1 == layout.men ? 0 : layout.shift[slot] + 6;
+        if (!made.has_term[man])
+            made.folding_men = man + 1;
     }
-    find_cell(made);
+    made.folding_squares.fill(NO_SQUARE);
     return made;
 }
 
-void advance(CellWalk& walk) {
-    const FileSquares before = walk.walk.squares;
-    const std::size_t man = advance(walk.walk);
-    const std::size_t slot = man == MANY_MEN ? 0 : walk.slot[man];
-    // A man that neither folds the board nor chooses the chunk makes a term of the cell's number.
-    if (man == MANY_MEN || slot < std::max<std::size_t>(walk.layout.pawns, 1)) {
-        find_cell(walk);
-        return;
+static std::uint32_t term(const CellWalk& walk, std::size_t man, std::uint8_t square) {
+    return walk.has_term[man] ? std::uint32_t{reflect(walk.reflection, square)} << walk.shift[man]
+                              : 0;
+}
+
+// Whether the men who fold the board and choose the chunk stand as they did.
+static bool folds_alike(const CellWalk& walk) {
+    for (std::size_t man = 0; man < walk.folding_men; ++man)
+        if (!walk.has_term[man] && walk.walk.squares[man] != walk.folding_squares[man])
+            return false;
+    return true;
+}
+
+// Brings the sums up to date.
+static void add_terms(CellWalk& walk) {
+    const std::size_t men = walk.layout.men;
+    std::size_t changed = walk.walk.changed;
+    if (changed < walk.folding_men && !folds_alike(walk)) {
+        walk.folding_squares = walk.walk.squares;
+        const Placement placement = placement_of(walk);
+        const WordPlace place = word_of(walk.layout, placement);
+        walk.reflection = place.reflection;
+        walk.sum[0] = static_cast<std::uint32_t>(64 * place.word) +
+                      reflect(place.reflection, placement[men - 1]);
+        for (std::size_t man = 0; man < men; ++man)
+            walk.sum[0] -= term(walk, man, walk.walk.squares[man]);
+        changed = 0;
     }
-    const bool king = slot + 1 == walk.layout.men;
-    const int shift = king ? 0 : walk.layout.shift[slot] + 6;
-    walk.cell += std::size_t{reflect(walk.reflection, walk.walk.squares[man])} << shift;
-    walk.cell -= std::size_t{reflect(walk.reflection, before[man])} << shift;
+    for (std::size_t man = changed; man < men; ++man)
+        walk.sum[man + 1] = walk.sum[man] + term(walk, man, walk.walk.squares[man]);
+}
+
+std::size_t take_cells(CellWalk& walk, CellBatch& cells) {
+    const std::size_t men = walk.layout.men;
+    Row row;
+    std::size_t count = 0;
+    while (count + row.square.size() <= cells.size()) {
+        const std::size_t moving = moving_man(*walk.walk.numbering);
+        if (!walk.has_term[moving]) {
+            Placement placement = placement_of(walk);
+            take_row(walk.walk, row);
+            for (std::size_t i = 0; i < row.length; ++i) {
+                placement[walk.slot[moving]] = row.square[i];
+                cells[count++] = static_cast<std::uint32_t>(cell_of(walk.layout, placement));
+            }
+            continue;
+        }
+        add_terms(walk);
+        take_row(walk.walk, row);
+        const std::uint32_t others = walk.sum[men] - term(walk, moving, row.square[0]);
+        const auto& reflected = geometry.reflected[walk.reflection];
+        const int shift = walk.shift[moving];
+        for (std::size_t i = 0; i < row.length; ++i)
+            cells[count + i] = others + (std::uint32_t{reflected[row.square[i]]} << shift);
+        count += row.length;
+    }
+    return count;
+}
+
+Placement placement_at(const Layout& layout, const Numbering& numbering, std::uint64_t index) {
+    return placement_of(cells_from(layout, numbering, index));
 }
 
 } // namespace brindlemoth::tablegen

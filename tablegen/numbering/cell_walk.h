@@ -4,6 +4,8 @@
 #include "numbering/numbering.h"
 #include "solver/layout.h"
 
+#include <span>
+
 namespace brindlemoth::tablegen {
 
 // Requires that layout and numbering are of the same signature, and outlive it.
@@ -11,17 +13,26 @@ struct CellWalk {
     const Layout& layout;
     Walk walk;
     std::array<std::uint8_t, MAX_FILE_MEN> slot{}; // of each man in the stream's order
-    std::size_t cell = 0;
-    Reflection reflection = 0; // that leads to the cell
+    // The number of a cell is a sum with a term for each man that neither folds the board nor
+    // chooses the chunk: the man's reflected square, shifted. The others, which stand among the
+    // first `folding_men`, come to one term.
+    std::array<bool, MAX_FILE_MEN> has_term{};
+    std::array<int, MAX_FILE_MEN> shift{};
+    std::size_t folding_men = 0;
+    FileSquares folding_squares{}; // of all men, when the reflection was found
+    Reflection reflection = 0;
+    std::array<std::uint32_t, MAX_FILE_MEN + 1> sum{}; // with the terms of so many men
 };
 CellWalk cells_from(const Layout& layout, const Numbering& numbering, std::uint64_t index);
-void advance(CellWalk& walk);
 
-inline Placement placement_of(const CellWalk& walk) {
-    Placement placement{};
-    for (std::size_t man = 0; man < walk.layout.men; ++man)
-        placement[walk.slot[man]] = walk.walk.squares[man];
-    return placement;
-}
+constexpr std::size_t CELL_BATCH = 512;
+using CellBatch = std::array<std::uint32_t, CELL_BATCH>;
+
+// The cells of the next indices, as many rows as fit in; returns how many. After the last index
+// comes the first.
+std::size_t take_cells(CellWalk& walk, CellBatch& cells);
+
+// Where the men stand at an index.
+Placement placement_at(const Layout& layout, const Numbering& numbering, std::uint64_t index);
 
 } // namespace brindlemoth::tablegen

@@ -231,24 +231,66 @@ Walk walk_from(const Numbering& numbering, std::uint64_t index) {
     return walk;
 }
 
-std::size_t advance(Walk& walk) {
-    // A lone man goes to the next square, unless a later man would have to give way.
-    const std::size_t fastest = walk.numbering->turns[0];
-    const Group& moving = walk.numbering->groups[fastest];
-    if (moving.size == 1 && walk.place[fastest] + 1 < moving.placements) {
-        const int from = walk.squares[moving.first];
-        const Squares above = ~Squares{1} << from;
-        const int to = fastest == 0 ? from + 8 : std::countr_zero(above & ~walk.before);
-        if ((walk.behind & above & ~(~Squares{1} << to)) == 0) {
-            ++walk.place[fastest];
-            ++walk.member[moving.first];
-            walk.squares[moving.first] = static_cast<std::uint8_t>(to);
-            return moving.first;
-        }
+std::size_t moving_man(const Numbering& numbering) {
+    // The last of the leading men varies fastest, as does the first of like men.
+    const std::size_t fastest = numbering.turns[0];
+    return fastest == 0 ? numbering.groups[0].size - 1 : numbering.groups[fastest].first;
+}
+
+// Squares from the lower to the higher of two, both included.
+static Squares squares_from_to(int a, int b) {
+    const auto [low, high] = std::minmax(a, b);
+    return ~Squares{0} << low & ~(~Squares{1} << high);
+}
+
+// Adds the squares behind the first of a row of the last leading man.
+static void extend_leading_row(const Walk& walk, Row& row) {
+    const std::vector<FileSquares>& list = *walk.numbering->leading;
+    const FileSquares& first = list[walk.place[0]];
+    const std::uint64_t end = std::min<std::uint64_t>(list.size(), walk.place[0] + SQUARES);
+    for (std::uint64_t next = walk.place[0] + 1; next < end; ++next) {
+        const std::uint8_t from = row.square[row.length - 1];
+        const std::uint8_t to = list[next][row.man];
+        // A later man gives way to one that crosses its square.
+        std::size_t alike = 0;
+        while (alike < row.man && list[next][alike] == first[alike])
+            ++alike;
+        if (alike < row.man || (walk.behind & squares_from_to(from, to)) != 0)
+            return;
+        row.square[row.length++] = to;
     }
-    std::size_t first_changed = walk.numbering->groups.size();
-    for (const std::size_t i : walk.numbering->turns) {
-        const Group& group = walk.numbering->groups[i];
+}
+
+// The same of the first of a later group, which goes from each free square to the next.
+static void extend_later_row(const Walk& walk, const Group& moving, Row& row) {
+    const std::uint64_t members =
+        moving.size == 1 ? moving.placements : walk.member[moving.first + 1];
+    const std::uint64_t most = members - walk.member[row.man];
+    const Squares above = ~Squares{1} << row.square[0];
+    // It stops before the next man behind.
+    const Squares in_the_way = walk.behind & above;
+    const Squares below = in_the_way != 0 ? (in_the_way & -in_the_way) - 1 : ~Squares{0};
+    for (Squares free = above & below & ~walk.before; free != 0 && row.length < most;
+         free &= free - 1)
+        row.square[row.length++] = static_cast<std::uint8_t>(std::countr_zero(free));
+}
+
+void take_row(Walk& walk, Row& row) {
+    const Numbering& numbering = *walk.numbering;
+    const std::size_t fastest = numbering.turns[0];
+    row.man = moving_man(numbering);
+    row.length = 1;
+    row.square[0] = walk.squares[row.man];
+    if (fastest == 0)
+        extend_leading_row(walk, row);
+    else
+        extend_later_row(walk, numbering.groups[fastest], row);
+    walk.place[fastest] += row.length - 1;
+    walk.member[row.man] = static_cast<std::uint8_t>(walk.member[row.man] + row.length - 1);
+
+    std::size_t first_changed = numbering.groups.size();
+    for (const std::size_t i : numbering.turns) {
+        const Group& group = numbering.groups[i];
         const bool wraps = ++walk.place[i] == group.placements;
         if (wraps)
             walk.place[i] = 0;
@@ -261,7 +303,7 @@ std::size_t advance(Walk& walk) {
             break;
     }
     put_men(walk, first_changed);
-    return MANY_MEN;
+    walk.changed = numbering.groups[first_changed].first;
 }
 
 } // namespace brindlemoth::tablegen

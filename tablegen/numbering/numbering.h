@@ -70,11 +70,22 @@ struct Walk {
     // Squares that men of groups before the fastest one take, and those behind it.
     std::uint64_t before = 0;
     std::uint64_t behind = 0;
+    // The first man, in the stream's order, that the last step has moved.
+    std::size_t changed = 0;
 };
 Walk walk_from(const Numbering& numbering, std::uint64_t index);
-// To the next index; from the last one to the first. Returns the place of the only man whose square
-// has changed, or MANY_MEN.
-constexpr std::size_t MANY_MEN = MAX_FILE_MEN;
-std::size_t advance(Walk& walk);
+
+// Successive indices whose placements differ in the square of one man.
+struct Row {
+    std::size_t man;    // its place in the stream's order
+    std::size_t length; // at least 1
+    std::array<std::uint8_t, 64> square;
+};
+// The longest row that begins at the walk's index. The walk goes to the index behind it, from the
+// last one to the first.
+void take_row(Walk& walk, Row& row);
+
+// The only man of which take_row() makes rows.
+std::size_t moving_man(const Numbering& numbering);
 
 } // namespace brindlemoth::tablegen

@@ -1,11 +1,13 @@
 #include "solver/solver.h"
 
 #include "system/parallel.h"
+#include "system/system.h"
 
 #include <algorithm>
 #include <array>
 #include <atomic>
 #include <bit>
+#include <mutex>
 #include <stdexcept>
 #include <string>
 #include <utility>
@@ -47,6 +49,11 @@ struct PositionSet {
     }
 };
 
+struct WordSquares {
+    std::uint32_t word;
+    Squares squares;
+};
+
 // What is known so far of the positions of a chunk with one side to move.
 struct SideState {
     std::vector<Squares> not_won;   // legal, and not yet known to be won
@@ -54,8 +61,8 @@ struct SideState {
     // Of the undecided ones, by the best capture or pawn move: it loses or there is none; it is
     // saved by the fifty-move rule; it wins but for the rule.
     std::vector<Squares> can_lose;
-    std::vector<Squares> saved;
-    std::vector<Squares> spoilt;
+    std::vector<WordSquares> saved; // few words have any
+    std::vector<WordSquares> spoilt;
     PositionSet wins;                  // of the present ply, or that may be
     std::array<PositionSet, 2> losses; // of an even ply, and of an odd one
 };
@@ -68,6 +75,7 @@ struct Chunk {
     int threads;
     std::size_t first_word = 0;
     std::array<SideState, 2> state{}; // by side to move
+    std::mutex adding;                // to what is saved or spoilt
 };
 
 } // namespace
@@ -180,7 +188,8 @@ static Squares without_escape(const Chunk& chunk, std::size_t word, Side side, S
 
 // The cells of a word.
 static Cell* cells_of(Chunk& chunk, std::size_t word, Side side) {
-    return &chunk.part.cells[side][64 * (chunk.first_word + word - chunk.part.first_word)];
+    const std::size_t in_part = chunk.first_word + word - chunk.part.first_word;
+    return &chunk.part.cells[side][place_of_cell(64 * in_part)];
 }
 
 // Gives positions of a word their value: won or lost in n plies.
@@ -223,7 +232,7 @@ static void start_word(Chunk& chunk, std::size_t word, Side side) {
     const std::size_t in_table = chunk.first_word + word;
     Cell* const cells = cells_of(chunk, word, side);
     state.undecided[word] = legal;
-    state.can_lose[word] = state.saved[word] = state.spoilt[word] = 0;
+    state.can_lose[word] = 0;
     AtLeast best{};
     WordValues captures{};
     if (legal != 0) {
@@ -241,8 +250,13 @@ static void start_word(Chunk& chunk, std::size_t word, Side side) {
             (legal >> square & 1) != 0 ? static_cast<Cell>(code << CELL_CAPTURE) : CELL_ILLEGAL;
     }
     state.wins.add(word, best[4]);
-    state.spoilt[word] = best[3] & ~best[4];
-    state.saved[word] = best[1] & ~best[2];
+    const Squares spoilt = best[3] & ~best[4];
+    const Squares saved = best[1] & ~best[2];
+    if ((spoilt | saved) != 0) {
+        const std::lock_guard<std::mutex> lock(chunk.adding);
+        state.spoilt.push_back({static_cast<std::uint32_t>(word), spoilt});
+        state.saved.push_back({static_cast<std::uint32_t>(word), saved});
+    }
     const Squares no_better = legal & ~best[1];
     const Squares stuck = without_escape(chunk, word, side, no_better);
     const Squares in_check = ~chunk.state[opponent(side)].not_won[word];
@@ -256,6 +270,10 @@ static void start_word(Chunk& chunk, std::size_t word, Side side) {
 }
 
 static void start_chunk(Chunk& chunk) {
+    for (SideState& state : chunk.state) {
+        state.saved.clear();
+        state.spoilt.clear();
+    }
     mark_legal(chunk);
     for_stretches(chunk.threads, chunk.table.layout.chunk_words,
                   [&](std::size_t first, std::size_t last) {
@@ -268,8 +286,8 @@ static void start_chunk(Chunk& chunk) {
 // Spoilt wins that a capture or pawn move decides are due at the first ply beyond the limit.
 static void add_spoilt_wins(Chunk& chunk, Side side) {
     SideState& state = chunk.state[side];
-    for (std::size_t word = 0; word < chunk.table.layout.chunk_words; ++word) {
-        const Squares due = state.spoilt[word] & state.undecided[word];
+    for (const auto& [word, squares] : state.spoilt) {
+        const Squares due = squares & state.undecided[word];
         state.wins.add(word, due);
         Cell* const cells = cells_of(chunk, word, side);
         for_squares(due, [&](std::size_t square) { cells[square] |= CELL_ZEROES; });
@@ -280,9 +298,9 @@ static void add_spoilt_wins(Chunk& chunk, Side side) {
 // rule saves.
 static void add_saved_losses(Chunk& chunk, Side side, PositionSet& candidates) {
     SideState& state = chunk.state[side];
-    for (std::size_t word = 0; word < chunk.table.layout.chunk_words; ++word) {
-        state.can_lose[word] |= state.saved[word];
-        candidates.add(word, state.saved[word] & state.undecided[word]);
+    for (const auto& [word, squares] : state.saved) {
+        state.can_lose[word] |= squares;
+        candidates.add(word, squares & state.undecided[word]);
     }
 }
 
@@ -292,8 +310,7 @@ static void spread(Chunk& chunk, const Progress& progress) {
     const int limit = chunk.table.limit;
     bool waiting = false;
     for (const SideState& state : chunk.state)
-        for (std::size_t word = 0; word < chunk.table.layout.chunk_words && !waiting; ++word)
-            waiting = (state.saved[word] | state.spoilt[word]) != 0;
+        waiting = waiting || !state.saved.empty();
     double left = 1 - STARTED;
     for (int n = 1; n <= MAX_DISTANCE; ++n) {
         if (progress)
@@ -369,12 +386,16 @@ static void solve_part(Table& table, Part& part, int threads, const Progress& pr
     const std::size_t first = layout.part_start[number];
     const std::size_t last = layout.part_start[number + 1];
     part.first_word = first * layout.chunk_words;
-    Chunk chunk{table, part, threads};
+    part.words = (last - first) * layout.chunk_words;
+    Chunk chunk{table, part, threads, 0, {}, {}};
     for (const Side side : {WHITE, BLACK}) {
-        part.cells[side].resize(64 * (last - first) * layout.chunk_words);
+        std::vector<Cell>& cells = part.cells[side];
+        const std::size_t places = place_of_cell(64 * part.words);
+        cells.reserve(places);
+        prefer_large_pages(cells.data(), places * sizeof(Cell));
+        cells.resize(places);
         SideState& state = chunk.state[side];
-        for (std::vector<Squares>* words :
-             {&state.not_won, &state.undecided, &state.can_lose, &state.saved, &state.spoilt})
+        for (std::vector<Squares>* words : {&state.not_won, &state.undecided, &state.can_lose})
             words->resize(layout.chunk_words);
         state.wins.clear(layout.chunk_words);
         for (PositionSet& losses : state.losses)
@@ -399,7 +420,7 @@ Table& solve(const Signature& signature, TableSet& solved, int threads, const Vi
     const int threads_each = std::max(threads / file_positions(signature), 1);
     SharedProgress shares{progress, std::vector<double>(2 * parts), {}};
     parallel_for(threads, parts, [&](std::size_t i) {
-        Part part{table, static_cast<int>(i), 0, {}};
+        Part part{table, static_cast<int>(i), 0, 0, {}};
         solve_part(table, part, parts == 1 ? threads : 1, progress_of_piece(shares, 2 * i));
         if (visit)
             visit(part, threads_each, progress_of_piece(shares, 2 * i + 1));

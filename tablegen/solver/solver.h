@@ -39,15 +39,25 @@ constexpr int wdl_of_distance(int distance, int limit = FIFTY_MOVES) {
     return distance > 0 ? (distance > limit ? 1 : 2) : (distance < -limit ? -1 : -2);
 }
 
+// Where a part keeps the cell of a number, counted from its first word. Room is left between words,
+// or those that differ in the square of one man would be multiples of a power of two apart, and
+// displace each other from the processor's caches.
+constexpr std::size_t place_of_cell(std::size_t number) {
+    return number + (number >> 12 << 6) + (number >> 18 << 6);
+}
+
 // The solved positions of one file position of a table. They are handed on as soon as they are
 // complete, and then forgotten: tables that convert into this one need no more than the values.
 struct Part {
     const Table& table;
     int file_position;
     std::size_t first_word;
-    std::array<std::vector<Cell>, 2> cells; // by side to move; 64 to a word
+    std::size_t words;                      // of the part
+    std::array<std::vector<Cell>, 2> cells; // by side to move, at their places
 
-    Cell cell(Side side, std::size_t number) const { return cells[side][number - 64 * first_word]; }
+    Cell cell(Side side, std::size_t number) const {
+        return cells[side][place_of_cell(number - 64 * first_word)];
+    }
 };
 // Called for one part after the other, or for several at once, from as many threads. The second
 // is how many threads the visitor may use itself.

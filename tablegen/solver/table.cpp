@@ -218,9 +218,21 @@ std::unique_ptr<Table> exchange_colours(const Table& table) {
         Placement before{};
         for (std::size_t slot = 0; slot < table.layout.men; ++slot)
             before[slot] = placement[slots.slot[slot]] ^ 56;
+        const std::size_t king_slot = table.layout.king_slot[WHITE];
+        // Where pawns fold the board, the king is a term of the cell's number.
+        const bool folds = table.layout.pawns == 0;
+        before[king_slot] = 0;
+        const WordPlace place = folds ? WordPlace{} : word_of(table.layout, before);
+        const std::size_t others =
+            folds ? 0
+                  : cell_of(table.layout, before) - (std::size_t{reflect(place.reflection, 0)}
+                                                     << (table.layout.shift[king_slot] + 6));
         for (std::size_t king = 0; king < 64; ++king) {
-            before[table.layout.king_slot[WHITE]] = static_cast<std::uint8_t>(king ^ 56);
-            const std::size_t cell = cell_of(table.layout, before);
+            before[king_slot] = static_cast<std::uint8_t>(king ^ 56);
+            const std::size_t cell =
+                folds ? cell_of(table.layout, before)
+                      : others + (std::size_t{reflect(place.reflection, king ^ 56)}
+                                  << (table.layout.shift[king_slot] + 6));
             for (const Side side : {WHITE, BLACK})
                 for (std::size_t i = 0; i < 3; ++i)
                     made->values[side][word][i] |=

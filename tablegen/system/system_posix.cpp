@@ -1,5 +1,9 @@
 #include "system/system.h"
 
+#include <cerrno>
+#include <cstdint>
+#include <fcntl.h>
+#include <sys/mman.h>
 #include <unistd.h>
 
 namespace brindlemoth::tablegen {
@@ -9,7 +13,18 @@ bool sync_to_disk(std::FILE* file) {
 }
 
 bool replace_file(const char* from, const char* to) {
-    return std::rename(from, to) == 0;
+    if (std::rename(from, to) != 0)
+        return false;
+    const std::filesystem::path directory = std::filesystem::path(to).parent_path();
+    const int opened = open(directory.empty() ? "." : directory.c_str(), O_RDONLY | O_DIRECTORY);
+    if (opened < 0)
+        return false;
+    // Some file systems cannot sync a directory and say so in this way.
+    const bool synced = fsync(opened) == 0 || errno == EINVAL;
+    const int error = errno;
+    close(opened);
+    errno = error;
+    return synced;
 }
 
 std::filesystem::path path_of(const std::string& name) {
@@ -18,6 +33,17 @@ std::filesystem::path path_of(const std::string& name) {
 
 unsigned long process_id() {
     return static_cast<unsigned long>(getpid());
+}
+
+void prefer_large_pages([[maybe_unused]] void* memory, [[maybe_unused]] std::size_t bytes) {
+#ifdef MADV_HUGEPAGE
+    constexpr std::uintptr_t LARGE_PAGE = 1 << 21;
+    const auto start = reinterpret_cast<std::uintptr_t>(memory);
+    const std::uintptr_t first = (start + LARGE_PAGE - 1) / LARGE_PAGE * LARGE_PAGE;
+    const std::uintptr_t end = (start + bytes) / LARGE_PAGE * LARGE_PAGE;
+    if (first < end)
+        madvise(reinterpret_cast<void*>(first), end - first, MADV_HUGEPAGE);
+#endif
 }
 
 bool output_is_terminal() {

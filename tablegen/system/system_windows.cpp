@@ -11,7 +11,7 @@ bool sync_to_disk(std::FILE* file) {
 }
 
 bool replace_file(const char* from, const char* to) {
-    if (MoveFileExA(from, to, MOVEFILE_REPLACE_EXISTING) != 0)
+    if (MoveFileExA(from, to, MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH) != 0)
         return true;
     errno = EACCES;
     return false;
@@ -25,6 +25,8 @@ std::filesystem::path path_of(const std::string& name) {
 unsigned long process_id() {
     return GetCurrentProcessId();
 }
+
+void prefer_large_pages(void*, std::size_t) {}
 
 bool output_is_terminal() {
     return _isatty(_fileno(stdout)) != 0;

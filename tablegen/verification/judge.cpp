@@ -47,21 +47,28 @@ static void judge_stream(const Part& part, const TableReader& reader, const Read
                          Side side, const Progress& progress, Verdict& verdict) {
     const Layout& layout = part.table.layout;
     CellWalk walk = cells_from(layout, stream.numbering, 0);
-    std::uint64_t done = 0;
+    CellBatch cells;
+    std::size_t batch = 0; // cells of the batch, and how many of them have been met
+    std::size_t met = 0;
+    std::uint64_t index = 0;
     const bool whole = read_values(reader, stream, [&](std::span<const std::uint16_t> values) {
         for (const std::uint16_t value : values) {
-            const Cell cell = part.cell(side, walk.cell);
+            if (met == batch) {
+                batch = take_cells(walk, cells);
+                met = 0;
+            }
+            const Cell cell = part.cell(side, cells[met++]);
             if (is_legal(cell)) {
                 ++verdict.positions;
                 const bool right = reader.kind == FileKind::DTZ ? dtz_is_right(cell, stream, value)
                                                                 : wdl_is_right(cell, value);
                 if (!right && verdict.wrong++ == 0)
-                    verdict.first_wrong = describe(layout, placement_of(walk), side);
+                    verdict.first_wrong =
+                        describe(layout, placement_at(layout, stream.numbering, index), side);
             }
-            advance(walk);
+            ++index;
         }
-        done += values.size();
-        progress(static_cast<double>(done) / static_cast<double>(stream.numbering.positions));
+        progress(static_cast<double>(index) / static_cast<double>(stream.numbering.positions));
     });
     if (!whole && verdict.wrong++ == 0)
         verdict.first_wrong = " where the data end";
@@ -80,10 +87,14 @@ Verdict judge(const Part& part, const TableReader& reader, const Progress& progr
     // The second of two like sides is asked by no one.
     const bool symmetric = is_symmetric(reader.signature);
     const bool dtz = reader.kind == FileKind::DTZ;
-    for (std::size_t i = 0; i < (symmetric ? 1 : reader.sides); ++i) {
+    const std::size_t streams = symmetric ? 1 : reader.sides;
+    for (std::size_t i = 0; i < streams; ++i) {
         const ReaderStream& stream = reader.streams[first + i];
         const bool black = dtz ? !symmetric && (stream.flags & DTZ_BLACK_TO_MOVE) != 0 : i == 1;
-        judge_stream(part, reader, stream, black ? BLACK : WHITE, progress, verdict);
+        const auto of_all = [&](double share) {
+            progress((static_cast<double>(i) + share) / static_cast<double>(streams));
+        };
+        judge_stream(part, reader, stream, black ? BLACK : WHITE, of_all, verdict);
     }
     return verdict;
 }

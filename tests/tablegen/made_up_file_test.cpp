@@ -11,6 +11,7 @@
 #include <bit>
 #include <gtest/gtest.h>
 #include <random>
+#include <stdexcept>
 
 namespace brindlemoth {
 
@@ -88,7 +89,10 @@ static MadeUpFile make_up(const std::string& name, FileKind kind, Values values,
                                       ? make_values(NOISE, 1, dtz ? 1 : WDL_VALUES, random)
                                       : make_values(values, numbering.positions,
                                                     static_cast<std::uint64_t>(choices), random));
-            stream.data = compress(made.values.back(), all_settings[random() % 4]);
+            std::vector<tablegen::ValueRun> runs;
+            for (const std::uint16_t value : made.values.back())
+                append_values(runs, value, 1);
+            stream.data = compress(std::move(runs), all_settings[random() % 4]);
         }
     }
     return made;
@@ -175,6 +179,12 @@ TEST(MadeUpFiles, BothReadersFindEachValueAtItsPlace) {
         }
     }
     syzygy_init("");
+}
+
+// One byte of the header says how many block lengths there are beyond the last block.
+TEST(MadeUpFiles, AnIndexTooCoarseForTheHeaderIsRefused) {
+    constexpr tablegen::CompressionSettings coarse = {5, 5, 26, 4095, 65536};
+    EXPECT_THROW(tablegen::compress({{0, 9}, {1, 9}}, coarse), std::runtime_error);
 }
 
 } // namespace brindlemoth

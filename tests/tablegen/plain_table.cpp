@@ -18,7 +18,7 @@ tablegen::TableFile constant_table(const std::string& signature,
     tablegen::FilePosition position;
     for (const std::uint16_t value : values)
         position.streams.push_back(
-            {order != nullptr ? *order : orders.front(), tablegen::compress({value})});
+            {order != nullptr ? *order : orders.front(), tablegen::compress({{value, 1}})});
     file.positions.assign(static_cast<std::size_t>(file_positions(file.signature)), position);
     return file;
 }

@@ -54,7 +54,7 @@ tablegen::Cell cell_of_board(const SolvedTable& table, const ProbeBoard& board) 
     const std::size_t cell = cell_of(layout, placement);
     return std::find_if(table.parts.begin(), table.parts.end(),
                         [&](const tablegen::Part& part) {
-                            return cell - 64 * part.first_word < part.cells[side].size();
+                            return cell - 64 * part.first_word < 64 * part.words;
                         })
         ->cell(side, cell);
 }
@@ -99,12 +99,13 @@ void for_positions(const SolvedTable& table, unsigned one_in,
     const tablegen::Layout& layout = table.layout();
     std::mt19937 random(7);
     for (const tablegen::Part& part : table.parts) {
-        for (std::size_t i = 0; i < part.cells[0].size(); ++i) {
+        for (std::size_t i = 0; i < 64 * part.words; ++i) {
             const bool drawn = i % 64 != 0 || random() % one_in == 0;
             if (!drawn)
                 i += 63;
             for (const tablegen::Side side : {tablegen::WHITE, tablegen::BLACK}) {
-                if (!drawn || !tablegen::is_legal(part.cells[side][i]))
+                const tablegen::Cell cell = part.cell(side, 64 * part.first_word + i);
+                if (!drawn || !tablegen::is_legal(cell))
                     continue;
                 tablegen::Placement placement =
                     tablegen::placement_of(layout, part.first_word + i / 64);
@@ -114,7 +115,7 @@ void for_positions(const SolvedTable& table, unsigned one_in,
                     put_man(board,
                             {layout.side[slot] == tablegen::WHITE ? 1 : 0, layout.kind[slot]},
                             placement[slot]);
-                visit(board, part.cells[side][i]);
+                visit(board, cell);
             }
         }
     }
