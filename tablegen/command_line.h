@@ -12,7 +12,7 @@ enum class Task { HELP, VERSION, MAKE, VERIFY };
 
 struct CommandLine {
     Task task = Task::HELP;
-    std::vector<Signature> wanted; // to make; not empty
+    std::vector<Signature> wanted; // to make; to verify, where none stands for all of a directory
     std::string directory;
     int threads = 1;
     std::string problem; // when not empty, the command line makes no sense

@@ -9,6 +9,8 @@
 
 namespace brindlemoth::tablegen {
 
+constexpr int WRONG_USAGE = 2; // exit status
+
 int complain(const std::string& problem) {
     return complain(problem.c_str());
 }
@@ -26,8 +28,10 @@ int complain(const char* problem) {
 }
 
 static int run(const CommandLine& line) {
-    if (!line.problem.empty())
-        return complain(line.problem);
+    if (!line.problem.empty()) {
+        complain(line.problem);
+        return WRONG_USAGE;
+    }
     switch (line.task) {
     case Task::MAKE:
         return make_tables(line);
@@ -52,7 +56,7 @@ int main(int argc, char** argv) {
         const bool told = std::fflush(stdout) == 0 && std::ferror(stdout) == 0;
         return told ? status : complain("cannot write to standard output");
     } catch (const std::bad_alloc&) {
-        return complain("not enough memory for this endgame");
+        return complain("not enough memory");
     } catch (const std::exception& failure) {
         return complain(failure.what());
     }

@@ -6,37 +6,30 @@
 #include "system/system.h"
 #include "tasks.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <chrono>
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
-#include <span>
+#include <new>
+#include <set>
 #include <system_error>
 
 namespace brindlemoth::tablegen {
 
-namespace {
-
-// A table to be made.
-struct Job {
-    Signature signature;
-    std::vector<FileKind> kinds; // the files that are not there, or not whole
-};
-
-} // namespace
-
-static Job job_of(Shelf& shelf, const Signature& signature) {
-    Job job{signature, {}};
+// The files of a signature that are not there, or not whole.
+static std::vector<FileKind> missing_files(Shelf& shelf, const Signature& signature) {
+    std::vector<FileKind> missing;
     for (const FileKind kind : {FileKind::WDL, FileKind::DTZ}) {
         TableReader reader;
         if (!open_table(table_path(shelf.directory, signature, kind), signature, kind, reader)
                  .empty())
-            job.kinds.push_back(kind);
+            missing.push_back(kind);
         else if (kind == FileKind::WDL && reader.own)
             shelf.trusted.insert(name_of(signature));
     }
-    return job;
+    return missing;
 }
 
 // Whether files can be made in the directory: better known before hours of work than after.
@@ -55,14 +48,70 @@ static std::string prepare_directory(const std::string& directory) {
     return "";
 }
 
-// Makes the files of a job. Returns what went wrong, if anything, and otherwise tells their sizes.
-static std::string make_files(Shelf& shelf, const Job& job, const Progress& progress,
-                              std::string& sizes) {
+namespace {
+
+// What a run has done so far.
+struct Summary {
+    std::size_t made = 0;
+    std::size_t skipped = 0;
+    std::uintmax_t bytes = 0;
+};
+
+// Tells other runs on the directory that a table is in work, by a file of its temporary name.
+struct Claim {
+    std::string path;
+
+    explicit Claim(const std::string& table) : path(temporary_name(table)) {
+        if (std::FILE* const file = std::fopen(path.c_str(), "wb"))
+            std::fclose(file);
+    }
+    Claim(const Claim&) = delete;
+    Claim& operator=(const Claim&) = delete;
+    ~Claim() { std::remove(path.c_str()); } // if it has not become the table
+};
+
+} // namespace
+
+// The tables that other runs have in work, or had when they were killed.
+static std::set<std::string> claimed_tables(const std::string& directory) {
+    const std::string own = temporary_name("");
+    std::set<std::string> names;
+    std::error_code error;
+    std::filesystem::directory_iterator entry(path_of(directory), error);
+    for (; !error && entry != std::filesystem::directory_iterator(); entry.increment(error)) {
+        const std::string file = entry->path().filename().string();
+        if (file.ends_with(".tmp") && !file.ends_with(own))
+            names.insert(file.substr(0, file.find('.')));
+    }
+    return names;
+}
+
+// The table to make next: the first that no other run has in work and whose conversions are made,
+// or the first of all if there is none.
+static std::size_t choose_table(const std::vector<Signature>& to_come,
+                                const std::string& directory) {
+    const std::set<std::string> claimed = claimed_tables(directory);
+    const auto is_to_come = [&](const Signature& signature) {
+        return std::find(to_come.begin(), to_come.end(), signature) != to_come.end();
+    };
+    for (std::size_t i = 0; i < to_come.size(); ++i) {
+        const std::vector<Signature> needed = conversions(to_come[i]);
+        if (!claimed.contains(name_of(to_come[i])) &&
+            std::none_of(needed.begin(), needed.end(), is_to_come))
+            return i;
+    }
+    return 0;
+}
+
+// Makes files of a table. Returns what went wrong, if anything, and otherwise tells their sizes.
+static std::string make_files(Shelf& shelf, const Signature& signature,
+                              const std::vector<FileKind>& kinds, const Progress& progress,
+                              Summary& summary, std::string& sizes) {
     std::vector<TableFile> files;
-    for (const FileKind kind : job.kinds)
-        files.push_back(empty_file(kind, job.signature));
+    for (const FileKind kind : kinds)
+        files.push_back(empty_file(kind, signature));
     solve_from(
-        shelf, job.signature,
+        shelf, signature,
         [&](const Part& part, int threads, const Progress& report) {
             add_part(part, files, threads, report);
         },
@@ -70,55 +119,97 @@ static std::string make_files(Shelf& shelf, const Job& job, const Progress& prog
     for (const TableFile& file : files) {
         const std::vector<std::uint8_t> bytes = lay_out(file);
         std::string failure =
-            write_whole_file(table_path(shelf.directory, job.signature, file.kind), bytes);
+            write_whole_file(table_path(shelf.directory, signature, file.kind), bytes);
         if (!failure.empty())
             return failure;
         sizes += (sizes.empty() ? "" : " + ") + std::to_string(bytes.size());
+        summary.bytes += bytes.size();
         if (file.kind == FileKind::WDL)
-            shelf.trusted.insert(name_of(job.signature));
+            shelf.trusted.insert(name_of(signature));
     }
+    ++summary.made;
     return "";
 }
 
-int make_tables(const CommandLine& line) {
-    Shelf shelf{line.directory, line.threads, {}, {}};
-    std::vector<Job> jobs;
-    std::vector<Signature> to_come;
+// The work of all tables, and of reading back what they convert into.
+static double work_of_all(const std::vector<Signature>& to_come, const Shelf& shelf) {
     double total = 0;
+    std::set<std::string> counted;
+    for (const Signature& signature : to_come) {
+        total += work_of(signature);
+        for (const Signature& needed : conversions(signature))
+            if (shelf.trusted.contains(name_of(needed)) && counted.insert(name_of(needed)).second)
+                total += reading_work_of(needed);
+    }
+    return total;
+}
+
+int make_tables(const CommandLine& line) {
+    const auto seconds_since = [](std::chrono::steady_clock::time_point start) {
+        return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    };
+    const auto start = std::chrono::steady_clock::now();
+    Shelf shelf{line.directory, line.threads, {}, {}};
+    Summary summary;
+    const auto skip = [&](const Signature& signature) {
+        finish_table(name_of(signature) + ": there and whole");
+        ++summary.skipped;
+    };
+    std::vector<Signature> to_come;
     for (const Signature& signature : closure(line.wanted)) {
         if (men_of(signature) < 3)
             continue; // bare kings have no files
-        jobs.push_back(job_of(shelf, signature));
-        if (jobs.back().kinds.empty()) {
-            finish_table(name_of(signature) + ": there and whole");
-            jobs.pop_back();
-            continue;
-        }
-        to_come.push_back(signature);
-        total += work_of(signature);
+        if (missing_files(shelf, signature).empty())
+            skip(signature);
+        else
+            to_come.push_back(signature);
     }
-    if (!jobs.empty())
+    if (!to_come.empty())
         if (const std::string failure = prepare_directory(line.directory); !failure.empty())
             return complain(failure);
-    ProgressLine progress = start_progress(total);
-    for (std::size_t i = 0; i < jobs.size(); ++i) {
-        const Job& job = jobs[i];
-        std::string name = name_of(job.signature);
-        const auto start = std::chrono::steady_clock::now();
-        begin_table(progress, name, work_of(job.signature));
-        make_room(shelf, std::span(to_come).subspan(i));
+    ProgressLine progress = start_progress(work_of_all(to_come, shelf));
+    std::set<std::string> read; // or counted as such
+    while (!to_come.empty()) {
+        const auto table_start = std::chrono::steady_clock::now();
+        const auto next =
+            to_come.begin() + static_cast<std::ptrdiff_t>(choose_table(to_come, line.directory));
+        std::rotate(to_come.begin(), next, next + 1);
+        const Signature signature = to_come[0];
+        std::string name = name_of(signature);
+        // Another run may have made it meanwhile.
+        const std::vector<FileKind> kinds = missing_files(shelf, signature);
+        double work = work_of(signature);
+        for (const Signature& needed : conversions(signature))
+            if (shelf.trusted.contains(name_of(needed)) &&
+                !shelf.tables.contains(name_of(needed)) && read.insert(name_of(needed)).second)
+                work += reading_work_of(needed);
+        begin_table(progress, name, work);
+        if (kinds.empty()) {
+            skip(signature);
+            to_come.erase(to_come.begin());
+            continue;
+        }
+        const Claim claim(table_path(line.directory, signature, kinds[0]));
+        make_room(shelf, to_come);
         std::string sizes;
-        const std::string failure = make_files(
-            shelf, job, [&](double done) { show_progress(progress, done); }, sizes);
+        std::string failure;
+        try {
+            failure = make_files(
+                shelf, signature, kinds, [&](double done) { show_progress(progress, done); },
+                summary, sizes);
+        } catch (const std::bad_alloc&) {
+            failure = "not enough memory for " + name;
+        }
         if (!failure.empty())
             return complain(failure);
-        if (job.kinds.size() == 1)
-            name += extension_of(job.kinds[0]);
-        const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - start;
-        char seconds[32];
-        std::snprintf(seconds, sizeof seconds, "%.1f s", taken.count());
-        finish_table(name + ": " + sizes + " bytes, " + seconds);
+        if (kinds.size() == 1)
+            name += extension_of(kinds[0]);
+        finish_table(name + ": " + sizes + " bytes, " + duration_text(seconds_since(table_start)));
+        to_come.erase(to_come.begin());
     }
+    finish_table(std::to_string(summary.made) + " tables made, " + std::to_string(summary.skipped) +
+                 " skipped, " + std::to_string(summary.bytes) + " bytes, " +
+                 duration_text(seconds_since(start)));
     return 0;
 }
 

@@ -12,6 +12,7 @@
 #include <filesystem>
 #include <map>
 #include <mutex>
+#include <new>
 #include <optional>
 #include <set>
 #include <span>
@@ -31,7 +32,9 @@ struct Inventory {
 
 } // namespace
 
-static Inventory take_inventory(const std::string& directory) {
+// Of all tables, or of those that are wanted if any are.
+static Inventory take_inventory(const std::string& directory,
+                                const std::vector<Signature>& wanted) {
     Inventory found;
     std::map<std::string, Signature> by_name;
     std::set<std::string> files;
@@ -43,6 +46,8 @@ static Inventory take_inventory(const std::string& directory) {
         const bool table = name.extension() == extension_of(FileKind::WDL) ||
                            name.extension() == extension_of(FileKind::DTZ);
         if (!table || !signature || name_of(*signature) != name.stem().string())
+            continue;
+        if (!wanted.empty() && std::find(wanted.begin(), wanted.end(), *signature) == wanted.end())
             continue;
         files.insert(name.string());
         by_name[name_of(*signature)] = *signature;
@@ -79,10 +84,31 @@ struct Judged {
 
 } // namespace
 
+static void judge_files(Shelf& shelf, const Signature& signature, std::vector<Judged>& judged,
+                        const Progress& progress) {
+    std::mutex judging;
+    solve_from(
+        shelf, signature,
+        [&](const Part& part, int threads, const Progress& report) {
+            SharedProgress shares{report, std::vector<double>(judged.size()), {}};
+            parallel_for(threads, judged.size(), [&](std::size_t j) {
+                if (!judged[j].fault.empty())
+                    return;
+                const Verdict verdict = judge(part, judged[j].reader, progress_of_piece(shares, j));
+                const std::lock_guard<std::mutex> lock(judging);
+                add_verdict(judged[j].verdict, verdict);
+            });
+        },
+        progress);
+}
+
 int verify_tables(const CommandLine& line) {
-    const Inventory found = take_inventory(line.directory);
+    const Inventory found = take_inventory(line.directory, line.wanted);
     if (found.error)
         return complain("cannot read directory " + line.directory + ": " + found.error.message());
+    for (const Signature& signature : line.wanted)
+        if (std::find(found.there.begin(), found.there.end(), signature) == found.there.end())
+            return complain("no table " + name_of(signature) + " in " + line.directory);
     for (const std::string& text : found.skipped)
         finish_table(text);
     if (found.there.empty())
@@ -110,21 +136,12 @@ int verify_tables(const CommandLine& line) {
             file.path = path;
             file.fault = open_table(path, signature, kind, file.reader);
         }
-        std::mutex judging;
-        solve_from(
-            shelf, signature,
-            [&](const Part& part, int threads, const Progress& report) {
-                SharedProgress shares{report, std::vector<double>(judged.size()), {}};
-                parallel_for(threads, judged.size(), [&](std::size_t j) {
-                    if (!judged[j].fault.empty())
-                        return;
-                    const Verdict verdict =
-                        judge(part, judged[j].reader, progress_of_piece(shares, j));
-                    const std::lock_guard<std::mutex> lock(judging);
-                    add_verdict(judged[j].verdict, verdict);
-                });
-            },
-            [&](double done) { show_progress(progress, done); });
+        try {
+            judge_files(shelf, signature, judged,
+                        [&](double done) { show_progress(progress, done); });
+        } catch (const std::bad_alloc&) {
+            return complain("not enough memory for " + name_of(signature));
+        }
         for (const auto& [path, reader, fault, verdict] : judged) {
             ++files;
             positions += verdict.positions;

@@ -46,6 +46,13 @@ step "Tests under the sanitizers: ${sanitized[*]}"
 build asan "${sanitized[@]/%/_tests}"
 ctest --preset asan -j "$jobs" -R "^($(IFS='|' && echo "${sanitized[*]}"))\$" </dev/null
 
+step "Threads of tablegen under ThreadSanitizer"
+build tsan tablegen
+tables=$(mktemp -d)
+build/tsan/tablegen/tablegen --men 3 --threads 4 --out "$tables"
+build/tsan/tablegen/tablegen --verify "$tables" --threads 4
+rm -r "$tables"
+
 for target in position commands book tables; do
   step "Fuzz target $target, $fuzz_seconds s"
   tools/fuzz.sh "$target" "$fuzz_seconds"

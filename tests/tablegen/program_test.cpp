@@ -50,11 +50,13 @@ static Files files_in(const std::string& path) {
 TEST(TablegenProgram, MakesWhatIsNotThere) {
     const TemporaryDirectory directory;
     const std::string out = directory.path + "/new/tables";
-    expect_run("KvPK --out " + out, 0, {"KPvK: begun\nKPvK: "});
+    const std::string log =
+        expect_run("KvPK --out " + out, 0, {"KPvK: ", "5 tables made, 0 skipped, "});
+    EXPECT_EQ(log.find("begun"), std::string::npos); // quick ones are told of once
     const Files made = files_in(out);
     EXPECT_EQ(made.size(), 10U);
     expect_run("--verify " + out, 0, {"10 files"});
-    expect_run("--men 3 --out " + out, 0);
+    expect_run("kpvk --men=3 --out=" + out, 0, {"0 tables made, 5 skipped, 0 bytes, "});
     EXPECT_EQ(files_in(out), made);
 
     // A file of another maker, whose end has no checksum of ours, stays; what lies beside the
@@ -77,10 +79,17 @@ TEST(TablegenProgram, MakesWhatIsNotThere) {
     // What is gone or damaged is made again, byte for byte.
     change("KPvK.rtbz", made.at("KPvK.rtbz").first.size() / 2);
     expect_run("--verify " + out, 1);
+    expect_run("--verify " + out + " KPvK krvk", 1, {"3 files, "});
+    expect_run("KBvK --verify=" + out, 0, {"2 files, "});
+    // A table that another run has in work, or had when it was killed, is put off.
+    directory.write("new/tables/KQvK.rtbz.1.tmp", "");
     const Files before = files_in(out);
-    expect_run("--men 3 --out " + out, 0, {"KQvK.rtbz: ", "KRvK.rtbw: ", "KPvK.rtbz: "});
+    const std::string again =
+        expect_run("--men 3 --out " + out, 0,
+                   {"KQvK.rtbz: ", "KRvK.rtbw: ", "KPvK.rtbz: ", "3 tables made, 2 skipped, "});
+    EXPECT_LT(again.find("KRvK.rtbw: "), again.find("KQvK.rtbz: "));
     Files after = files_in(out);
-    EXPECT_EQ(after.size(), 13U);
+    EXPECT_EQ(after.size(), 14U);
     for (const std::string name : {"KQvK.rtbz", "KRvK.rtbw", "KPvK.rtbz"}) {
         EXPECT_EQ(after[name].first, made.at(name).first) << name;
         after.erase(name);
@@ -89,14 +98,21 @@ TEST(TablegenProgram, MakesWhatIsNotThere) {
         EXPECT_EQ(file, before.at(name)) << name;
 }
 
+// They share the work: not each makes all tables.
 TEST(TablegenProgram, RunsSideBySideDoNotDisturbEachOther) {
     const TemporaryDirectory directory;
     std::vector<std::future<std::string>> runs;
     for (int i = 0; i < 4; ++i)
         runs.push_back(std::async(
             std::launch::async, [&] { return expect_run("--men 3 --out " + directory.path, 0); }));
-    for (std::future<std::string>& run : runs)
-        run.get();
+    int made = 0;
+    for (std::future<std::string>& run : runs) {
+        const std::string output = run.get();
+        const std::size_t end = output.find(" tables made");
+        ASSERT_NE(end, std::string::npos) << output;
+        made += std::stoi(output.substr(output.rfind('\n', end) + 1));
+    }
+    EXPECT_LT(made, 4 * 5);
     EXPECT_EQ(files_in(directory.path).size(), 10U);
     expect_run("--verify " + directory.path, 0);
 }
@@ -104,7 +120,12 @@ TEST(TablegenProgram, RunsSideBySideDoNotDisturbEachOther) {
 TEST(TablegenProgram, SaysWhatIsWrongInOneLine) {
     const TemporaryDirectory directory;
     const std::string file = directory.write("file", "");
-    const std::pair<std::string, const char*> rows[] = {
+    // With the exit status: 2 for a wrong command line, 1 for what the system refuses.
+    const struct {
+        std::string arguments;
+        const char* expected;
+        int status = 2;
+    } rows[] = {
         {"", "nothing to make"},
         {"KQvK", "no --out"},
         {"--out", "no value after --out"},
@@ -118,22 +139,23 @@ TEST(TablegenProgram, SaysWhatIsWrongInOneLine) {
         {"KQvK --out " + directory.path + " --out " + directory.path, "more than one --out"},
         {"--verify " + directory.path + " --verify " + file, "more than one --verify"},
         {"KQvK --version", "nothing else"},
-        {"--men 3 --verify " + directory.path, "nothing else"},
-        {"--verify " + directory.path, "no tables"},
-        {"--verify " + directory.path + "/none", "cannot read directory"},
-        {"--verify " + file, "cannot read directory"},
+        {"--men 3 --verify " + directory.path, "signatures and --threads alone"},
+        {"--verify " + directory.path, "no tables", 1},
+        {"--verify " + directory.path + " KQvK", "no table KQvK", 1},
+        {"--verify " + directory.path + "/none", "cannot read directory", 1},
+        {"--verify " + file, "cannot read directory", 1},
         {"KQvK --out \"\"", "--out takes a directory"},
-        {"--verify \"\"", "--verify takes a directory"},
+        {"--verify=", "--verify takes a directory"},
         {"\"KQ\nvK\" --out " + directory.path, "\"KQ?vK\" is no signature"},
-        {"KQvK --out " + file, "cannot"},
-        {"KQvK --out " + file + "/below", "cannot"},
-        {"KQvK --out /proc", "cannot"},
+        {"KQvK --out " + file, "cannot", 1},
+        {"KQvK --out " + file + "/below", "cannot", 1},
+        {"KQvK --out /proc", "cannot", 1},
     };
-    for (const auto& [arguments, expected] : rows) {
-        const std::string output = expect_run(arguments, 1, {expected});
+    for (const auto& [arguments, expected, status] : rows) {
+        const std::string output = expect_run(arguments, status, {expected});
         EXPECT_EQ(output.find('\n'), output.size() - 1) << output;
     }
-    expect_run("--help", 0, {"--verify DIR"});
+    expect_run("--frobnicate KQvX --help", 0, {"--verify DIR"});
 }
 
 // A pipe or a device with a table's name is never opened; a table that is made takes its name.
@@ -179,7 +201,7 @@ TEST(TablegenProgram, TooLittleMemoryIsToldInOneLine) {
         if (made || run.output.find("tablegen: ") == std::string::npos)
             continue; // or the program was not even loaded
         EXPECT_EQ(run.status, 1) << run.output;
-        const std::size_t message = run.output.find("tablegen: not enough memory");
+        const std::size_t message = run.output.find("tablegen: not enough memory for K");
         EXPECT_NE(message, std::string::npos) << run.output;
         EXPECT_EQ(run.output.find('\n', message), run.output.size() - 1) << run.output;
         ++told;
