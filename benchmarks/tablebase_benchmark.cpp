@@ -1,16 +1,25 @@
-// The cost of endgame table probes:
+// The cost of endgame table probes, alone and inside a search:
 //
-//     tablebase_benchmark DIRECTORY
+//     tablebase_benchmark DIRECTORY >/dev/null
 //
-// The warm probes go over thousands of random positions of all the directory's 3- and 4-men tables.
-#include "board/attacks.h"
+// The directory holds the tables of 3 and 4 men; "tablegen --men 4 --out DIRECTORY" makes them. The
+// searches print their info lines on standard output, the results go to standard error. The warm
+// probes read thousands of random positions of all these tables.
 #include "board/bitboard.h"
+#include "board/position.h"
+#include "search/history.h"
+#include "search/root.h"
+#include "search/transposition.h"
+#include "search/watch.h"
+#include "shell/startup.h"
 #include "tablebase/probe.h"
 #include "tablebase/registry.h"
 #include "tablebase/syzygy.h"
 
 #include <benchmark/benchmark.h>
 #include <cstdio>
+#include <iostream>
+#include <iterator>
 #include <random>
 #include <vector>
 
@@ -121,6 +130,38 @@ void first_probe(benchmark::State& state, bool pawns) {
 BENCHMARK_CAPTURE(first_probe, KQvKR, false);
 BENCHMARK_CAPTURE(first_probe, KPvKP, true);
 
+// Positions of five and six men whose captures lead into the tables.
+constexpr const char* search_positions[] = {
+    "8/8/4k3/2r5/8/3KP3/8/4R3 w - - 0 1",    "8/5k2/8/3PK3/8/1r6/8/3R4 w - - 0 1",
+    "8/3k4/8/2n5/4P3/3K4/8/5B2 w - - 0 1",   "8/2p5/3k4/8/3P4/2K5/1P6/8 w - - 0 1",
+    "3q4/8/4k3/8/3PK3/8/8/6Q1 w - - 0 1",    "8/5pk1/8/6K1/4P3/8/r7/4R3 w - - 0 1",
+    "8/8/1p1k4/3p4/1P1P4/3K4/8/8 w - - 0 1", "8/3k1p2/8/3n4/5P2/3K4/8/3B4 w - - 0 1",
+    "8/6pk/8/4q3/8/5P2/6K1/3Q4 w - - 0 1",   "8/2k5/1p6/2b5/4N3/2P5/3K4/8 w - - 0 1",
+};
+
+// Each search starts with an empty transposition table, so that all have the same nodes.
+void search_to_depth_20(benchmark::State& state) {
+    const char* const fen = search_positions[state.range(0)];
+    Position position;
+    position_set_fen(position, fen);
+    SearchLimits limits{};
+    limits.depth = 20;
+    std::uint64_t nodes = 0;
+    for (auto _ : state) {
+        state.PauseTiming();
+        tt_clear();
+        clear_history();
+        state.ResumeTiming();
+        search_root(position, limits);
+        nodes += node_count;
+    }
+    state.SetItemsProcessed(static_cast<std::int64_t>(nodes));
+    state.SetLabel(fen);
+}
+BENCHMARK(search_to_depth_20)
+    ->DenseRange(0, static_cast<int>(std::size(search_positions)) - 1)
+    ->Unit(benchmark::kMillisecond);
+
 // Looking for all 1,511 signatures in one directory.
 void discovery(benchmark::State& state) {
     for (auto _ : state)
@@ -133,15 +174,19 @@ BENCHMARK(discovery)->Unit(benchmark::kMillisecond);
 
 int main(int argc, char** argv) {
     benchmark::Initialize(&argc, argv);
-    brindlemoth::init_attacks();
+    brindlemoth::start_engine();
     if (argc > 1)
         brindlemoth::directory = argv[1];
     brindlemoth::syzygy_init(brindlemoth::directory);
     if (brindlemoth::syzygy_max_men < 4) {
-        std::fprintf(stderr, "Give a directory with the tables of 3 and 4 men.\n");
+        std::fprintf(stderr, "Give a directory with the tables of 3 and 4 men.\n"
+                             "\"tablegen --men 4 --out DIRECTORY\" makes them.\n");
         return 1;
     }
-    benchmark::RunSpecifiedBenchmarks();
+    brindlemoth::syzygy_probe_limit = 4;
+    benchmark::ConsoleReporter results;
+    results.SetOutputStream(&std::cerr);
+    benchmark::RunSpecifiedBenchmarks(&results);
     benchmark::Shutdown();
     return 0;
 }

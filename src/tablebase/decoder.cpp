@@ -81,21 +81,25 @@ const std::uint8_t* syzygy_decode(const CompressedStream& stream, std::uint64_t 
     int length;
     std::uint32_t symbol;
     while (true) {
-        int n = 0; // code length less the shortest
-        while (code < stream.code_base[n])
-            ++n;
-        length = stream.min_code_length + n;
-        const std::uint64_t number = load_le16(stream.code_offsets + 2 * n) +
-                                     ((code - stream.code_base[n]) >> (64 - length));
-        if (number >= stream.symbol_count)
-            return nullptr;
-        symbol = static_cast<std::uint32_t>(number);
-        const std::int32_t values = stream.symbol_lengths[symbol] + 1;
-        if (value < values)
-            break;
-        value -= values;
-        code <<= length;
-        bits_used += length;
+        int step;
+        const CodeRun& run = stream.code_runs[code >> (64 - CODE_RUN_BITS)];
+        if (value >= run.values && run.bits != 0) {
+            value -= run.values;
+            step = run.bits;
+        } else {
+            length = run.first_length != 0 ? run.first_length : code_length(stream, code);
+            const std::uint64_t number = symbol_number(stream, code, length);
+            if (number >= stream.symbol_count)
+                return nullptr;
+            symbol = static_cast<std::uint32_t>(number);
+            const std::int32_t values = stream.symbol_lengths[symbol] + 1;
+            if (value < values)
+                break;
+            value -= values;
+            step = length;
+        }
+        code <<= step;
+        bits_used += step;
         if (bits_used >= 32) {
             if (bits_used > 64)
                 return nullptr;

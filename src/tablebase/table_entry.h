@@ -6,6 +6,7 @@
 
 #include "platform/file_mapping.h"
 
+#include <cstddef>
 #include <cstdint>
 
 namespace brindlemoth {
@@ -18,8 +19,20 @@ constexpr int MAX_TABLE_MEN = 7;
 // Sub-tables of a file with pawns, by the file of the leading pawn folded to a to d.
 constexpr int PAWN_FILE_POSITIONS = 4;
 
+// The decoder looks up this many bits of code at once.
+constexpr int CODE_RUN_BITS = 8;
+constexpr std::size_t CODE_RUNS = std::size_t{1} << CODE_RUN_BITS;
+
+// The codes that lie whole within the next CODE_RUN_BITS bits, up to the first whose symbol has no
+// meaning. An average code of a win-draw-loss table has five bits.
+struct CodeRun {
+    std::uint16_t values;      // sum of the values of all these codes
+    std::uint8_t bits;         // sum of their lengths, 0 if there is none
+    std::uint8_t first_length; // length of the first code, 0 if it is longer than CODE_RUN_BITS
+};
+
 // The compressed values of one side of one file position. One heap block holds the record, then
-// code_base, then symbol_lengths; a constant stream has the record alone.
+// code_base, code_runs and symbol_lengths; a constant stream has the record alone.
 struct CompressedStream {
     const std::uint8_t* index_table;   // into the view: 6-byte entries, block number and offset
     const std::uint8_t* block_lengths; // into the view: 16-bit numbers, values of a block less 1
@@ -39,6 +52,7 @@ struct CompressedStream {
     std::uint32_t symbol_count;
     const std::uint8_t* view_end;
     std::uint64_t* code_base; // by code length from the shortest: smallest code, left-aligned
+    CodeRun* code_runs;       // by the next CODE_RUN_BITS bits of the code
 };
 
 // How the men of one stream become an index.

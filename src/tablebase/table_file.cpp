@@ -1,6 +1,7 @@
 #include "tablebase/table_file.h"
 
 #include "platform/file_mapping.h"
+#include "tablebase/decoder.h"
 #include "tablebase/position_index.h"
 #include "tablebase/probe_board.h"
 #include "tablebase/registry.h"
@@ -218,19 +219,45 @@ void set_code_base(std::uint64_t* base, const std::uint8_t* code_offsets, int mi
         base[i] <<= 64 - (min_length + i);
 }
 
-// One heap block for the record and its two arrays; all bytes 0. Null if memory runs out.
+// Fills the code runs. All bits of a pattern that decide a code's length and symbol are known, as
+// the smallest codes of lengths up to CODE_RUN_BITS are multiples of the pattern's lowest bit.
+void set_code_runs(const CompressedStream& stream) {
+    for (std::uint64_t pattern = 0; pattern < CODE_RUNS; ++pattern) {
+        std::uint64_t code = pattern << (64 - CODE_RUN_BITS);
+        CodeRun run{0, 0, 0};
+        while (true) {
+            const int length = code_length(stream, code);
+            if (run.bits + length > CODE_RUN_BITS)
+                break;
+            if (run.bits == 0)
+                run.first_length = static_cast<std::uint8_t>(length);
+            const std::uint64_t number = symbol_number(stream, code, length);
+            if (number >= stream.symbol_count || stream.symbol_lengths[number] == BROKEN_SYMBOL)
+                break;
+            run.values = static_cast<std::uint16_t>(run.values + stream.symbol_lengths[number] + 1);
+            run.bits = static_cast<std::uint8_t>(run.bits + length);
+            code <<= length;
+        }
+        stream.code_runs[pattern] = run;
+    }
+}
+
+// One heap block for the record and its three arrays; all bytes 0. Null if memory runs out.
 CompressedStream* allocate_stream(int lengths, std::uint64_t symbols) {
     const std::size_t code_base_bytes = static_cast<std::size_t>(lengths) * sizeof(std::uint64_t);
-    const std::size_t bytes =
-        sizeof(CompressedStream) + code_base_bytes + symbols * sizeof(std::uint16_t);
+    const std::size_t code_run_bytes = lengths == 0 ? 0 : CODE_RUNS * sizeof(CodeRun);
+    const std::size_t bytes = sizeof(CompressedStream) + code_base_bytes + code_run_bytes +
+                              symbols * sizeof(std::uint16_t);
     auto* const block = static_cast<std::uint8_t*>(operator new(bytes, std::nothrow));
     if (block == nullptr)
         return nullptr;
     std::fill(block, block + bytes, std::uint8_t{0});
     auto* const stream = new (block) CompressedStream{};
     stream->code_base = reinterpret_cast<std::uint64_t*>(block + sizeof(CompressedStream));
-    stream->symbol_lengths =
-        reinterpret_cast<std::uint16_t*>(block + sizeof(CompressedStream) + code_base_bytes);
+    stream->code_runs =
+        reinterpret_cast<CodeRun*>(block + sizeof(CompressedStream) + code_base_bytes);
+    stream->symbol_lengths = reinterpret_cast<std::uint16_t*>(block + sizeof(CompressedStream) +
+                                                              code_base_bytes + code_run_bytes);
     return stream;
 }
 
@@ -299,6 +326,7 @@ SetupResult read_stream_header(TableSetup& setup, StreamSetup& stream) {
 
     for (std::uint32_t symbol = 0; symbol < symbols; ++symbol)
         set_symbol_length(*decoder, symbol);
+    set_code_runs(*decoder);
     return SetupResult::DONE;
 }
 
