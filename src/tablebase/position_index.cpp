@@ -15,8 +15,12 @@ std::uint64_t pawn_factor[6][4];
 
 namespace {
 
+// XOR masks that mirror a square left to right and top to bottom, and the bits of a square that
+// tell the right half and the upper half of the board.
 constexpr int MIRROR_FILES = 7;
 constexpr int MIRROR_RANKS = 0x38;
+constexpr int RIGHT_HALF = 4;
+constexpr int UPPER_HALF = 0x20;
 constexpr int TRIANGLE_CELLS = 10;
 constexpr int FIRST_DIAGONAL_CELL = 6; // cells 0 to 5 lie off the diagonal a1-h8
 
@@ -29,7 +33,7 @@ template <typename Rule> constexpr auto by_square(Rule rule) {
 }
 
 // The squares of the triangle a1-d1-d4, in the order of their cells.
-constexpr std::array<int, TRIANGLE_CELLS> triangle_squares = {B1, C1, D1, C2, D2,
+constexpr std::array<int, TRIANGLE_CELLS> TRIANGLE_SQUARES = {B1, C1, D1, C2, D2,
                                                               D3, A1, B2, C3, D4};
 
 constexpr int fold(int coordinate) {
@@ -44,19 +48,19 @@ constexpr auto off_diagonal = by_square([](int file, int rank) {
     return rank > file ? 1 : rank < file ? -1 : 0;
 });
 
-// The cell of a square's image in the triangle.
+// The cell of the square's mirror image in the triangle.
 constexpr auto triangle_cell = by_square([](int file, int rank) {
     const int near = fold(file);
     const int far = fold(rank);
     const int image = make_square(std::max(near, far), std::min(near, far));
     int cell = 0;
-    while (triangle_squares[static_cast<std::size_t>(cell)] != image)
+    while (TRIANGLE_SQUARES[static_cast<std::size_t>(cell)] != image)
         ++cell;
     return cell;
 });
 
-// The place among the 28 squares below the diagonal, in ascending order; above it that of the
-// reflection. The diagonal itself follows from 28 on.
+// The number of a square among the 28 squares below the diagonal, in ascending order. A square
+// above the diagonal has the number of its reflection. The squares of the diagonal have 28 to 35.
 constexpr auto lower_index = by_square([](int file, int rank) {
     if (file == rank)
         return 28 + rank;
@@ -68,25 +72,27 @@ constexpr auto lower_index = by_square([](int file, int rank) {
 
 constexpr auto diagonal_index = by_square([](int, int rank) { return rank; });
 
-// Pawn squares from e7 (0) to a2 (47): the leading pawn has the highest number.
+// The pawn squares are numbered from e7 (0) to a2 (47). The leading pawn has the highest number.
 constexpr auto pawn_order = by_square([](int file, int rank) {
     if (rank == 0 || rank == 7)
         return 0;
     return file < 4 ? 47 - 12 * file - 2 * (rank - 1) : 46 - 12 * (7 - file) - 2 * (rank - 1);
 });
 
-// Slots of the leading pawn: up the a-file, up the b-file, and so on, folded.
+// The slot of the leading pawn: a2 to a7 are 0 to 5, b2 to b7 are 6 to 11, and so on. Files e to h
+// are folded onto files d to a.
 constexpr auto pawn_slot = by_square(
     [](int file, int rank) { return rank == 0 || rank == 7 ? 0 : 6 * fold(file) + rank - 1; });
 
-// By the cell of one man and the square of another that it does not touch: three sweeps number
-// the pairs, so that reflection in the diagonal counts no pair twice. -1 elsewhere.
+// The number of a pair of men that do not touch, by the cell of the first and the square of the
+// second; -1 for a pair that does. Three sweeps hand out the numbers. With the first man on the
+// diagonal, the squares above the diagonal are left at -1: those pairs are reflections of others.
 constexpr auto two_king_index = [] {
     std::array<std::array<std::int16_t, 64>, TRIANGLE_CELLS> table{};
     std::int16_t next = 0;
     const auto sweep = [&](int first_cell, int last_cell, auto wanted) {
         for (int cell = first_cell; cell <= last_cell; ++cell) {
-            const int king = triangle_squares[static_cast<std::size_t>(cell)];
+            const int king = TRIANGLE_SQUARES[static_cast<std::size_t>(cell)];
             for (int square = 0; square < 64; ++square) {
                 const int file_distance = file_of(king) - file_of(square);
                 const int rank_distance = rank_of(king) - rank_of(square);
@@ -110,12 +116,12 @@ static_assert(two_king_index[0][D1] == 0 && two_king_index[5][H8] == 338);
 static_assert(two_king_index[6][C1] == 339 && two_king_index[6][C3] == 441);
 static_assert(two_king_index[9][H8] == 461);
 
-// Lookups without a sign conversion at every use.
+// Looks up a square without a sign conversion at every call.
 template <typename Table> int at(const Table& table, int square) {
     return table[static_cast<std::size_t>(square)];
 }
 
-void mirror_all(int squares[MAX_TABLE_MEN], int men, int mask) {
+void mirror_squares(int squares[MAX_TABLE_MEN], int men, int mask) {
     for (int i = 0; i < men; ++i)
         squares[i] ^= mask;
 }
@@ -127,11 +133,12 @@ template <typename Before> void exchange_sort(int* first, const int* last, Befor
                 std::swap(*first, *other);
     }
 }
+
 void sort_rising(int* first, const int* last) {
     exchange_sort(first, last, [](int a, int b) { return a < b; });
 }
 
-// How many of the first `count` squares lie below the given one.
+// Counts those of the first `count` squares that are below `square`.
 int squares_below(const int squares[MAX_TABLE_MEN], int count, int square) {
     int below = 0;
     for (int i = 0; i < count; ++i)
@@ -139,8 +146,9 @@ int squares_below(const int squares[MAX_TABLE_MEN], int count, int square) {
     return below;
 }
 
-// The number of a set of like men in places `begin` to `end` - 1 among the squares from
-// `first_square` on that the men before them leave free. Sorts the men.
+// Numbers a set of equal men, in places `begin` to `end` - 1, by the combinatorial number system.
+// The set is a choice among the squares from `first_square` on that are not occupied by the men in
+// earlier places. Sorts the men.
 std::uint64_t group_index(int squares[MAX_TABLE_MEN], int begin, int end, int first_square) {
     sort_rising(squares + begin, squares + end);
     std::uint64_t sum = 0;
@@ -152,11 +160,12 @@ std::uint64_t group_index(int squares[MAX_TABLE_MEN], int begin, int end, int fi
     return sum;
 }
 
-// Folds the men of a pawnless position so that the first of them stands in the triangle, and the
-// first one off the diagonal among the leading men below it.
+// Mirrors all men of a pawnless position into the triangle. Requires the first man on files a to d.
+// Afterwards the first man is on ranks 1 to 4, and the first of the leading men that is not on the
+// diagonal a1-h8 is below it.
 void fold_into_triangle(int squares[MAX_TABLE_MEN], int men, int leading_men) {
-    if ((squares[0] & 0x20) != 0)
-        mirror_all(squares, men, MIRROR_RANKS);
+    if ((squares[0] & UPPER_HALF) != 0)
+        mirror_squares(squares, men, MIRROR_RANKS);
     for (int i = 0; i < leading_men; ++i) {
         const int side = at(off_diagonal, squares[i]);
         if (side == 0)
@@ -168,26 +177,49 @@ void fold_into_triangle(int squares[MAX_TABLE_MEN], int men, int leading_men) {
     }
 }
 
-// The number of three men of different kinds, 0 to 31331: four ranges, by how many of them stand
-// on the diagonal before the first that does not.
+// The number of choices for one man in each case of three_men_index().
+constexpr int SECOND_MAN_SQUARES = 63;     // any square but the first man's
+constexpr int THIRD_MAN_SQUARES = 62;      // any square but those of the other two
+constexpr int BELOW_DIAGONAL = 28;         // squares below the diagonal a1-h8
+constexpr int FOLDED_DIAGONAL = 4;         // squares of the diagonal on ranks 1 to 4
+constexpr int SECOND_DIAGONAL_SQUARES = 7; // squares of the diagonal but the first man's
+constexpr int THIRD_DIAGONAL_SQUARES = 6;  // squares of the diagonal but those of the other two
+
+// The first index of each case of three_men_index().
+constexpr int SECOND_OFF_DIAGONAL =
+    FIRST_DIAGONAL_CELL * SECOND_MAN_SQUARES * THIRD_MAN_SQUARES; // 23436
+constexpr int THIRD_OFF_DIAGONAL =
+    SECOND_OFF_DIAGONAL + FOLDED_DIAGONAL * BELOW_DIAGONAL * THIRD_MAN_SQUARES; // 30380
+constexpr int NONE_OFF_DIAGONAL =
+    THIRD_OFF_DIAGONAL + FOLDED_DIAGONAL * SECOND_DIAGONAL_SQUARES * BELOW_DIAGONAL; // 31164
+static_assert(NONE_OFF_DIAGONAL +
+                  FOLDED_DIAGONAL * SECOND_DIAGONAL_SQUARES * THIRD_DIAGONAL_SQUARES ==
+              THREE_MEN_PLACEMENTS);
+
+// Numbers three men of different kinds. The first is in the triangle. The cases differ in which man
+// is the first that is not on the diagonal; that man is below the diagonal. Each case is a mixed
+// radix number: the digits are the numbers of the men among the squares that are still possible.
 int three_men_index(const int squares[MAX_TABLE_MEN]) {
     const int p0 = squares[0];
     const int p1 = squares[1];
     const int p2 = squares[2];
-    const int s1 = p1 > p0 ? 1 : 0;
-    const int s2 = (p2 > p0 ? 1 : 0) + (p2 > p1 ? 1 : 0);
+    const int below_p1 = p0 < p1 ? 1 : 0; // men that occupy a square below that of the next man
+    const int below_p2 = (p0 < p2 ? 1 : 0) + (p1 < p2 ? 1 : 0);
     if (at(off_diagonal, p0) != 0)
-        return (at(triangle_cell, p0) * 63 + p1 - s1) * 62 + p2 - s2;
+        return (at(triangle_cell, p0) * SECOND_MAN_SQUARES + p1 - below_p1) * THIRD_MAN_SQUARES +
+               p2 - below_p2;
+    const int first = at(diagonal_index, p0);
     if (at(off_diagonal, p1) != 0)
-        return (378 + at(diagonal_index, p0) * 28 + at(lower_index, p1)) * 62 + p2 - s2;
+        return SECOND_OFF_DIAGONAL +
+               (first * BELOW_DIAGONAL + at(lower_index, p1)) * THIRD_MAN_SQUARES + p2 - below_p2;
+    const int first_two = first * SECOND_DIAGONAL_SQUARES + at(diagonal_index, p1) - below_p1;
     if (at(off_diagonal, p2) != 0)
-        return (1085 + at(diagonal_index, p0) * 7 + at(diagonal_index, p1) - s1) * 28 +
-               at(lower_index, p2);
-    return (5194 + at(diagonal_index, p0) * 7 + at(diagonal_index, p1) - s1) * 6 +
-           at(diagonal_index, p2) - s2;
+        return THIRD_OFF_DIAGONAL + first_two * BELOW_DIAGONAL + at(lower_index, p2);
+    return NONE_OFF_DIAGONAL + first_two * THIRD_DIAGONAL_SQUARES + at(diagonal_index, p2) -
+           below_p2;
 }
 
-// The number of the pawns of the leading colour on their file position. Sorts all but the first.
+// Numbers the pawns of the leading colour within their file position. Sorts all but the first.
 std::uint64_t lead_pawns_index(int squares[MAX_TABLE_MEN], int lead) {
     exchange_sort(squares + 1, squares + lead,
                   [](int a, int b) { return at(pawn_order, a) > at(pawn_order, b); });
@@ -223,8 +255,8 @@ int syzygy_collect_squares(const ProbeBoard& board, const SideEncoding& encoding
     int place = start;
     while (place < places) {
         const int code = encoding.piece_order[place];
-        const bool first_colour = code < 8;
-        Bitboard men = board_men(board, first_colour != flip ? 1 : 0, code & 7);
+        const bool first_colour = code < SECOND_SIDE;
+        Bitboard men = board_men(board, first_colour != flip ? 1 : 0, code & PIECE_TYPE_MASK);
         assert(men != 0 && place + popcount(men) <= places);
         do
             squares[place++] = pop_lowest(men) ^ mask;
@@ -243,8 +275,8 @@ int syzygy_pick_lead_pawn(int squares[MAX_TABLE_MEN], int lead_pawns) {
 std::uint64_t syzygy_position_index(int squares[MAX_TABLE_MEN], const SideEncoding& encoding,
                                     const TableEntry& entry) {
     const int men = entry.men;
-    if ((squares[0] & 4) != 0)
-        mirror_all(squares, men, MIRROR_FILES);
+    if ((squares[0] & RIGHT_HALF) != 0)
+        mirror_squares(squares, men, MIRROR_FILES);
 
     std::uint64_t index;
     int place;

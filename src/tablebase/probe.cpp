@@ -13,22 +13,23 @@ namespace brindlemoth {
 
 namespace {
 
-// By WDL value + 2: which of the four value maps, and which flag says that values count plies.
+// By WDL value - WDL_LOSS: the value map to use, and the flag that says that values are plies.
 constexpr int wdl_to_map[5] = {1, 3, 0, 2, 0};
 constexpr int ply_flags[5] = {DTZ_LOSS_PLIES, 0, 0, 0, DTZ_WIN_PLIES};
 
-constexpr int NO_VALUE = -3;            // below every WDL value
-constexpr int NO_MOVE_YET = 0x7FFFFFFF; // beyond every distance
+constexpr int NO_VALUE = WDL_LOSS - 1;  // less than every WDL value
+constexpr int NO_MOVE_YET = 0x7FFFFFFF; // more than every distance
+
+constexpr int TURN_BOARD = 0x38; // XOR mask that turns a square upside down
 
 int fail(int& success) {
     success = PROBE_FAILED;
     return 0;
 }
 
-// Asked for all boards but those without any men beside kings, which are answered before. Boards
-// that no table can hold come from positions that no game reaches. Kings do not count in the
-// material key, and the index has no room for pawns outside ranks 2 to 7. All other men are those
-// of the signature when the keys agree.
+// Rejects boards that no game reaches but that have the material key of a table: the key does not
+// count the kings, and the index has no room for pawns on the first and last rank. The other men
+// are those of the signature if the keys are equal.
 bool fits_tables(const ProbeBoard& board) {
     const Bitboard white_king = board.kings & board.white;
     const Bitboard black_king = board.kings & board.black;
@@ -36,57 +37,60 @@ bool fits_tables(const ProbeBoard& board) {
            !more_than_one(black_king) && (board.pawns & (RANK_1 | RANK_8)) == 0;
 }
 
-// Where the value of a board stands in a table.
+// The place of a board in a table.
 struct TablePlace {
     const SideEncoding* encoding;
     int file_position;
     int squares[MAX_TABLE_MEN]; // of the men, in the order of the encoding
 };
 
-// Finds the place of a board, and says as a `success` code how that went. `flip` means that the
-// board's colours are exchanged against the table's, `side` is the stored side that applies.
-int find_place(TablePlace& place, const ProbeBoard& board, TableEntry& entry, TableKind kind,
+// Finds the place of a board. `flip` means that the colours of the board are exchanged in the
+// table, `side` is the stored side that applies. Returns PROBE_GOOD, PROBE_OTHER_SIDE or
+// PROBE_FAILED.
+int find_place(TablePlace& place, const ProbeBoard& board, const TableEntry& entry, TableKind kind,
                bool flip, int side) {
-    place.encoding = syzygy_first_encoding(entry, kind);
+    const SideEncoding* const first = syzygy_first_encoding(entry, kind);
     place.file_position = 0;
     int collected = 0;
     int mask = 0;
     if (entry.has_pawns != 0) {
-        mask = flip ? 0x38 : 0;
-        collected = syzygy_collect_squares(board, *place.encoding, 0, entry.lead_pawns, flip, mask,
-                                           place.squares);
+        // The leading pawns come first in every encoding of the table.
+        mask = flip ? TURN_BOARD : 0;
+        collected =
+            syzygy_collect_squares(board, *first, 0, entry.lead_pawns, flip, mask, place.squares);
         place.file_position = syzygy_pick_lead_pawn(place.squares, entry.lead_pawns);
     }
     if (kind == KIND_DTZ && entry.symmetric == 0 &&
-        (dtz_flags(entry, place.file_position) & DTZ_SIDE) != side)
+        (entry.dtz_flags[place.file_position] & DTZ_SIDE) != side)
         return PROBE_OTHER_SIDE;
-    place.encoding += place.file_position;
+    place.encoding = first + place.file_position;
     if (kind == KIND_WDL)
-        place.encoding += side * file_positions(entry);
+        place.encoding += side * PAWN_FILE_POSITIONS;
     if (place.encoding->decoder == nullptr)
         return PROBE_FAILED;
     syzygy_collect_squares(board, *place.encoding, collected, entry.men, flip, mask, place.squares);
     return PROBE_GOOD;
 }
 
-// What a stored DTZ number means for a position of value `wdl`.
-int dtz_from_record(TableEntry& entry, const std::uint8_t* record, int file_position, int wdl,
+// Returns the distance that a DTZ record means for a position whose WDL value is `wdl`.
+int dtz_from_record(const TableEntry& entry, const std::uint8_t* record, int file_position, int wdl,
                     int& success) {
-    const int flags = dtz_flags(entry, file_position);
-    int value = record[0] + 256 * (record[1] & 0x0F);
+    const int flags = entry.dtz_flags[file_position];
+    int value = static_cast<int>(symbol_left(record));
     if ((flags & DTZ_MAPPED) != 0) {
-        const std::uint8_t* const maps = dtz_map(entry);
+        const std::uint8_t* const maps = entry.dtz_map;
         const bool wide = (flags & DTZ_WIDE_MAPS) != 0;
         const auto map_entry = [maps, wide](std::uint32_t i) {
             return static_cast<int>(wide ? load_le16(maps + 2 * i) : maps[i]);
         };
-        const std::uint32_t offset = dtz_map_offsets(entry, file_position)[wdl_to_map[wdl + 2]];
-        // The length of a map stands right before its first entry.
+        const int map = wdl_to_map[wdl - WDL_LOSS];
+        const std::uint32_t offset = entry.dtz_map_offsets[file_position][map];
+        // The length of a map is stored before its first entry.
         if (value >= map_entry(offset - 1))
             return fail(success);
         value = map_entry(offset + static_cast<std::uint32_t>(value));
     }
-    return (flags & ply_flags[wdl + 2]) != 0 ? value : 2 * value;
+    return (flags & ply_flags[wdl - WDL_LOSS]) != 0 ? value : 2 * value;
 }
 
 bool is_en_passant(const ProbeBoard& board, ProbeMove move) {
@@ -124,7 +128,7 @@ int syzygy_probe_table(const ProbeBoard& board, int wdl, int& success, TableKind
 
     const bool exchanged = key != entry.key;
     if (entry.ready[kind] == 0) {
-        char name[16];
+        char name[SIGNATURE_ROOM];
         board_material_name(board, name, exchanged);
         if (!syzygy_map_table(entry, name, kind)) {
             slot.failed = 1;
@@ -152,11 +156,13 @@ int syzygy_probe_table(const ProbeBoard& board, int wdl, int& success, TableKind
         return fail(success);
     if (kind == KIND_DTZ)
         return dtz_from_record(entry, record, place.file_position, wdl, success);
-    const int value = record[0] - 2;
+    const int value = record[0] + WDL_LOSS;
     return value <= WDL_WIN ? value : fail(success);
 }
 
-int syzygy_capture_search(const ProbeBoard& board, int alpha, int beta, int& success) {
+// Searches captures for the WDL value within (alpha, beta). Sets `success` to PROBE_FAILED on
+// failure.
+static int syzygy_capture_search(const ProbeBoard& board, int alpha, int beta, int& success) {
     ProbeMove list[MAX_PROBE_CAPTURES];
     const ProbeMove* const end = board_captures(board, list);
     for (const ProbeMove* move = list; move != end; ++move) {
@@ -166,13 +172,12 @@ int syzygy_capture_search(const ProbeBoard& board, int alpha, int beta, int& suc
         const int value = -syzygy_capture_search(next, -beta, -alpha, success);
         if (success == PROBE_FAILED)
             return 0;
-        if (value > alpha) {
-            if (value >= beta)
-                return value;
-            alpha = value;
-        }
+        if (value >= beta && value > alpha)
+            return value;
+        alpha = std::max(alpha, value);
     }
-    return std::max(alpha, syzygy_probe_table(board, 0, success, KIND_WDL));
+    const int table_value = syzygy_probe_table(board, 0, success, KIND_WDL);
+    return success == PROBE_FAILED ? 0 : std::max(alpha, table_value);
 }
 
 int syzygy_wdl(const ProbeBoard& board, int& success) {
@@ -205,56 +210,71 @@ int syzygy_wdl(const ProbeBoard& board, int& success) {
     if (success == PROBE_FAILED)
         return 0;
 
-    // The table knows nothing of en passant, and its value is of no account where a capture is at
-    // least as good.
-    if (best_ep > best_capture) {
-        if (best_ep > table_value) {
+    // The table assumes that there is no en-passant capture, so its value does not count if that
+    // capture is better, or if it is the only legal move of a position that is stored as stalemate.
+    const int best = std::max(best_capture, best_ep);
+    if (best_ep > NO_VALUE) {
+        const bool best_of_all = best_ep > best_capture && best_ep > table_value;
+        if (best_of_all || (best < table_value && table_value == WDL_DRAW &&
+                            !has_legal_move_besides_en_passant(board) && !board_in_check(board))) {
             success = PROBE_GOOD_BY_CAPTURE;
             return best_ep;
         }
-        best_capture = best_ep;
     }
-    if (best_capture >= table_value) {
-        success = best_capture > WDL_DRAW ? PROBE_GOOD_BY_CAPTURE : PROBE_GOOD;
-        return best_capture;
-    }
-    // What the table holds for stalemate may be a forced capture en passant.
-    if (best_ep > NO_VALUE && table_value == WDL_DRAW &&
-        !has_legal_move_besides_en_passant(board) && !board_in_check(board)) {
-        success = PROBE_GOOD_BY_CAPTURE;
-        return best_ep;
+    // The table may hold any value up to that of the best capture.
+    if (best >= table_value) {
+        success = best > WDL_DRAW ? PROBE_GOOD_BY_CAPTURE : PROBE_GOOD;
+        return best;
     }
     return table_value;
 }
 
-// The distance by a search of one ply, for a file that stores the other side to move. Only moves
-// that zero nothing lead on; the zeroing ones have been tried.
+// Returns the distance by a search of one ply, for a file that stores the other side to move. It
+// looks only at moves that are not zeroing moves; the caller has dealt with those.
 static int dtz_by_moves(const ProbeBoard& board, int wdl, const ProbeMove* list,
                         const ProbeMove* end, int& success) {
-    int best = wdl > 0 ? NO_MOVE_YET : wdl_to_dtz[wdl + 2];
+    int best = wdl > 0 ? NO_MOVE_YET : wdl_to_dtz[wdl - WDL_LOSS];
     for (const ProbeMove* move = list; move != end; ++move) {
         ProbeBoard next;
         if (is_capture_move(board, *move) || board_moved_type(board, *move) == PROBE_PAWN ||
             !board_play(next, board, *move))
             continue;
         const int value = -syzygy_dtz(next, success);
-        if (value == 1 && board_is_mate(next))
-            best = 1;
-        else if (wdl > 0 && value > 0 && value + 1 < best)
-            best = value + 1;
-        else if (wdl < 0 && value - 1 < best)
-            best = value - 1;
         if (success == PROBE_FAILED)
             return 0;
+        if (value == 1 && board_is_mate(next))
+            best = 1;
+        else if (wdl > 0 && value > 0)
+            best = std::min(best, value + 1);
+        else if (wdl < 0)
+            best = std::min(best, value - 1);
     }
     return best;
+}
+
+// Whether a pawn move that is not a capture keeps the win of value `wdl`. Requires the legal moves.
+static bool wins_by_pawn_move(const ProbeBoard& board, int wdl, const ProbeMove* list,
+                              const ProbeMove* end, int& success) {
+    for (const ProbeMove* move = list; move != end; ++move) {
+        if (board_moved_type(board, *move) != PROBE_PAWN || is_capture_move(board, *move) ||
+            is_en_passant(board, *move))
+            continue;
+        ProbeBoard next;
+        board_play(next, board, *move);
+        const int value = -syzygy_wdl(next, success);
+        if (success == PROBE_FAILED)
+            return false;
+        if (value == wdl)
+            return true;
+    }
+    return false;
 }
 
 int syzygy_dtz(const ProbeBoard& board, int& success) {
     const int wdl = syzygy_wdl(board, success);
     if (success == PROBE_FAILED || wdl == WDL_DRAW)
         return 0;
-    const int zeroing_distance = wdl_to_dtz[wdl + 2];
+    const int zeroing_distance = wdl_to_dtz[wdl - WDL_LOSS];
     if (success == PROBE_GOOD_BY_CAPTURE)
         return zeroing_distance;
 
@@ -262,26 +282,22 @@ int syzygy_dtz(const ProbeBoard& board, int& success) {
     const ProbeMove* end = list;
     if (wdl > 0) {
         end = board_legal_moves(board, list);
-        for (const ProbeMove* move = list; move != end; ++move) {
-            if (board_moved_type(board, *move) != PROBE_PAWN || is_capture_move(board, *move) ||
-                is_en_passant(board, *move))
-                continue;
-            ProbeBoard next;
-            board_play(next, board, *move);
-            const int value = -syzygy_wdl(next, success);
-            if (success == PROBE_FAILED)
-                return 0;
-            if (value == wdl)
-                return zeroing_distance;
-        }
+        const bool pawn_move_wins = wins_by_pawn_move(board, wdl, list, end, success);
+        if (success == PROBE_FAILED)
+            return 0;
+        if (pawn_move_wins)
+            return zeroing_distance;
     }
 
     const int distance = syzygy_probe_table(board, wdl, success, KIND_DTZ);
-    if (success >= 0)
-        return wdl > 0 ? zeroing_distance + distance : zeroing_distance - distance;
-    if (wdl < 0)
-        end = board_moves(board, list);
-    return dtz_by_moves(board, wdl, list, end, success);
+    if (success == PROBE_FAILED)
+        return 0;
+    if (success == PROBE_OTHER_SIDE) {
+        if (wdl < 0)
+            end = board_moves(board, list);
+        return dtz_by_moves(board, wdl, list, end, success);
+    }
+    return wdl > 0 ? zeroing_distance + distance : zeroing_distance - distance;
 }
 
 } // namespace brindlemoth

@@ -7,9 +7,8 @@ namespace brindlemoth {
 
 namespace {
 
-// By colour, then type from pawn to queen. The registry sums the same numbers from the letters
-// of a signature.
-constexpr Key material_multipliers[2][5] = {
+// The weights of the material key, by colour and by type from pawn to queen.
+constexpr Key MATERIAL_MULTIPLIERS[2][5] = {
     {0xEC0ADE190C0F6003ULL, 0xD2FB81862830191FULL, 0xAADC1A2BE446234DULL, 0x985DEB9FC49333F9ULL,
      0xA3EC1ABC71E90863ULL},
     {0xA24F0F571BB202E7ULL, 0xBAEB854CD3259441ULL, 0xD5A4C95928F2FBE3ULL, 0xFD7866B439B94495ULL,
@@ -28,7 +27,7 @@ int mover(const ProbeBoard& board) {
     return board.white_to_move ? WHITE : BLACK;
 }
 
-// Attacks of a man other than a pawn.
+// The attacks of a king, queen, rook, bishop or knight.
 Bitboard man_attacks(int type, int square, Bitboard occupancy) {
     switch (type) {
     case PROBE_KING:
@@ -65,7 +64,7 @@ ProbeMove* add_pawn_moves(ProbeMove* list, int from, Bitboard targets) {
     return list;
 }
 
-// The moves of all men but the pawns to squares inside `allowed`.
+// Adds the moves of all men but the pawns to the squares of `allowed`.
 ProbeMove* add_piece_moves(const ProbeBoard& board, ProbeMove* list, Bitboard allowed) {
     const Bitboard occupancy = board.white | board.black;
     const Bitboard own = own_men(board);
@@ -97,8 +96,7 @@ Bitboard pawn_pushes(int from, bool white, Bitboard occupancy) {
     return once | (((once & RANK_6) >> 8) & empty);
 }
 
-// Whether the enemy of `white` attacks the square. The enemy king does not count: callers that
-// need it look at adjacency themselves.
+// Whether a man other than the king of the colour opposite to `white` attacks the square.
 bool attacked_by_enemy(const ProbeBoard& board, int square, bool white) {
     const Bitboard occupancy = board.white | board.black;
     const Bitboard enemy = white ? board.black : board.white;
@@ -106,6 +104,36 @@ bool attacked_by_enemy(const ProbeBoard& board, int square, bool white) {
            (bishop_attacks(square, occupancy) & (board.bishops | board.queens) & enemy) != 0 ||
            (knight_attacks[square] & board.knights & enemy) != 0 ||
            (pawn_attacks[white ? WHITE : BLACK][square] & board.pawns & enemy) != 0;
+}
+
+// One of the eight sets of a board after a move from `from` to `to`, apart from special moves.
+Bitboard moved(Bitboard set, int from, int to) {
+    const Bitboard arrived = ((set >> from) & 1) << to;
+    return (set & ~(square_bit(from) | square_bit(to))) | arrived;
+}
+
+// The en-passant square after a pawn move: the square that a double step passes if an enemy pawn
+// can capture there, otherwise 0.
+std::uint8_t passed_square(const ProbeBoard& board, int from, int to, bool white) {
+    const int start_rank = white ? 1 : 6;
+    const int stop_rank = white ? 3 : 4;
+    if (rank_of(from) != start_rank || rank_of(to) != stop_rank)
+        return 0;
+    const int passed = (from + to) / 2;
+    const Bitboard enemy = white ? board.black : board.white;
+    const Bitboard capturers = pawn_attacks[white ? WHITE : BLACK][passed] & board.pawns & enemy;
+    return capturers != 0 ? static_cast<std::uint8_t>(passed) : std::uint8_t{0};
+}
+
+// True when the side not to move has a king and that king is not attacked.
+bool board_legal_position(const ProbeBoard& board) {
+    const bool white = board.white_to_move == 0; // the side not to move
+    const Bitboard king = board.kings & (white ? board.white : board.black);
+    if (king == 0)
+        return false;
+    const int square = lowest_square(king);
+    const Bitboard enemy_king = board.kings & (white ? board.black : board.white);
+    return (king_attacks[square] & enemy_king) == 0 && !attacked_by_enemy(board, square, white);
 }
 
 } // namespace
@@ -138,11 +166,12 @@ Bitboard board_men(const ProbeBoard& board, int white, int type) {
     return board.*sets[type - PROBE_PAWN] & (white == 1 ? board.white : board.black);
 }
 
-Key material_key_of_counts(const int counts[16], bool mirror) {
+Key material_key_of_counts(const int counts[PIECE_CODES], bool mirror) {
     Key key = 0;
     for (int type = PROBE_PAWN; type <= PROBE_QUEEN; ++type) {
-        key += static_cast<Key>(counts[type]) * material_multipliers[mirror][type - 1];
-        key += static_cast<Key>(counts[type + 8]) * material_multipliers[!mirror][type - 1];
+        key += static_cast<Key>(counts[type]) * MATERIAL_MULTIPLIERS[mirror][type - 1];
+        key +=
+            static_cast<Key>(counts[type + SECOND_SIDE]) * MATERIAL_MULTIPLIERS[!mirror][type - 1];
     }
     return key;
 }
@@ -153,8 +182,8 @@ Key board_material_key(const ProbeBoard& board, bool mirror) {
     const Bitboard second = mirror ? board.white : board.black;
     Key key = 0;
     for (int i = 0; i < 5; ++i) {
-        key += static_cast<Key>(popcount(sets[i] & first)) * material_multipliers[WHITE][i];
-        key += static_cast<Key>(popcount(sets[i] & second)) * material_multipliers[BLACK][i];
+        key += static_cast<Key>(popcount(sets[i] & first)) * MATERIAL_MULTIPLIERS[WHITE][i];
+        key += static_cast<Key>(popcount(sets[i] & second)) * MATERIAL_MULTIPLIERS[BLACK][i];
     }
     return key;
 }
@@ -164,7 +193,7 @@ void board_material_name(const ProbeBoard& board, char* text, bool mirror) {
         const int white = (side == 0) != mirror ? 1 : 0;
         for (int type = PROBE_KING; type >= PROBE_PAWN; --type)
             for (int n = popcount(board_men(board, white, type)); n > 0; --n)
-                *text++ = " PNBRQK"[type];
+                *text++ = TYPE_LETTERS[type];
         *text++ = side == 0 ? 'v' : '\0';
     }
 }
@@ -216,24 +245,6 @@ ProbeMove* board_legal_moves(const ProbeBoard& board, ProbeMove* list) {
     return list;
 }
 
-// Takes origin and destination out of a set, and puts the destination in if the mover was in it.
-static Bitboard moved(Bitboard set, int from, int to) {
-    const Bitboard arrived = ((set >> from) & 1) << to;
-    return (set & ~(square_bit(from) | square_bit(to))) | arrived;
-}
-
-// The square that a double step passes, when an enemy pawn could capture there; otherwise 0.
-static std::uint8_t passed_square(const ProbeBoard& board, int from, int to, bool white) {
-    const int start_rank = white ? 1 : 6;
-    const int stop_rank = white ? 3 : 4;
-    if (rank_of(from) != start_rank || rank_of(to) != stop_rank)
-        return 0;
-    const int passed = (from + to) / 2;
-    const Bitboard enemy = white ? board.black : board.white;
-    const Bitboard capturers = pawn_attacks[white ? WHITE : BLACK][passed] & board.pawns & enemy;
-    return capturers != 0 ? static_cast<std::uint8_t>(passed) : std::uint8_t{0};
-}
-
 bool board_play(ProbeBoard& next, const ProbeBoard& board, ProbeMove move) {
     const int from = probe_move_from(move);
     const int to = probe_move_to(move);
@@ -283,16 +294,6 @@ bool board_play(ProbeBoard& next, const ProbeBoard& board, ProbeMove move) {
         next.halfmove = static_cast<std::uint8_t>(board.halfmove + 1);
     }
     return board_legal_position(next);
-}
-
-bool board_legal_position(const ProbeBoard& board) {
-    const bool white = board.white_to_move == 0; // the side not to move
-    const Bitboard king = board.kings & (white ? board.white : board.black);
-    if (king == 0)
-        return false;
-    const int square = lowest_square(king);
-    const Bitboard enemy_king = board.kings & (white ? board.black : board.white);
-    return (king_attacks[square] & enemy_king) == 0 && !attacked_by_enemy(board, square, white);
 }
 
 bool board_in_check(const ProbeBoard& board) {

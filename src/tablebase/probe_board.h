@@ -1,7 +1,7 @@
-// The board of the endgame table code: a small value record that is copied to play a move, so
-// that a probe never touches a Position. No castling rights: positions that have any are never
-// probed. The generators assume at most seven men. Used by the probes and by the search, which
-// fills one with board_from_position() for syzygy_wdl().
+// The board of the endgame table code: a small record that is copied to play a move, so a probe
+// never changes a Position. It has no castling rights; positions with castling rights are not
+// probed. The move generators assume at most seven men. Used by the probes, and by the search,
+// which fills a board with board_from_position() and passes it to syzygy_wdl().
 #pragma once
 
 #include "board/position.h"
@@ -24,7 +24,7 @@ struct ProbeBoard {
     std::uint8_t white_to_move; // 1 or 0
 };
 
-// Piece types as the table files number them; 8 is added there for the second colour.
+// Piece types as the table files number them.
 enum : int {
     PROBE_NONE,
     PROBE_PAWN,
@@ -35,8 +35,17 @@ enum : int {
     PROBE_KING
 };
 
-// Bits 0 to 5 the destination, 6 to 11 the origin, 12 to 14 the promotion. An en-passant capture
-// is an ordinary move to ep_square.
+// The letters of a signature by piece type; the blank stands for PROBE_NONE.
+constexpr char TYPE_LETTERS[] = " PNBRQK";
+
+// Piece codes: the type for the first-named side of a signature, and the type plus SECOND_SIDE for
+// the other side.
+constexpr int SECOND_SIDE = 8;
+constexpr int PIECE_TYPE_MASK = 7;
+constexpr int PIECE_CODES = 16;
+
+// Bits 0 to 5 are the destination, bits 6 to 11 the origin, bits 12 to 14 the promotion. An
+// en-passant capture is an ordinary move to ep_square.
 using ProbeMove = std::uint16_t;
 
 enum : int {
@@ -60,48 +69,51 @@ constexpr int probe_move_promotion(ProbeMove move) {
     return (move >> 12) & 7;
 }
 
-// Room that a caller's list must have: seven men have at most 7 * 27 moves.
+// Sizes of the lists that callers pass. Seven men have at most 7 * 27 moves.
 constexpr int MAX_PROBE_CAPTURES = 64;
 constexpr int MAX_PROBE_MOVES = 196;
 
 void board_from_position(const Position& position, ProbeBoard& board);
 
-// The men of one colour (1 white, anything else black) and type; 0 for a type outside
-// PROBE_PAWN to PROBE_KING.
+// The men of one type and colour: `white` is 1 for white, and anything else for black. Returns 0
+// for a type outside PROBE_PAWN to PROBE_KING.
 Bitboard board_men(const ProbeBoard& board, int white, int type);
 
-// The key that finds a table: a sum over all men but the kings. With `mirror` the colours are
-// exchanged.
+// The material key, by which the registry finds a table: the sum of a weight for each man but the
+// kings. With `mirror` the colours are exchanged.
 Key board_material_key(const ProbeBoard& board, bool mirror);
-// The same key from the number of men by piece code: type for white, type + 8 for black.
-Key material_key_of_counts(const int counts[16], bool mirror);
+// The same key from the number of men by piece code, with the first-named side as white.
+Key material_key_of_counts(const int counts[PIECE_CODES], bool mirror);
 
-// Writes the signature, such as KRPvKR, with a terminator: White first, or Black first with
-// `mirror`. The text needs one place for each man and two more.
+constexpr int SIGNATURE_ROOM = 16;
+
+// Writes the signature, such as KRPvKR, and a terminator. White is named first, or Black with
+// `mirror`. `text` must have room for one character per man and two more;
+// SIGNATURE_ROOM is enough for every table.
 void board_material_name(const ProbeBoard& board, char* text, bool mirror);
 
-// The type of the side to move's man on the move's origin, PROBE_NONE if it has none there.
+// The type of the moving man, or PROBE_NONE if the side to move has no man on the origin.
 int board_moved_type(const ProbeBoard& board, ProbeMove move);
 
-// The generators write from `list` on and return the end of what they wrote. Pseudo-legal
-// captures; all pseudo-legal moves; all legal moves. Men go from king down to pawn, and from low
-// squares to high: the order decides between equal root moves.
+// The generators write moves from `list` on and return the end of what they wrote: pseudo-legal
+// captures, pseudo-legal moves, or legal moves. They go through the types from king to pawn, the
+// men of a type from low to high squares, and the destinations of a man from low to high squares.
+// This order decides between equal moves at the root.
 ProbeMove* board_captures(const ProbeBoard& board, ProbeMove* list);
 ProbeMove* board_moves(const ProbeBoard& board, ProbeMove* list);
 ProbeMove* board_legal_moves(const ProbeBoard& board, ProbeMove* list);
 
-// Fills `next` with the board after a pseudo-legal move. True when that is a legal position.
+// Fills `next` with the board after a pseudo-legal move. Returns whether the move is legal.
 bool board_play(ProbeBoard& next, const ProbeBoard& board, ProbeMove move);
 
-// True when the side not to move has a king and that king is not attacked.
-bool board_legal_position(const ProbeBoard& board);
 // True when the side to move is in check; false when it has no king.
 bool board_in_check(const ProbeBoard& board);
 // True when the side to move has a legal move.
 bool board_has_legal_move(const ProbeBoard& board);
 // True when the side to move is in check and has no legal move.
 bool board_is_mate(const ProbeBoard& board);
-// True when the record describes a possible position.
+// True when the record describes a possible position: one king a side, no pawn on the first or last
+// rank, consistent sets, and the side not to move not in check.
 bool board_is_sane(const ProbeBoard& board);
 
 } // namespace brindlemoth

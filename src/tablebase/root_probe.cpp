@@ -17,18 +17,22 @@ struct RootMoves {
     int count;
 };
 
-// The distance that a move leads to, counted from the root. A mate needs no table: it is at
-// distance 1 whatever the move.
+// The distance of a move, counted from the root, by the board after it. Any mating move has
+// distance 1, and needs no table.
 int score_move(const ProbeBoard& next, int root_dtz, int& success) {
     if (root_dtz > 0 && board_is_mate(next))
         return 1;
-    if (next.halfmove == 0)
-        return wdl_to_dtz[2 - syzygy_wdl(next, success)];
+    if (next.halfmove == 0) {
+        const int wdl = -syzygy_wdl(next, success);
+        return success == PROBE_FAILED ? 0 : wdl_to_dtz[wdl - WDL_LOSS];
+    }
     const int value = -syzygy_dtz(next, success);
+    if (success == PROBE_FAILED)
+        return 0;
     return value > 0 ? value + 1 : value < 0 ? value - 1 : 0;
 }
 
-// The first move with the lowest score that has the wanted sign (1 or -1), -1 if there is none.
+// The number of the first move with the lowest score of the sign (1 or -1), or -1 if there is none.
 int lowest_score(const RootMoves& list, int sign) {
     int best = -1;
     for (int i = 0; i < list.count; ++i) {
@@ -40,20 +44,24 @@ int lowest_score(const RootMoves& list, int sign) {
     return best;
 }
 
-// The flag of a move with these properties in the engine's own moves.
-int flag_of(const Position& position, int from, int to, int promotion) {
-    const bool pawn = piece_type(position.board[from]) == PAWN;
-    const bool capture = position.board[to] != EMPTY_SQUARE;
-    if (pawn && to == position.ep_square)
-        return FLAG_EN_PASSANT;
-    if (promotion != PROMOTE_NONE) {
-        const int promoted = PROMOTE_KNIGHT - promotion; // 0 knight to 3 queen
-        return (capture ? FLAG_PROMOTION_CAPTURE : FLAG_PROMOTION) + promoted;
+// The engine's type of the promoted piece, or PAWN without promotion.
+int promoted_type_of(ProbeMove move) {
+    const int promotion = probe_move_promotion(move);
+    return promotion == PROMOTE_NONE ? int{PAWN} : int{QUEEN} + PROMOTE_QUEEN - promotion;
+}
+
+// The legal move of the engine that is the same as `wanted`, or MOVE_NONE.
+Move matching_move(Position& position, ProbeMove wanted) {
+    MoveList legal;
+    generate_legal(position, legal);
+    for (int i = 0; i < legal.count; ++i) {
+        const Move move = legal.moves[i];
+        const int promoted = is_promotion(move) ? promoted_type(move) : PAWN;
+        if (move_from(move) == probe_move_from(wanted) && move_to(move) == probe_move_to(wanted) &&
+            promoted == promoted_type_of(wanted))
+            return move;
     }
-    if (capture)
-        return FLAG_CAPTURE;
-    const int distance = to > from ? to - from : from - to;
-    return pawn && distance == 16 ? FLAG_DOUBLE_PUSH : FLAG_QUIET;
+    return MOVE_NONE;
 }
 
 } // namespace
@@ -74,7 +82,7 @@ std::uint16_t syzygy_root(const ProbeBoard& board) {
             continue;
         }
         const int score = score_move(next, root_dtz, success);
-        // No genuine distance comes near the limit, but a damaged file may hold any.
+        // Distances of genuine files are far below the limit. A damaged file may hold any number.
         if (success == PROBE_FAILED || score >= ILLEGAL_MOVE || score <= -ILLEGAL_MOVE)
             return ROOT_FAILED;
         if (score == 0)
@@ -92,7 +100,7 @@ std::uint16_t syzygy_root(const ProbeBoard& board) {
     }
     if (draws == 0)
         return ROOT_STALEMATE;
-    // Any drawing move will do; the material makes the choice a steady one.
+    // All drawing moves are equally good. The material key makes the choice repeatable.
     Key skip = board_material_key(board, board.white_to_move == 0) % draws;
     for (int i = 0;; ++i)
         if (list.scores[i] == 0 && skip-- == 0)
@@ -103,8 +111,9 @@ bool syzygy_root_move(Position& position, Move& move) {
     move = MOVE_NONE;
     ProbeBoard board;
     board_from_position(position, board);
-    // Two fields of a FEN that the moves of a game could never have made: any en-passant square,
-    // and a clock that would wrap to 0, the mark of a zeroing move. The clock has no say here.
+    // A FEN can hold two values that no game reaches: an en-passant square without a pawn to
+    // capture, and a clock that board_play() would count up to 0, the mark of a zeroing move. The
+    // clock does not influence the choice, so it starts at 0.
     if (!ep_capture_possible(position))
         board.ep_square = 0;
     board.halfmove = 0;
@@ -116,23 +125,8 @@ bool syzygy_root_move(Position& position, Move& move) {
     if (result == ROOT_MATED || result == ROOT_STALEMATE)
         return true;
 
-    const int from = probe_move_from(result);
-    const int to = probe_move_to(result);
-    const int promotion = probe_move_promotion(result);
-    move = make_move_code(from, to, flag_of(position, from, to, promotion));
-
-    MoveList legal;
-    generate_legal(position, legal);
-    for (int i = 0; i < legal.count; ++i) {
-        const Move candidate = legal.moves[i];
-        const int promoted = is_promotion(candidate) ? promoted_type(candidate) : PAWN;
-        const int wanted = promotion != PROMOTE_NONE ? 5 - promotion : PAWN;
-        if (move_from(candidate) == from && move_to(candidate) == to && promoted == wanted) {
-            move = candidate;
-            break;
-        }
-    }
-    return true;
+    move = matching_move(position, result);
+    return move != MOVE_NONE;
 }
 
 } // namespace brindlemoth

@@ -34,7 +34,7 @@ int distance_after(const Position& root, Move move, int root_dtz) {
     if (root_dtz > 0 && board_is_mate(board))
         return 1;
     if (position.halfmove == 0)
-        return wdl_to_dtz[2 - syzygy_wdl(board, success)];
+        return wdl_to_dtz[-syzygy_wdl(board, success) - WDL_LOSS];
     const int dtz = -syzygy_dtz(board, success);
     EXPECT_NE(success, PROBE_FAILED);
     return dtz + (dtz > 0) - (dtz < 0);
