@@ -1,5 +1,5 @@
-// Damaged tables: whatever stands in a file, a probe ends, and reads nothing outside it. The files
-// stand in memory. One program does all the damage, another a part of it.
+// Damaged tables: for any content of a file, a probe ends and reads nothing outside the file. The
+// files are in memory. One program tries all the damage, another a part of it.
 
 #include "tablebase/memory_files.h"
 #include "tablebase/probe.h"
@@ -17,7 +17,7 @@ namespace brindlemoth {
 namespace {
 
 constexpr std::size_t POSITIONS = 200;
-constexpr std::size_t DISTANCE_PROBES = 8; // every how manyth position is searched for its distance
+constexpr std::size_t DISTANCE_PROBES = 8; // one position in this many is probed for its distance
 constexpr std::size_t HEAD = 256;
 constexpr std::size_t TABLE_TAIL = 16;
 // Each byte of the head is XORed with 1 and the numbers above it in steps.
@@ -25,7 +25,7 @@ constexpr unsigned FLIP_STEP = ALL_DAMAGE ? 1 : 127;
 constexpr int RANDOM_CHANGES = ALL_DAMAGE ? 5000 : 200; // single bytes anywhere
 constexpr std::size_t TRUNCATION_STEP = ALL_DAMAGE ? 64 : 64 * 61;
 
-// Forgets that the file was mapped, or that it could not be. The other tables stay.
+// Unmaps the files of a signature and clears its failure marks. Other tables stay mapped.
 void map_again(const std::string& signature) {
     int counts[16];
     count_signature_men(signature.c_str(), counts);
@@ -44,7 +44,7 @@ std::size_t probe_all(const std::vector<ProbeBoard>& boards) {
         const int value = syzygy_wdl(boards[i], success);
         answers += success != PROBE_FAILED ? 1 : 0;
         EXPECT_TRUE(success == PROBE_FAILED || (value >= WDL_LOSS && value <= WDL_WIN));
-        // Every way through the value maps, also where the value would not lead into the table.
+        // Use every value map, also those for other WDL values than that of the position.
         for (int wdl = WDL_LOSS; wdl <= WDL_WIN; ++wdl)
             syzygy_probe_table(boards[i], wdl, success, KIND_DTZ);
         if (i % DISTANCE_PROBES != 0)
@@ -93,7 +93,7 @@ static void damage(const std::string& file) {
         put_memory_file(file, genuine.substr(0, size));
         probe_all(boards);
     }
-    // All complaints are of one kind.
+    // All messages are the same.
     std::istringstream complaints(testing::internal::GetCapturedStderr());
     int count = 0;
     for (std::string line; std::getline(complaints, line); ++count)

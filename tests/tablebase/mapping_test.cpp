@@ -1,4 +1,4 @@
-// What a table file on its first probe can do wrong, and what the system can.
+// The first probe of a table file: wrong files, and failures of the system.
 
 #include "tablebase/decoder.h"
 #include "tablebase/memory_files.h"
@@ -32,7 +32,7 @@ Answer dtz(const ProbeBoard& board) {
     return {value, success};
 }
 
-// What is said on stderr while a probe finds no answer.
+// The messages on stderr during a probe that fails.
 std::string complaint(const ProbeBoard& board, Answer (*probe)(const ProbeBoard&) = wdl) {
     testing::internal::CaptureStderr();
     EXPECT_EQ(probe(board).second, PROBE_FAILED);
@@ -155,7 +155,7 @@ TEST_F(Mapping, BadHeadersAreCorrupted) {
         use(bad);
         EXPECT_EQ(complaint(queen_board(true, true)), CORRUPTED);
         EXPECT_EQ(memory_file_uses(), 0);
-        // The way that failed stays closed; the board with the colours exchanged tries once more.
+        // The failed slot makes no further attempt. The slot of the exchanged colours tries again.
         EXPECT_EQ(complaint(queen_board(true, false)), "");
         EXPECT_EQ(complaint(queen_board(false, true)), CORRUPTED);
     }
@@ -196,7 +196,7 @@ TEST_F(Mapping, WhateverDecodesIsAnswered) {
     }
 }
 
-// What a code stands for may be missing or run in a circle: that fails the probes that meet it.
+// A symbol that is missing or contains itself fails only the probes that meet it.
 TEST_F(Mapping, ABrokenSymbolFailsItsOwnProbes) {
     for (const bool missing : {true, false}) {
         tablegen::CompressedStream stream = flat_stream(2, 4, 13, POSITIONS);
@@ -210,7 +210,7 @@ TEST_F(Mapping, ABrokenSymbolFailsItsOwnProbes) {
     }
 }
 
-// An index entry far from the values that it stands for, on either side.
+// An index entry whose block is far before or behind the wanted block.
 TEST_F(Mapping, AWalkGoesAsFarAsTheFileGoes) {
     for (const std::uint32_t start : {0U, 199999U}) {
         tablegen::CompressedStream stream = flat_stream(2, 3, 3, 1);
@@ -251,9 +251,9 @@ TEST_F(Mapping, AForcedCaptureEnPassantIsNoStalemate) {
         // Queen c2 and king e6 leave nothing but exd6, which loses.
         {"8/8/4k3/3pP3/8/8/2q5/K7 w - d6 0 1", {WDL_LOSS, PROBE_GOOD_BY_CAPTURE}},
         {"8/8/4k3/3pP3/8/8/2q5/K7 w - - 0 1", DRAW},
-        // With a king's move besides, the table's word stands.
+        // If the king can move, the table value counts.
         {"8/8/4k3/3pP3/8/8/3q4/K7 w - d6 0 1", DRAW},
-        // In check it is no stalemate either.
+        // A position in check is not a stalemate.
         {"8/8/5k2/6pP/7K/5q2/8/8 w - g6 0 1", DRAW},
     };
     for (const auto& [fen, answer] : cases) {

@@ -1,6 +1,6 @@
-// Table files that stand in memory instead of on disk: a program that links this has no other
-// files. Every file is a heap block of exactly its length, so that AddressSanitizer sees a read
-// beyond it, and each of the system's answers can be made to fail.
+// Table files in memory instead of on disk. A program that links this has no other files. Every
+// file is a heap block of exactly its length, so AddressSanitizer reports a read after its end.
+// Each operation of the system can be made to fail.
 #pragma once
 
 #include <cstdint>
@@ -8,7 +8,7 @@
 
 namespace brindlemoth {
 
-// The directory in which all files of this program stand.
+// The directory of all files of this program.
 constexpr const char* MEMORY_DIRECTORY = "memory";
 
 // Puts a file there, or replaces it. Requires that it is not mapped.
@@ -23,14 +23,14 @@ int memory_file_uses();
 // Makes the genuine tables the only files.
 void put_genuine_tables();
 
-// Which operation fails from now on.
+// The operation that fails from now on.
 enum class FailingOperation { NONE, SIZE, MAPPING, VIEW, UNMAP, CLOSE_MAPPING };
 void make_fail(FailingOperation operation);
 
 // How many of the engine's allocations still succeed; negative: all of them.
 extern int allocations_left;
 
-// The number that the failed operation leaves behind.
+// The error number of a failed operation.
 constexpr unsigned long MEMORY_FILE_ERROR = 1234;
 
 } // namespace brindlemoth

@@ -62,7 +62,7 @@ TEST(ProbeBoard, PlaysLikeTheEngine) {
             unmake_move(position, moves[i]);
         }
 
-        // The captures are the moves that leave a man less.
+        // The captures are the moves that reduce the number of men.
         std::vector<ProbeMove> expected;
         const ProbeMove* const end = board_moves(board, list);
         for (const ProbeMove* move = list; move != end; ++move) {

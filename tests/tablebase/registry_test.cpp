@@ -1,4 +1,4 @@
-// Discovery: which signatures a path gives, in which order, and what is said about bad files.
+// Discovery: the signatures that a path gives, their order, and the messages about bad files.
 
 #include "tablebase/probe_board.h"
 #include "tablebase/registry.h"
@@ -29,7 +29,7 @@ int occupied_slots() {
                       [](const TableHashSlot& slot) { return slot.entry != nullptr; }));
 }
 
-// What is said on both outputs while the path is taken.
+// The messages on standard output and standard error while the path is set.
 std::string init_output(const std::string& path) {
     testing::internal::CaptureStdout();
     testing::internal::CaptureStderr();

@@ -1,4 +1,4 @@
-// The move that the tables choose at the root, and how `go` tells it.
+// The move that the tables choose at the root, and the answer of `go`.
 
 #include "board/make_move.h"
 #include "movegen/legality.h"
@@ -52,7 +52,7 @@ Lines table_answer(const std::string& move) {
 
 } // namespace
 
-// What a FEN may say and no game can: the move is legal all the same, or there is none.
+// A FEN can have fields that no game reaches. The chosen move is legal, or there is none.
 TEST_F(RootProbe, OddFieldsOfAFen) {
     for (const char* const fen : {
              "8/5nK1/3kP3/8/8/8/8/8 w - d7 0 1", // the enemy king stands behind the square
@@ -81,8 +81,8 @@ TEST_F(RootProbe, OddFieldsOfAFen) {
     }
 }
 
-// Of the draws one that the material picks, else the first of the shortest or longest ways. The
-// clock has no say, not even where it would wrap.
+// A draw is chosen by the material key. Otherwise the first move with the shortest or longest
+// distance is chosen. The clock has no influence, not even where it would wrap to 0.
 TEST_F(RootProbe, KeepsTheValueAndTheDistance) {
     const auto sign = [](int distance) { return (distance > 0) - (distance < 0); };
     std::mt19937 random(2024);
