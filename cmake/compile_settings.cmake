@@ -42,4 +42,8 @@ if(BRINDLEMOTH_LTO AND NOT BRINDLEMOTH_SANITIZE AND CMAKE_CXX_COMPILER_ID STREQU
   set(BRINDLEMOTH_LTO_COMPILE -flto=auto -ffat-lto-objects)
   set(BRINDLEMOTH_LTO_LINK -flto=auto -O3)
   set(BRINDLEMOTH_NO_LTO_LINK -fno-lto)
+elseif(BRINDLEMOTH_LTO AND CMAKE_SYSTEM_PROCESSOR STREQUAL wasm32)
+  # The build for web pages has no tests that would have to link the same objects.
+  set(BRINDLEMOTH_LTO_COMPILE -flto)
+  set(BRINDLEMOTH_LTO_LINK -flto -O3)
 endif()
