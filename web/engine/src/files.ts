@@ -1,0 +1,100 @@
+// The program's files: read-only, in memory or behind a Blob, none of which is copied as a whole.
+import { Directory, Fd, Inode, wasi } from '@bjorn3/browser_wasi_shim';
+import type { FileSource } from './messages.js';
+
+// Exists in the workers of browsers alone, where Blobs come to the program as they are.
+declare class FileReaderSync {
+  readAsArrayBuffer(blob: Blob): ArrayBuffer;
+}
+
+// The largest piece of a Blob that is read at once: one table would otherwise be in memory twice.
+const MAX_PIECE = 1 << 22;
+
+function readPiece(source: FileSource, begin: number, end: number): Uint8Array {
+  if (source instanceof Uint8Array) return source.subarray(begin, end);
+  const piece = source.slice(begin, Math.min(end, begin + MAX_PIECE));
+  return new Uint8Array(new FileReaderSync().readAsArrayBuffer(piece));
+}
+
+class OpenSource extends Fd {
+  private position = 0n;
+
+  constructor(private readonly file: SourceFile) {
+    super();
+  }
+
+  override fd_fdstat_get(): { ret: number; fdstat: wasi.Fdstat } {
+    return { ret: wasi.ERRNO_SUCCESS, fdstat: new wasi.Fdstat(wasi.FILETYPE_REGULAR_FILE, 0) };
+  }
+
+  override fd_fdstat_set_flags(): number {
+    return wasi.ERRNO_SUCCESS;
+  }
+
+  override fd_filestat_get(): { ret: number; filestat: wasi.Filestat } {
+    return { ret: wasi.ERRNO_SUCCESS, filestat: this.file.stat() };
+  }
+
+  override fd_pread(size: number, offset: bigint): { ret: number; data: Uint8Array } {
+    const begin = Number(offset);
+    try {
+      return { ret: wasi.ERRNO_SUCCESS, data: readPiece(this.file.source, begin, begin + size) };
+    } catch {
+      return { ret: wasi.ERRNO_IO, data: new Uint8Array() }; // changed or removed since it was given
+    }
+  }
+
+  override fd_read(size: number): { ret: number; data: Uint8Array } {
+    const result = this.fd_pread(size, this.position);
+    this.position += BigInt(result.data.length);
+    return result;
+  }
+
+  override fd_seek(offset: bigint, whence: number): { ret: number; offset: bigint } {
+    const origins = new Map([
+      [wasi.WHENCE_SET, 0n],
+      [wasi.WHENCE_CUR, this.position],
+      [wasi.WHENCE_END, this.file.stat().size],
+    ]);
+    const position = (origins.get(whence) ?? -1n) + offset;
+    if (position < 0n) return { ret: wasi.ERRNO_INVAL, offset: 0n };
+    this.position = position;
+    return { ret: wasi.ERRNO_SUCCESS, offset: position };
+  }
+}
+
+class SourceFile extends Inode {
+  constructor(readonly source: FileSource) {
+    super();
+  }
+
+  path_open(): { ret: number; fd_obj: Fd } {
+    return { ret: wasi.ERRNO_SUCCESS, fd_obj: new OpenSource(this) };
+  }
+
+  stat(): wasi.Filestat {
+    const { source } = this;
+    const size = source instanceof Uint8Array ? source.length : source.size;
+    return new wasi.Filestat(this.ino, wasi.FILETYPE_REGULAR_FILE, BigInt(size));
+  }
+}
+
+/** The contents of the root directory, with a directory for each part of a name before a slash. */
+export function fileTree(files: Record<string, FileSource>): Map<string, Inode> {
+  const root = new Map<string, Inode>();
+  for (const [path, source] of Object.entries(files)) {
+    const parts = path.split('/').filter((part) => part !== '');
+    const name = parts.pop() ?? '';
+    let contents = root;
+    for (const part of parts) {
+      let entry = contents.get(part);
+      if (!(entry instanceof Directory)) {
+        entry = new Directory(new Map());
+        contents.set(part, entry);
+      }
+      contents = (entry as Directory).contents;
+    }
+    contents.set(name, new SourceFile(source));
+  }
+  return root;
+}

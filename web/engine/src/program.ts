@@ -1,0 +1,82 @@
+// The worker's work: runs the program to its end behind a WASI host whose standard input is the ring
+// and whose standard output leaves as messages.
+import { Fd, PreopenDirectory, WASI, wasi } from '@bjorn3/browser_wasi_shim';
+import { fileTree } from './files.js';
+import type { Report, Start } from './messages.js';
+import { InputRing } from './ring.js';
+
+class Input extends Fd {
+  constructor(private readonly ring: InputRing) {
+    super();
+  }
+
+  override fd_read(size: number): { ret: number; data: Uint8Array } {
+    return { ret: wasi.ERRNO_SUCCESS, data: this.ring.read(size) };
+  }
+}
+
+class Output extends Fd {
+  private readonly decoder = new TextDecoder();
+  private unfinished = '';
+
+  constructor(private readonly take: (lines: string[]) => void) {
+    super();
+  }
+
+  override fd_write(data: Uint8Array): { ret: number; nwritten: number } {
+    const lines = (this.unfinished + this.decoder.decode(data, { stream: true })).split('\n');
+    this.unfinished = lines.pop() ?? '';
+    if (lines.length > 0) this.take(lines);
+    return { ret: wasi.ERRNO_SUCCESS, nwritten: data.length };
+  }
+}
+
+// The layout of the two records of poll_oneoff, in bytes.
+const SUBSCRIPTION_SIZE = 48;
+const SUBSCRIPTION_TYPE = 8;
+const EVENT_SIZE = 32;
+const EVENT_TYPE = 10;
+
+/**
+ * The part of poll_oneoff that the program uses and the WASI host lacks: whether standard input can be
+ * read, with a clock that ends the call at once. It returns the event of the input, or of the clock.
+ */
+function pollInput(view: DataView, subscriptions: number, events: number, count: number,
+  eventCount: number, ready: boolean): number {
+  const wanted = ready ? wasi.EVENTTYPE_FD_READ : wasi.EVENTTYPE_CLOCK;
+  for (let i = 0; i < count; ++i) {
+    const subscription = subscriptions + i * SUBSCRIPTION_SIZE;
+    if (view.getUint8(subscription + SUBSCRIPTION_TYPE) !== wanted) continue;
+    for (let offset = 0; offset < EVENT_SIZE; offset += 8) view.setBigUint64(events + offset, 0n);
+    view.setBigUint64(events, view.getBigUint64(subscription, true), true); // the user data
+    view.setUint8(events + EVENT_TYPE, wanted);
+    view.setUint32(eventCount, 1, true);
+    return wasi.ERRNO_SUCCESS;
+  }
+  return wasi.ERRNO_NOTSUP;
+}
+
+export async function runProgram(start: Start, report: (message: Report) => void): Promise<void> {
+  const ring = new InputRing(start.input);
+  const errors: string[] = [];
+  const host = new WASI(['brindlemoth'], [], [
+    new Input(ring),
+    new Output((lines) => report({ kind: 'lines', lines })),
+    new Output((lines) => errors.push(...lines)),
+    new PreopenDirectory('/', fileTree(start.files)),
+  ], { debug: false });
+  let status = 1;
+  try {
+    const imports = {
+      ...host.wasiImport,
+      poll_oneoff: (subscriptions: number, events: number, count: number, eventCount: number) =>
+        pollInput(new DataView(host.inst.exports.memory.buffer), subscriptions, events, count,
+          eventCount, ring.ready()),
+    };
+    const instance = await WebAssembly.instantiate(start.program, { wasi_snapshot_preview1: imports });
+    status = host.start(instance as Parameters<WASI['start']>[0]);
+  } catch (error) {
+    errors.push(String(error));
+  }
+  report({ kind: 'ended', status, message: errors.join('\n') });
+}

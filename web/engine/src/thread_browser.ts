@@ -1,0 +1,21 @@
+// What a web page does in its own way: starting the worker and reading the program's file.
+import type { Report, Start } from './messages.js';
+
+export function startWorker(start: Start, take: (report: Report) => void): { terminate(): void } {
+  const worker = new Worker(new URL('./worker_browser.js', import.meta.url), { type: 'module' });
+  worker.onmessage = (event: MessageEvent<Report>) => take(event.data);
+  worker.onerror = (event) => take({ kind: 'ended', status: 1, message: event.message ?? '' });
+  worker.postMessage(start);
+  return worker;
+}
+
+export async function readProgram(url: string | URL): Promise<BufferSource> {
+  const answer = await fetch(url);
+  if (!answer.ok) throw new Error(`${answer.status} ${answer.statusText}`);
+  return answer.arrayBuffer();
+}
+
+/** Files as the worker reads them: a Blob can be read there. */
+export async function readableFiles(files: Start['files']): Promise<Start['files']> {
+  return files;
+}
