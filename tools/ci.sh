@@ -3,7 +3,6 @@
 # build directory of its own, so that a second run only builds what has changed.
 set -euo pipefail
 cd "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")/.."
-. tools/require_tools.sh
 
 [ $# -eq 0 ] || fail_usage "(no arguments)"
 require_writable build
@@ -52,6 +51,13 @@ tables=$(mktemp -d)
 build/tsan/tablegen/tablegen --men 3 --threads 4 --out "$tables"
 build/tsan/tablegen/tablegen --verify "$tables" --threads 4
 rm -r "$tables"
+
+step "The engine in the browser"
+if (require_tools "${web_tools[@]}" chromium && install_web_packages); then
+  BRINDLEMOTH_BUILD=build/strict ./test.sh wasm
+else
+  echo "Skipped: the engine in the browser; its tools or npm packages cannot be had here"
+fi
 
 for target in position commands book tables; do
   step "Fuzz target $target, $fuzz_seconds s"

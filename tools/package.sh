@@ -1,11 +1,13 @@
 #!/usr/bin/env bash
 # Makes the packages that this machine can make, in build/packages, with their check sums:
 # tools/package.sh. A Debian package and an archive for machines like this one; an archive for
-# Windows and one for 64-bit ARM where there is a cross compiler. The last lines say what was not
+# Windows and one for 64-bit ARM where there is a cross compiler; the page and its npm package where
+# there are Node and the compiler for WebAssembly. The last lines say what was not
 # made. The status is 1 when nothing was made, or when a build failed.
 set -euo pipefail
 cd "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")/.."
 . tools/require_tools.sh
+. tools/web_steps.sh
 
 [ $# -eq 0 ] || fail_usage "(no arguments)"
 packages=build/packages
@@ -38,6 +40,17 @@ needs() {
   return 1
 }
 
+# The archive of the page and the npm package of the engine.
+package_web() {
+  local tool
+  for tool in "${web_tools[@]}"; do
+    needs "$tool" "archive of the page" || return 0
+  done
+  install_web_packages && build_wasm && build_site && package_site && return
+  not_made+=("archive of the page: its build failed, see above")
+  status=1
+}
+
 rm -rf "$packages"
 mkdir -p "$packages"
 if needs dpkg-dev "Debian package" && needs file "Debian package"; then
@@ -47,6 +60,7 @@ else
 fi
 if needs g++-mingw-w64-x86-64-posix "archive for Windows"; then package windows ZIP; fi
 if needs g++-aarch64-linux-gnu "archive for 64-bit ARM Linux"; then package arm64 TGZ; fi
+package_web
 rm -rf "$packages/_CPack_Packages"
 
 cd "$packages"

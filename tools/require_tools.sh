@@ -74,6 +74,15 @@ is_there() {
     wine64) have wine ;;
     g++-aarch64-linux-gnu) have aarch64-linux-gnu-g++ ;;
     qemu-user) have qemu-aarch64 ;;
+    clang-14) have clang++-14 ;;
+    lld-14) have wasm-ld-14 ;;
+    wasi-libc) [ -e /usr/include/wasm32-wasi/stdio.h ] ;;
+    libc++-14-dev-wasm32) [ -e /usr/lib/wasm32-wasi/libc++.a ] ;;
+    libc++abi-14-dev-wasm32) [ -e /usr/lib/wasm32-wasi/libc++abi.a ] ;;
+    libclang-rt-14-dev-wasm32)
+      ls /usr/lib/llvm-14/lib/clang/*/lib/wasi/libclang_rt.builtins-wasm32.a >/dev/null 2>&1
+      ;;
+    nodejs) have node ;;
     # A library in another place is found by what CMake itself goes by.
     libgtest-dev)
       has_header gtest/gtest.h || [ -n "${CMAKE_PREFIX_PATH:-}${GTest_ROOT:-}${GTest_DIR:-}" ]
