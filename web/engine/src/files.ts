@@ -1,6 +1,6 @@
 // The program's files: read-only, in memory or behind a Blob, none of which is copied as a whole.
 import { Directory, Fd, Inode, wasi } from '@bjorn3/browser_wasi_shim';
-import type { FileSource } from './messages.js';
+import type { Files, FileSource } from './messages.js';
 
 // Exists in the workers of browsers alone, where Blobs come to the program as they are.
 declare class FileReaderSync {
@@ -16,6 +16,7 @@ function readPiece(source: FileSource, begin: number, end: number): Uint8Array {
   return new Uint8Array(new FileReaderSync().readAsArrayBuffer(piece));
 }
 
+// The program reads a file from its start to its end, or at given places, and never seeks.
 class OpenSource extends Fd {
   private position = 0n;
 
@@ -25,10 +26,6 @@ class OpenSource extends Fd {
 
   override fd_fdstat_get(): { ret: number; fdstat: wasi.Fdstat } {
     return { ret: wasi.ERRNO_SUCCESS, fdstat: new wasi.Fdstat(wasi.FILETYPE_REGULAR_FILE, 0) };
-  }
-
-  override fd_fdstat_set_flags(): number {
-    return wasi.ERRNO_SUCCESS;
   }
 
   override fd_filestat_get(): { ret: number; filestat: wasi.Filestat } {
@@ -49,18 +46,6 @@ class OpenSource extends Fd {
     this.position += BigInt(result.data.length);
     return result;
   }
-
-  override fd_seek(offset: bigint, whence: number): { ret: number; offset: bigint } {
-    const origins = new Map([
-      [wasi.WHENCE_SET, 0n],
-      [wasi.WHENCE_CUR, this.position],
-      [wasi.WHENCE_END, this.file.stat().size],
-    ]);
-    const position = (origins.get(whence) ?? -1n) + offset;
-    if (position < 0n) return { ret: wasi.ERRNO_INVAL, offset: 0n };
-    this.position = position;
-    return { ret: wasi.ERRNO_SUCCESS, offset: position };
-  }
 }
 
 class SourceFile extends Inode {
@@ -80,19 +65,17 @@ class SourceFile extends Inode {
 }
 
 /** The contents of the root directory, with a directory for each part of a name before a slash. */
-export function fileTree(files: Record<string, FileSource>): Map<string, Inode> {
+export function fileTree(files: Files): Map<string, Inode> {
   const root = new Map<string, Inode>();
   for (const [path, source] of Object.entries(files)) {
     const parts = path.split('/').filter((part) => part !== '');
     const name = parts.pop() ?? '';
     let contents = root;
     for (const part of parts) {
-      let entry = contents.get(part);
-      if (!(entry instanceof Directory)) {
-        entry = new Directory(new Map());
-        contents.set(part, entry);
-      }
-      contents = (entry as Directory).contents;
+      const entry = contents.get(part);
+      const directory = entry instanceof Directory ? entry : new Directory(new Map());
+      contents.set(part, directory);
+      contents = directory.contents;
     }
     contents.set(name, new SourceFile(source));
   }

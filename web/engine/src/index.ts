@@ -1,9 +1,9 @@
 // Brindlemoth as WebAssembly: starts the engine in a worker of its own and speaks UCI with it.
 import { readableFiles, readProgram, startWorker } from '#thread';
-import type { FileSource, Report } from './messages.js';
+import type { Files, Report } from './messages.js';
 import { InputRing } from './ring.js';
 
-export type { FileSource } from './messages.js';
+export type { Files, FileSource } from './messages.js';
 
 export type EngineErrorCode =
   | 'no-isolation' // the page is not cross-origin isolated and so has no shared memory
@@ -24,7 +24,7 @@ export interface EngineOptions {
    * is read piece by piece when the program asks for it; bytes are copied once unless they are in
    * shared memory.
    */
-  files?: Record<string, FileSource>;
+  files?: Files;
   /** The program, compiled or where it is; the one of this package if it is not given. */
   program?: WebAssembly.Module | string | URL;
 }
@@ -94,46 +94,10 @@ function compile(url: string | URL): Promise<WebAssembly.Module> {
   return program;
 }
 
-// Lines that have arrived for one reader of lines().
-class LineQueue implements AsyncIterableIterator<string> {
-  private readonly waiting: string[] = [];
-  private taker: (() => void) | undefined;
-  private done = false;
-  private error: EngineError | undefined;
-
-  constructor(private readonly release: (queue: LineQueue) => void) {}
-
-  push(lines: string[]): void {
-    this.waiting.push(...lines);
-    this.taker?.();
-  }
-
-  finish(error?: EngineError): void {
-    this.done = true;
-    this.error = error;
-    this.taker?.();
-  }
-
-  async next(): Promise<IteratorResult<string>> {
-    while (this.waiting.length === 0 && !this.done) {
-      await new Promise<void>((resolve) => (this.taker = resolve));
-    }
-    const value = this.waiting.shift();
-    if (value !== undefined) return { done: false, value };
-    if (this.error !== undefined) throw this.error;
-    return { done: true, value: undefined };
-  }
-
-  async return(): Promise<IteratorResult<string>> {
-    this.release(this);
-    this.finish();
-    this.waiting.length = 0;
-    return { done: true, value: undefined };
-  }
-
-  [Symbol.asyncIterator](): this {
-    return this;
-  }
+// The lines that have arrived for one reader of lines() and were not taken yet.
+interface Reader {
+  waiting: string[];
+  wake: () => void;
 }
 
 const RETRY_MS = 10; // until what did not fit into the input is tried again
@@ -142,14 +106,14 @@ class RunningEngine implements Engine {
   readonly ended: Promise<EngineEnd>;
   private readonly input = new InputRing();
   private readonly encoder = new TextEncoder();
-  private readonly readers = new Set<LineQueue>();
+  private readonly readers = new Set<Reader>();
   private readonly worker: { terminate(): void };
   private unsent: Uint8Array[] = []; // what did not fit into the input yet
   private end: EngineEnd | undefined;
   private quitting = false;
   private resolveEnded!: (end: EngineEnd) => void;
 
-  constructor(program: WebAssembly.Module, files: Record<string, FileSource>) {
+  constructor(program: WebAssembly.Module, files: Files) {
     this.ended = new Promise((resolve) => (this.resolveEnded = resolve));
     this.worker = startWorker({ program, input: this.input.memory, files }, (report) => this.take(report));
   }
@@ -161,11 +125,10 @@ class RunningEngine implements Engine {
     if (this.unsent.length === 1) this.flush();
   }
 
-  lines(): LineQueue {
-    const queue = new LineQueue((reader) => this.readers.delete(reader));
-    this.readers.add(queue);
-    if (this.end !== undefined) this.finishReaders();
-    return queue;
+  lines(): AsyncIterableIterator<string> {
+    const reader: Reader = { waiting: [], wake: () => {} };
+    this.readers.add(reader);
+    return this.read(reader);
   }
 
   async ask(line: string, last: RegExp): Promise<string[]> {
@@ -204,7 +167,10 @@ class RunningEngine implements Engine {
 
   private take(report: Report): void {
     if (report.kind === 'lines') {
-      for (const reader of this.readers) reader.push(report.lines);
+      for (const reader of this.readers) {
+        reader.waiting.push(...report.lines);
+        reader.wake();
+      }
     } else {
       this.finish({ status: report.status, message: report.message });
     }
@@ -214,13 +180,22 @@ class RunningEngine implements Engine {
     if (this.end !== undefined) return;
     this.end = end;
     this.worker.terminate();
-    this.finishReaders();
+    for (const reader of this.readers) reader.wake();
     this.resolveEnded(end);
   }
 
-  private finishReaders(): void {
-    for (const reader of this.readers) reader.finish(this.quitting ? undefined : this.endError());
-    this.readers.clear();
+  private async *read(reader: Reader): AsyncGenerator<string> {
+    try {
+      for (;;) {
+        yield* reader.waiting.splice(0);
+        if (reader.waiting.length > 0) continue;
+        if (this.end !== undefined) break;
+        await new Promise<void>((resolve) => (reader.wake = resolve));
+      }
+      if (!this.quitting) throw this.endError();
+    } finally {
+      this.readers.delete(reader);
+    }
   }
 
   private endError(): EngineError {

@@ -3,11 +3,14 @@
 /** The contents of a file: a Blob is read piece by piece when the program asks for it. */
 export type FileSource = Blob | Uint8Array;
 
+/** Files by their paths. */
+export type Files = Record<string, FileSource>;
+
 /** The one message to the worker. */
 export interface Start {
   program: WebAssembly.Module;
   input: SharedArrayBuffer; // of an InputRing
-  files: Record<string, FileSource>;
+  files: Files;
 }
 
 /** Messages of the worker. */

@@ -1,5 +1,5 @@
-// What a web page does in its own way: starting the worker and reading the program's file.
-import type { Report, Start } from './messages.js';
+// What a web page does in its own way: starting the worker and reading files.
+import type { Files, Report, Start } from './messages.js';
 
 export function startWorker(start: Start, take: (report: Report) => void): { terminate(): void } {
   const worker = new Worker(new URL('./worker_browser.js', import.meta.url), { type: 'module' });
@@ -15,7 +15,7 @@ export async function readProgram(url: string | URL): Promise<BufferSource> {
   return answer.arrayBuffer();
 }
 
-/** Files as the worker reads them: a Blob can be read there. */
-export async function readableFiles(files: Start['files']): Promise<Start['files']> {
+/** The files in a form that the worker can read, which they are. */
+export async function readableFiles(files: Files): Promise<Files> {
   return files;
 }

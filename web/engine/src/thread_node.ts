@@ -1,7 +1,7 @@
-// What a program for Node does in its own way: starting the worker and reading the program's file.
+// What a program for Node does in its own way: starting the worker and reading files.
 import { readFile } from 'node:fs/promises';
 import { Worker } from 'node:worker_threads';
-import type { Report, Start } from './messages.js';
+import type { Files, Report, Start } from './messages.js';
 
 export function startWorker(start: Start, take: (report: Report) => void): { terminate(): void } {
   const worker = new Worker(new URL('./worker_node.js', import.meta.url));
@@ -15,9 +15,11 @@ export async function readProgram(url: string | URL): Promise<BufferSource> {
   return new Uint8Array(await readFile(url));
 }
 
-/** Files as the worker reads them: Node has no way to read a Blob there. */
-export async function readableFiles(files: Start['files']): Promise<Start['files']> {
-  const entries = Object.entries(files).map(async ([name, source]) =>
-    [name, source instanceof Blob ? new Uint8Array(await source.arrayBuffer()) : source] as const);
-  return Object.fromEntries(await Promise.all(entries));
+/** The files in a form that the worker can read, which a Blob is not in Node. */
+export async function readableFiles(files: Files): Promise<Files> {
+  const readable: Files = {};
+  for (const [name, source] of Object.entries(files)) {
+    readable[name] = source instanceof Blob ? new Uint8Array(await source.arrayBuffer()) : source;
+  }
+  return readable;
 }
