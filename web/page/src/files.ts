@@ -24,9 +24,11 @@ async function filesOf(entry: FileSystemEntry): Promise<File[]> {
 
 /** All files of a drop, those inside dropped folders included. */
 export async function droppedFiles(drop: DataTransfer): Promise<File[]> {
-  const entries = [...drop.items].map((item) => item.webkitGetAsEntry?.());
-  if (entries.length === 0 || entries.some((entry) => !entry)) return [...drop.files];
-  return (await Promise.all(entries.map((entry) => filesOf(entry as FileSystemEntry)))).flat();
+  const found = [...drop.items].map((item) => {
+    const entry = item.webkitGetAsEntry();
+    return entry?.isDirectory ? filesOf(entry) : (item.getAsFile() ?? []);
+  });
+  return (await Promise.all(found)).flat();
 }
 
 /** Sorts files by what they are, and makes sure that each can be read. `onStep` is told how many are done. */

@@ -28,7 +28,7 @@ let humanIsWhite = true;
 /** What the searching engine does for the page. */
 let work: "nothing" | "move" | "analysis" | "evaluation" = "nothing";
 let analysisWanted = false;
-let lines: (Line | undefined)[] = [];
+let lines: Line[] = [];
 /** Counts the changes of what the engine is to do. A result that belongs to an earlier one is dropped. */
 let changes = 0;
 const files: Record<string, Blob> = {};
@@ -101,6 +101,7 @@ function render(): void {
   board.show(node, node.legal.length > 0 && (mode === "analyse" || (game.atEnd && !over && node.white === humanIsWhite)));
   board.showArrow(work === "analysis" ? lines[0]?.moves[0] : undefined);
   moveList.show(game);
+  element("graph").hidden = game.nodes.length === 1;
   graph.show(game);
   showBar(currentScore(), board.whiteBelow);
   renderStatus();
@@ -130,16 +131,14 @@ async function paint(): Promise<void> {
   if (work === "evaluation") render();
   if (work !== "analysis") return;
   const { node } = game;
-  const [best] = lines;
-  for (const line of lines) {
-    const moves = line ? await rules.variation(node, line.moves) : [];
-    if (game.node !== node || work !== "analysis") return;
-    if (line) lineList.show(line.rank, line.score, moves);
-  }
-  if (!best) return;
+  const shown = [...lines];
+  const [best] = shown;
+  const variations = await Promise.all(shown.map((line) => rules.variation(node, line.moves)));
+  if (!best || game.node !== node || work !== "analysis") return;
+  for (const [at, line] of shown.entries()) lineList.show(at + 1, line.score, variations[at] ?? []);
   const number = new Intl.NumberFormat("en", { notation: "compact", maximumFractionDigits: 1 });
   setText("depth", String(best.score.depth));
-  setText("nodes", number.format(Math.max(...lines.map((line) => line?.nodes ?? 0))));
+  setText("nodes", number.format(Math.max(...shown.map((line) => line.nodes))));
   setText("speed", best.speed > 0 ? number.format(best.speed) : "–");
   showBar(currentScore(), board.whiteBelow);
   board.showArrow(best.moves[0]);
@@ -150,7 +149,11 @@ async function paint(): Promise<void> {
 // What the engine does
 
 function take(node: Node, line: Line): void {
-  lines[line.rank - 1] = line;
+  // A line that rose from a lower rank leaves that rank, so that no first move stands in the list twice.
+  const before = lines.findIndex((other) => other.moves[0] === line.moves[0]);
+  if (before >= 0) lines.splice(before, 1);
+  lines.splice(line.rank - 1, 0, line);
+  lines.splice(lineList.count);
   if (line.rank === 1 && line.score.kind !== "table") node.score = line.score;
   void paint();
 }

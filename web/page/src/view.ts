@@ -77,6 +77,10 @@ export class LineList {
     private readonly onPick: (rank: number) => void,
   ) {}
 
+  get count(): number {
+    return this.list.children.length;
+  }
+
   setCount(count: number): void {
     while (this.list.children.length > count) this.list.lastElementChild?.remove();
     while (this.list.children.length < count) {
@@ -93,7 +97,7 @@ export class LineList {
   }
 
   clear(): void {
-    const count = this.list.children.length;
+    const { count } = this;
     this.setCount(0);
     this.setCount(count);
   }
@@ -107,7 +111,7 @@ export class LineList {
     badge.className = score.value < 0 ? "black" : "";
     line.replaceChildren(make("strong", first), ` ${moves.slice(1).join(" ")}`);
     button.disabled = false;
-    button.title = `Play ${first}`;
+    button.title = `Play ${first} (${moves.join(" ")})`;
   }
 }
 
