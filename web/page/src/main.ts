@@ -117,15 +117,16 @@ function render(): void {
   if (document.activeElement !== input("fen")) input("fen").value = node.fen;
 }
 
-let painting = false;
 let painted = 0;
+let repaint: ReturnType<typeof setTimeout> | undefined;
 
 /** Brings the analysis up to date, not more often than a reader can follow. */
-async function paint(): Promise<void> {
-  if (painting) return;
-  painting = true;
-  await new Promise((done) => setTimeout(done, painted + PAINT_INTERVAL_MS - performance.now()));
-  painting = false;
+function paint(): void {
+  repaint ??= setTimeout(() => void draw(), painted + PAINT_INTERVAL_MS - performance.now());
+}
+
+async function draw(): Promise<void> {
+  repaint = undefined;
   painted = performance.now();
   renderStatus();
   if (work === "evaluation") render();
@@ -155,7 +156,7 @@ function take(node: Node, line: Line): void {
   lines.splice(line.rank - 1, 0, line);
   lines.splice(lineList.count);
   if (line.rank === 1 && line.score.kind !== "table") node.score = line.score;
-  void paint();
+  paint();
 }
 
 /** Gives the engine what the state of the page asks for, in place of what it did before. */
@@ -176,7 +177,7 @@ async function think(): Promise<void> {
   if (!current()) return;
   if (work === "move" && best) return play(node, best);
   // An analysis ends by itself at the last depth, at a move from the tables, or with the engine.
-  await paint();
+  await draw();
   if (!current()) return;
   work = "nothing";
   renderStatus();

@@ -41,7 +41,7 @@ async function open(options = {}) {
   faults = [];
   const context = await browser.newContext({ viewport: { width: 1280, height: 860 }, deviceScaleFactor: 1, ...options });
   page = await context.newPage();
-  page.on('request', ({ url }) => !/^(data|blob):/.test(url()) && !url().startsWith(address) && foreign.push(url()));
+  page.on('request', (request) => /^(data|blob):/.test(request.url()) || request.url().startsWith(address) || foreign.push(request.url()));
   page.on('pageerror', (error) => faults.push(error.message));
   await page.goto(address);
   await waitText('#status-text', /Your move/);
@@ -111,7 +111,10 @@ test('a game of six moves, an illegal drop and a move taken back', async () => {
   await page.click('#play button[type=submit]');
   await waitMoves(1);
   await waitText('#status-text', /Your move/);
-  assert.ok((await squareAt('a8'))[1] > (await squareAt('a1'))[1], 'the board is turned for Black');
+  await page.waitForFunction(() => {
+    const top = (square) => document.querySelector(`#board rect[data-square="${square}"]`)?.getBoundingClientRect().top;
+    return top('a8') > top('a1');
+  });
 });
 
 test('moves are written as the rules of notation ask', async () => {
@@ -130,7 +133,6 @@ test('moves are written as the rules of notation ask', async () => {
     await setUp(position);
     await drag(from, to);
     if (san) await waitMoves(1);
-    else await waitText('#status-text', /not a legal move/);
     assert.equal(await moves(), san, position);
   }
   await setUp('8/P6k/8/8/8/8/7K/8 w - - 0 1');
@@ -172,7 +174,27 @@ test('analysis starts, shows its lines, plays one and stops', async () => {
   const plot = await page.locator('#graph .u-over').boundingBox();
   await page.mouse.click(plot.x + 2, plot.y + 20);
   assert.equal(await page.locator('.moves [aria-current]').count(), 0);
+  if (pictures) await takeAnalysisPicture();
 });
+
+async function takeAnalysisPicture() {
+  const game = 'e2e4 e7e5 g1f3 b8c6 f1b5 a7a6 b5a4 g8f6 e1g1 f6e4 d2d4 e5d4 f1e1 d7d5 f3d4 f8d6 d4c6 d6h2 g1h1';
+  await page.click('#console summary');
+  await page.selectOption('#lines-count', '3');
+  await page.click('#initial');
+  await waitMoves(0);
+  for (const [at, move] of game.split(' ').entries()) {
+    await drag(move.slice(0, 2), move.slice(2));
+    await waitMoves(at + 1);
+  }
+  await page.click('#evaluate');
+  await waitText('#evaluate', /Stop/);
+  await waitText('#evaluate', /Evaluate/);
+  await page.click('#analyse');
+  await waitText('#depth', /^1[3-9]$/, 60000);
+  await page.mouse.move(5, 5);
+  await page.screenshot({ path: join(pictures, 'web-analyse.png') });
+}
 
 test('a FEN is set up, and what is none is told', async () => {
   const good = 'r1bqk2r/pppp1ppp/2n2n2/2b1p3/2B1P3/2NP1N2/PPP2PPP/R1BQK2R b KQkq - 0 5';
@@ -211,6 +233,7 @@ test('tables and files of no use are dropped', async () => {
   await setUp(ROOK_ENDING);
   await page.click('#analyse');
   await waitText('.lines b', /\d/);
+  await page.locator('.card:has(#hash)').evaluate((frame) => { frame.open = true; });
   await drop([...readdirSync(scratch).map((name) => join(scratch, name)), fileURLToPath(import.meta.url)]);
   await waitText('#loaded', /tables of 1 endgames.*page\.test\.mjs is neither/);
   await waitText('.lines b', /TB/);
