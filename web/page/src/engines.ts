@@ -125,10 +125,9 @@ export class Searcher {
   private applied = new Map<string, string>();
   private readonly options = new Map<string, string>();
 
-  /** Starts the program with these files, in place of the one that runs. */
-  async start(files: Record<string, Blob>): Promise<void> {
-    this.stop();
-    const start = this.previous.then(async () => {
+  /** Starts the program with these files, in place of the one that runs. Returns what it says about its options. */
+  start(files: Record<string, Blob>): Promise<string[]> {
+    return this.alone(async () => {
       const old = this.engine;
       this.engine = undefined;
       await old?.quit();
@@ -136,11 +135,14 @@ export class Searcher {
       const engine = await startEngine({ files });
       this.engine = engine;
       void this.listen(engine);
+      const remarks: string[] = [];
       this.send("uci");
-      await this.ready();
+      this.sendOptions();
+      await this.ready((line) => {
+        if (line.startsWith("info string")) remarks.push(line.slice("info string ".length));
+      });
+      return remarks;
     });
-    this.previous = start.catch(() => undefined);
-    return start;
   }
 
   private async listen(engine: Engine): Promise<void> {
@@ -183,18 +185,6 @@ export class Searcher {
   /** Sets an option from the next search on. */
   set(name: string, value: string): void {
     this.options.set(name, value);
-  }
-
-  /** Makes the engine take its options now. Returns what it says about them. */
-  applyOptions(): Promise<string[]> {
-    return this.alone(async () => {
-      const remarks: string[] = [];
-      this.sendOptions();
-      await this.ready((line) => {
-        if (line.startsWith("info string")) remarks.push(line.slice("info string ".length));
-      });
-      return remarks;
-    });
   }
 
   private sendOptions(): void {

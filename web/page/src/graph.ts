@@ -18,12 +18,14 @@ export class Graph {
   constructor(host: HTMLElement, onPick: (ply: number) => void) {
     const color = (name: string): string => getComputedStyle(host).getPropertyValue(name);
     const line = (self: uPlot, x0: number, y0: number, x1: number, y1: number, name: string): void => {
+      self.ctx.save();
       self.ctx.strokeStyle = color(name);
       self.ctx.lineWidth = devicePixelRatio;
       self.ctx.beginPath();
       self.ctx.moveTo(x0, y0);
       self.ctx.lineTo(x1, y1);
       self.ctx.stroke();
+      self.ctx.restore();
     };
     this.plot = new uPlot(
       {

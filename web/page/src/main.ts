@@ -29,6 +29,8 @@ let humanIsWhite = true;
 let work: "nothing" | "move" | "analysis" | "evaluation" = "nothing";
 let analysisWanted = false;
 let lines: Line[] = [];
+/** What the board said about the last move that it refused, until something else changes. */
+let refusal = "";
 /** Counts the changes of what the engine is to do. A result that belongs to an earlier one is dropped. */
 let changes = 0;
 const files: Record<string, Blob> = {};
@@ -82,7 +84,7 @@ function statusText(): string {
 }
 
 function renderStatus(): void {
-  setText("status-text", statusText());
+  setText("status-text", refusal || statusText());
   element("turn").className = `turn${game.node.white ? "" : " black"}${work === "nothing" ? "" : " busy"}`;
 }
 
@@ -96,6 +98,7 @@ function currentScore(): Score | undefined {
 function render(): void {
   const { node } = game;
   const over = game.outcome() !== undefined;
+  refusal = "";
   document.body.dataset.mode = mode;
   for (const which of ["play", "analyse"]) element(`mode-${which}`).setAttribute("aria-pressed", String(mode === which));
   board.show(node, node.legal.length > 0 && (mode === "analyse" || (game.atEnd && !over && node.white === humanIsWhite)));
@@ -196,7 +199,8 @@ async function play(node: Node, move: string): Promise<void> {
 }
 
 function refuse(from: string, to: string): void {
-  setText("status-text", `${from}–${to} is not a legal move.`);
+  refusal = `${from}–${to} is not a legal move.`;
+  renderStatus();
   announce(`${from} to ${to} is not a legal move.`);
 }
 
@@ -239,10 +243,8 @@ function toggleAnalysis(): void {
 }
 
 async function startGame(fen: string): Promise<string | undefined> {
-  const current = begin();
   const start = await rules.setUp(fen);
   if (typeof start === "string") return start;
-  if (!current()) return undefined;
   game = new Game(start);
   void think();
   return undefined;
@@ -316,7 +318,6 @@ async function restart(withFiles: boolean): Promise<string[]> {
   const current = begin();
   work = "nothing";
   element("failure").hidden = true;
-  await searcher.start(files);
   if (withFiles && files[BOOK_PATH]) {
     searcher.set("BookFile", BOOK_PATH);
     searcher.set("OwnBook", "true");
@@ -324,7 +325,7 @@ async function restart(withFiles: boolean): Promise<string[]> {
     input("own-book").checked = true;
   }
   if (Object.keys(files).some((path) => path.startsWith(TABLES_PATH))) searcher.set("SyzygyPath", TABLES_PATH);
-  const remarks = await searcher.applyOptions();
+  const remarks = await searcher.start(files);
   if (current()) void think();
   return remarks;
 }

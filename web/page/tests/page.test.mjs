@@ -99,7 +99,11 @@ test('a game of six moves, an illegal drop and a move taken back', async () => {
   }
   assert.match(await moves(), /^e4 \S+ Nf3 \S+ d3 \S+$/);
   assert.match(await fen(), / w [KQkq-]+ \S+ \d+ 4$/);
-  if (pictures) await page.screenshot({ path: join(pictures, 'web-play.png') });
+  if (pictures) {
+    await page.click('h1');
+    await page.waitForTimeout(500); // the animation of the move
+    await page.screenshot({ path: join(pictures, 'web-play.png') });
+  }
   await limit('movetime', 600);
   await drag('b1', 'd2');
   await waitText('#status-text', /thinking… depth/);
