@@ -49,7 +49,7 @@ MapResult map_file(FileHandle file, MappingHandle& mapping, const std::uint8_t*&
     void* const address = mmap(nullptr, size, PROT_READ, MAP_SHARED, static_cast<int>(file), 0);
     if (address == MAP_FAILED)
         return MapResult::NO_VIEW;
-#ifndef __wasi__ // whose emulation of mmap copies the file into memory
+#ifndef __wasi__                         // there mmap is emulated by reading the file
     madvise(address, size, MADV_RANDOM); // advice only: a refusal changes nothing
 #endif
     mapping = size;
