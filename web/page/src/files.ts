@@ -1,7 +1,7 @@
 // Takes the files that somebody gives to the page: an opening book and endgame tables.
 
 const TABLE_NAME = /^K[QRBNP]*vK[QRBNP]*\.rtb[wz]$/;
-const BOOK_ENTRY_BYTES = 16;
+export const BOOK_ENTRY_BYTES = 16;
 
 export interface Given {
   book?: File;

@@ -7,7 +7,7 @@ import "uplot/dist/uPlot.min.css";
 import "./style.css";
 import { Board } from "./board";
 import { Rules, Searcher, type Line } from "./engines";
-import { droppedFiles, sortFiles } from "./files";
+import { BOOK_ENTRY_BYTES, droppedFiles, sortFiles } from "./files";
 import { Game, type Node, type Score } from "./game";
 import { Graph } from "./graph";
 import { fenFault, spoken, START_FEN } from "./notation";
@@ -309,7 +309,8 @@ async function giveFiles(list: File[]): Promise<void> {
   progress.hidden = true;
   const tables = Object.keys(files).filter((path) => path.endsWith(".rtbw")).length;
   const book = files[BOOK_PATH];
-  const has = `${book ? `Book of ${book.size / 16} entries` : "No book"}, ${tables > 0 ? `tables of ${tables} endgames` : "no tables"}.`;
+  const counted = (count: number, what: string): string => `${count} ${count === 1 ? what : what.replace(/y$/, "ie") + "s"}`;
+  const has = `${book ? `Book of ${counted(book.size / BOOK_ENTRY_BYTES, "entry")}` : "No book"}, ${tables > 0 ? `tables of ${counted(tables, "endgame")}` : "no tables"}.`;
   setText("loaded", [has, ...given.faults, ...remarks].join(" "));
 }
 

@@ -2,7 +2,7 @@
 // tables; with WEB_PICTURES the pictures of the documentation are written to that folder.
 import assert from 'node:assert/strict';
 import { execFileSync } from 'node:child_process';
-import { mkdtempSync, readdirSync, readFileSync, rmSync } from 'node:fs';
+import { mkdtempSync, readdirSync, readFileSync, rmSync, writeFileSync } from 'node:fs';
 import { tmpdir } from 'node:os';
 import { join } from 'node:path';
 import { after, afterEach, before, beforeEach, test } from 'node:test';
@@ -92,12 +92,12 @@ test('a game of six moves, an illegal drop and a move taken back', async () => {
   await drag('e2', 'e5');
   await waitText('#status-text', /e2–e5 is not a legal move/);
   assert.equal(await moves(), '');
-  for (const [at, [from, to]] of [['e2', 'e4'], ['g1', 'f3'], ['d2', 'd3']].entries()) {
+  for (const [at, [from, to]] of [['d2', 'd4'], ['g1', 'f3'], ['e2', 'e3']].entries()) {
     await drag(from, to);
     await waitMoves(2 * at + 2);
     await waitText('#status-text', /Your move/);
   }
-  assert.match(await moves(), /^e4 \S+ Nf3 \S+ d3 \S+$/);
+  assert.match(await moves(), /^d4 \S+ Nf3 \S+ e3 \S+$/);
   assert.match(await fen(), / w [KQkq-]+ \S+ \d+ 4$/);
   if (pictures) {
     await page.click('h1');
@@ -109,7 +109,7 @@ test('a game of six moves, an illegal drop and a move taken back', async () => {
   await waitText('#status-text', /thinking… depth/);
   await page.click('#take-back');
   await waitText('#status-text', /Your move/);
-  assert.match(await moves(), /^e4 \S+ Nf3 \S+ d3 \S+$/);
+  assert.match(await moves(), /^d4 \S+ Nf3 \S+ e3 \S+$/);
   await page.click('label:has([value=black])');
   await limit('depth', 3);
   await page.click('#play button[type=submit]');
@@ -230,17 +230,24 @@ test('a FEN is set up, and what is none is told', async () => {
   await waitText('#depth', /\d/);
 });
 
-test('tables and files of no use are dropped', async () => {
+test('a book, tables and a file of no use are dropped', async () => {
   const scratch = mkdtempSync(join(tmpdir(), 'brindlemoth-'));
   execFileSync(join(build, 'tablegen/tablegen'), ['KRvK', '--out', scratch], { stdio: 'ignore' });
+  // A book with one entry: a2a3 in the initial position.
+  writeFileSync(join(scratch, 'a.bin'), Buffer.from('463b96181691fc9c0210000100000000', 'hex'));
   await page.click('#mode-analyse');
   await setUp(ROOK_ENDING);
   await page.click('#analyse');
   await waitText('.lines b', /\d/);
   await page.locator('.card:has(#hash)').evaluate((frame) => { frame.open = true; });
   await drop([...readdirSync(scratch).map((name) => join(scratch, name)), fileURLToPath(import.meta.url)]);
-  await waitText('#loaded', /tables of 1 endgames.*page\.test\.mjs is neither/);
+  await waitText('#loaded', /Book of 1 entry, tables of 1 endgame\..*page\.test\.mjs is neither/);
   await waitText('.lines b', /TB/);
+  await page.click('#mode-play');
+  await page.click('label:has([value=black])');
+  await page.click('#play button[type=submit]');
+  await waitMoves(1);
+  assert.equal(await moves(), 'a3');
   rmSync(scratch, { recursive: true });
 });
 
