@@ -17,6 +17,8 @@ endif()
 
 if(NOT BRINDLEMOTH_PEXT)
   target_compile_definitions(brindlemoth_settings INTERFACE BRINDLEMOTH_NO_PEXT)
+endif()
+
 # Sizes are computed in 64 bits. Those that reach a 32-bit address space are bounded: the hash table
 # by its option, a mapping by a check of its own.
 if(CMAKE_SYSTEM_PROCESSOR STREQUAL wasm32)
