@@ -3,6 +3,8 @@
 # build directory of its own, so that a second run only builds what has changed.
 set -euo pipefail
 cd "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")/.."
+. tools/require_tools.sh
+. tools/web_steps.sh
 
 [ $# -eq 0 ] || fail_usage "(no arguments)"
 require_writable build
