@@ -29,8 +29,8 @@ const char* const help_text =
     "Tables that are there and whole are skipped. A table gets its name only when it is\n"
     "complete. Several runs can share the work on one directory.\n"
     "\n"
-    "--men 4 takes about ten seconds, 200 MB of memory and 5 MB of disk; --men 5 about an hour\n"
-    "of processor time, 3 GB of memory and 1 GB of disk.\n"
+    "--men 4 takes about ten seconds, 200 MB of memory and 5 MB of disk; --men 5 about 75\n"
+    "minutes of processor time, 5 GB of memory and 1 GB of disk.\n"
     "\n"
     "Exit status: 0 when all is done and right, 1 otherwise, 2 for a wrong command line.\n";
 

@@ -2,8 +2,8 @@
 # Makes the packages that this machine can make, in build/packages, with their check sums:
 # tools/package.sh. A Debian package and an archive for machines like this one; an archive for
 # Windows and one for 64-bit ARM where there is a cross compiler; the page and its npm package where
-# there are Node and the compiler for WebAssembly. The last lines say what was not
-# made. The status is 1 when nothing was made, or when a build failed.
+# there are Node and the compiler for WebAssembly. The last lines say what was not made. The status is
+# 1 when nothing was made, or when a build failed.
 set -euo pipefail
 cd "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")/.."
 . tools/require_tools.sh
