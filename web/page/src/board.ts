@@ -21,10 +21,12 @@ export class Board {
   private readonly widget: Chessboard;
   private node: Node | undefined;
   private arrow = "";
+  /** Counts the calls of `show`. */
+  private shown = 0;
 
   /** `onMove` gets a legal move of the node that was shown, `onRefusal` the two squares of one that is not legal. */
   constructor(
-    host: HTMLElement,
+    private readonly host: HTMLElement,
     private readonly onMove: (node: Node, move: string) => void,
     private readonly onRefusal: (from: string, to: string) => void,
   ) {
@@ -40,11 +42,16 @@ export class Board {
     });
   }
 
-  /** Shows a position. Moves are taken only for the side to move, and only if `input` says so. */
-  show(node: Node, input: boolean): void {
+  /**
+   * Shows a position. Moves are taken only for the side to move, only if `input` says so, and not before the pieces have
+   * arrived: the end of their animation would drop one that is being dragged. The host is marked while moves are taken.
+   */
+  async show(node: Node, input: boolean): Promise<void> {
+    const call = ++this.shown;
     const changed = this.node !== node;
     this.node = node;
-    void this.widget.setPosition(node.fen, true);
+    this.setReady(false);
+    const arrived = this.widget.setPosition(node.fen, true);
     if (changed) {
       this.widget.removeLegalMovesMarkers();
       this.widget.removeMarkers();
@@ -56,7 +63,14 @@ export class Board {
       this.showArrow(undefined);
     }
     if (this.widget.isMoveInputEnabled()) this.widget.disableMoveInput();
-    if (input) this.widget.enableMoveInput((event) => this.take(event), node.white ? COLOR.white : COLOR.black);
+    await arrived;
+    if (!input || call !== this.shown) return;
+    this.widget.enableMoveInput((event) => this.take(event), node.white ? COLOR.white : COLOR.black);
+    this.setReady(true);
+  }
+
+  private setReady(ready: boolean): void {
+    this.host.toggleAttribute("data-ready", ready);
   }
 
   private kingSquare(node: Node): string | undefined {
@@ -81,6 +95,7 @@ export class Board {
       if (!own) this.onRefusal(event.squareFrom, event.squareTo);
       return false;
     }
+    this.setReady(false);
     if (move.length > 4) this.promote(node, move.slice(0, 4));
     else this.onMove(node, move);
     return true;
@@ -90,7 +105,7 @@ export class Board {
     this.widget.showPromotionDialog(move.slice(2, 4), node.white ? COLOR.white : COLOR.black, (result) => {
       if (this.node !== node) return;
       if (result.type === PROMOTION_DIALOG_RESULT_TYPE.pieceSelected) this.onMove(node, move + (result.piece?.[1] ?? ""));
-      else void this.widget.setPosition(node.fen, true);
+      else void this.show(node, true);
     });
   }
 

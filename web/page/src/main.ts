@@ -101,7 +101,7 @@ function render(): void {
   refusal = "";
   document.body.dataset.mode = mode;
   for (const which of ["play", "analyse"]) element(`mode-${which}`).setAttribute("aria-pressed", String(mode === which));
-  board.show(node, node.legal.length > 0 && (mode === "analyse" || (game.atEnd && !over && node.white === humanIsWhite)));
+  void board.show(node, node.legal.length > 0 && (mode === "analyse" || (game.atEnd && !over && node.white === humanIsWhite)));
   board.showArrow(work === "analysis" ? lines[0]?.moves[0] : undefined);
   moveList.show(game);
   element("graph").hidden = game.nodes.length === 1;
