@@ -30,7 +30,11 @@ if(WIN32)
   set(newlines WIN32)
 endif()
 set(CPACK_BRINDLEMOTH_README ${PROJECT_BINARY_DIR}/documents/README.txt)
-configure_file(cmake/archive/README.txt.in ${CPACK_BRINDLEMOTH_README} @ONLY
+set(readme_template cmake/archive/README.txt.in)
+if(CMAKE_SYSTEM_PROCESSOR STREQUAL wasm32)
+  set(readme_template cmake/archive/README-web.txt.in)
+endif()
+configure_file(${readme_template} ${CPACK_BRINDLEMOTH_README} @ONLY
   NEWLINE_STYLE ${newlines})
 
 set(CPACK_PACKAGE_VENDOR "Brindlemoth developers")

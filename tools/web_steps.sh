@@ -32,17 +32,13 @@ build_site() {
   npm --prefix web run build --workspace page >&2 </dev/null
 }
 
-# package_site: the archive of the page, with the licences of what is bundled into it, and the npm
-# package of the engine, in build/packages.
+# package_site: the archive of the page, and the npm package of the engine, in build/packages.
 package_site() {
-  local name licence
+  local name
   name=brindlemoth-$(node -p 'require("./web/engine/package.json").version')-web
   rm -rf "build/web/$name"
   mkdir -p "build/web/$name" build/packages
-  cp -R web/page/dist/. "build/web/$name"
-  for licence in web/node_modules/{@bjorn3/browser_wasi_shim/LICENSE-MIT,cm-chessboard/LICENSE,uplot/LICENSE}; do
-    cp "$licence" "build/web/$name/LICENSE.$(basename "$(dirname "$licence")").txt"
-  done
+  cp -R web/page/dist/. build/wasm/documents/README.txt "build/web/$name"
   (cd build/web && cmake -E tar cf "../packages/$name.zip" --format=zip "$name")
   npm --prefix web pack --workspace engine --pack-destination "$PWD/build/packages" >&2
 }
