@@ -24,6 +24,15 @@ export interface Node extends Position {
 const REPETITIONS = 3;
 const FIFTY_MOVES = 100;
 
+/** Whether no mate is possible: nothing but the kings and one knight, or bishops that all stand on one colour. */
+function isDead(board: string): boolean {
+  const men = [...board].flatMap((man, at) => {
+    if (/[.k]/i.test(man)) return [];
+    return /b/i.test(man) ? `B${(at + Math.floor(at / 8)) % 2}` : man.toUpperCase();
+  });
+  return men.join("") === "N" || men.every((man) => man.startsWith("B") && man === men[0]);
+}
+
 export class Game {
   nodes: Node[];
   ply = 0;
@@ -66,6 +75,7 @@ export class Game {
     const node = this.nodes[ply] as Node;
     if (node.legal.length === 0 && node.check) return `Checkmate. ${node.white ? "Black" : "White"} wins.`;
     if (node.legal.length === 0) return "Stalemate. The game is drawn.";
+    if (isDead(node.board)) return "Drawn by insufficient material.";
     if (node.halfmove >= FIFTY_MOVES) return "Drawn by the fifty-move rule.";
     if (this.occurrences(ply) >= REPETITIONS) return "Drawn by threefold repetition.";
     return undefined;

@@ -16,7 +16,6 @@ const pictures = process.env.WEB_PICTURES;
 // The longest wait for something that a quick machine shows in a second.
 const PATIENCE = 90000;
 const ROOK_ENDING = '8/8/8/8/8/2k5/8/R3K3 w - - 0 1';
-const WAIT_MS = 120000; // far more than a loaded machine needs
 const FLAGS = ['--no-sandbox', '--disable-gpu', '--disable-quic', '--no-first-run', '--disable-background-networking',
   '--disable-component-update', '--disable-sync'];
 
@@ -45,7 +44,6 @@ async function open(options = {}) {
   const context = await browser.newContext({ viewport: { width: 1280, height: 860 }, deviceScaleFactor: 1, ...options });
   context.setDefaultTimeout(PATIENCE);
   page = await context.newPage();
-  page.setDefaultTimeout(WAIT_MS);
   page.on('request', (request) => /^(data|blob):/.test(request.url()) || request.url().startsWith(address) || foreign.push(request.url()));
   page.on('pageerror', (error) => faults.push(error.message));
   await page.goto(address);
@@ -157,6 +155,17 @@ test('moves are written as the rules of notation ask, and none is lost while pie
   await setUp('7k/8/5KQ1/8/8/8/8/8 w - - 0 1');
   await drag('g6', 'f7');
   await waitText('#status-text', /Stalemate/);
+  for (const [position, drawn] of [
+    ['8/8/8/3k4/8/8/8/4K3 w - - 0 1', true],
+    ['8/8/8/3k4/8/8/8/4KN2 w - - 0 1', true],
+    ['2b5/8/8/3k4/8/8/8/4KB2 w - - 0 1', true],
+    ['2b5/8/8/3k4/8/8/8/2B1K3 w - - 0 1', false],
+    ['1n6/8/8/3k4/8/8/8/4KN2 w - - 0 1', false],
+    ['8/8/8/3k4/8/8/8/4KR2 w - - 0 1', false],
+  ]) {
+    await setUp(position);
+    assert.equal(/insufficient material/.test(await text('#status-text')), drawn, position);
+  }
 });
 
 test('analysis starts, shows its lines, plays one and stops', async () => {
@@ -170,7 +179,7 @@ test('analysis starts, shows its lines, plays one and stops', async () => {
   await page.click('.lines li:nth-child(2) button');
   await waitMoves(1);
   assert.ok(firsts.includes(await moves()), `${await moves()} was offered, as ${second}`);
-  for (const [at, [from, to]] of [['d7', 'd5'], ['b1', 'a3'], ['d5', 'd4']].entries()) {
+  for (const [at, [from, to]] of [['a7', 'a6'], ['h2', 'h3'], ['h7', 'h6']].entries()) {
     await drag(from, to);
     await waitMoves(at + 2);
   }
