@@ -21,8 +21,6 @@ export class Board {
   private readonly widget: Chessboard;
   private node: Node | undefined;
   private arrow = "";
-  /** Counts the calls of `show`. */
-  private shown = 0;
 
   /** `onMove` gets a legal move of the node that was shown, `onRefusal` the two squares of one that is not legal. */
   constructor(
@@ -42,16 +40,11 @@ export class Board {
     });
   }
 
-  /**
-   * Shows a position. Moves are taken only for the side to move, only if `input` says so, and not before the pieces have
-   * arrived: the end of their animation would drop one that is being dragged. The host is marked while moves are taken.
-   */
-  async show(node: Node, input: boolean): Promise<void> {
-    const call = ++this.shown;
+  /** Shows a position. Moves are taken for the side to move if `input` says so. The host is marked while they are. */
+  show(node: Node, input: boolean): void {
     const changed = this.node !== node;
     this.node = node;
-    this.setReady(false);
-    const arrived = this.widget.setPosition(node.fen, true);
+    void this.widget.setPosition(node.fen, true);
     if (changed) {
       this.widget.removeLegalMovesMarkers();
       this.widget.removeMarkers();
@@ -62,15 +55,11 @@ export class Board {
       if (node.check && king) this.widget.addMarker(CHECK, king);
       this.showArrow(undefined);
     }
-    if (this.widget.isMoveInputEnabled()) this.widget.disableMoveInput();
-    await arrived;
-    if (!input || call !== this.shown) return;
-    this.widget.enableMoveInput((event) => this.take(event), node.white ? COLOR.white : COLOR.black);
-    this.setReady(true);
-  }
-
-  private setReady(ready: boolean): void {
-    this.host.toggleAttribute("data-ready", ready);
+    this.host.toggleAttribute("data-ready", input);
+    const enabled = this.widget.isMoveInputEnabled();
+    if (!changed && input === enabled) return;
+    if (enabled) this.widget.disableMoveInput();
+    if (input) this.widget.enableMoveInput((event) => this.take(event), node.white ? COLOR.white : COLOR.black);
   }
 
   private kingSquare(node: Node): string | undefined {
@@ -95,17 +84,27 @@ export class Board {
       if (!own) this.onRefusal(event.squareFrom, event.squareTo);
       return false;
     }
-    this.setReady(false);
+    // The widget takes no press while a move that it accepted waits for an animation. So it is told that the move is not
+    // accepted, and the board moves the piece.
+    const dragged = document.querySelector(".cm-chessboard-draggable-piece") !== null;
+    void this.widget.movePiece(event.squareFrom, event.squareTo, !dragged);
     if (move.length > 4) this.promote(node, move.slice(0, 4));
-    else this.onMove(node, move);
-    return true;
+    else this.hand(node, move);
+    return false;
+  }
+
+  /** Hands a move over. No other is taken until the next call of `show`. */
+  private hand(node: Node, move: string): void {
+    this.node = undefined;
+    this.host.toggleAttribute("data-ready", false);
+    this.onMove(node, move);
   }
 
   private promote(node: Node, move: string): void {
     this.widget.showPromotionDialog(move.slice(2, 4), node.white ? COLOR.white : COLOR.black, (result) => {
       if (this.node !== node) return;
-      if (result.type === PROMOTION_DIALOG_RESULT_TYPE.pieceSelected) this.onMove(node, move + (result.piece?.[1] ?? ""));
-      else void this.show(node, true);
+      if (result.type === PROMOTION_DIALOG_RESULT_TYPE.pieceSelected) this.hand(node, move + (result.piece?.[1] ?? ""));
+      else void this.widget.setPosition(node.fen, true);
     });
   }
 

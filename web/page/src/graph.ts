@@ -16,7 +16,10 @@ export class Graph {
   private game: Game | undefined;
 
   constructor(host: HTMLElement, onPick: (ply: number) => void) {
-    const color = (name: string): string => getComputedStyle(host).getPropertyValue(name);
+    const color = (name: string): string => {
+      host.style.color = `var(${name})`;
+      return getComputedStyle(host).color;
+    };
     const line = (self: uPlot, x0: number, y0: number, x1: number, y1: number, name: string): void => {
       self.ctx.save();
       self.ctx.strokeStyle = color(name);

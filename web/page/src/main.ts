@@ -101,7 +101,7 @@ function render(): void {
   refusal = "";
   document.body.dataset.mode = mode;
   for (const which of ["play", "analyse"]) element(`mode-${which}`).setAttribute("aria-pressed", String(mode === which));
-  void board.show(node, node.legal.length > 0 && (mode === "analyse" || (game.atEnd && !over && node.white === humanIsWhite)));
+  board.show(node, node.legal.length > 0 && (mode === "analyse" || (game.atEnd && !over && node.white === humanIsWhite)));
   board.showArrow(work === "analysis" ? lines[0]?.moves[0] : undefined);
   moveList.show(game);
   element("graph").hidden = game.nodes.length === 1;
@@ -252,8 +252,8 @@ async function startGame(fen: string): Promise<string | undefined> {
 
 async function newGame(event: Event): Promise<void> {
   event.preventDefault();
-  const colour = new FormData(element<HTMLFormElement>("play")).get("colour");
-  humanIsWhite = colour === "random" ? Math.random() < 0.5 : colour === "white";
+  const colour = chosen("colour");
+  humanIsWhite = colour === "Random" ? Math.random() < 0.5 : colour === "White";
   begin();
   await searcher.newGame();
   await startGame(START_FEN);
@@ -305,7 +305,7 @@ async function giveFiles(list: File[]): Promise<void> {
   });
   if (given.book) files[BOOK_PATH] = given.book;
   for (const table of given.tables) files[`${TABLES_PATH}/${table.name}`] = table;
-  const remarks = given.book || given.tables.length > 0 ? await restart(true) : [];
+  const remarks = given.book || given.tables.length > 0 ? await startSearcher(true) : [];
   progress.hidden = true;
   const tables = Object.keys(files).filter((path) => path.endsWith(".rtbw")).length;
   const book = files[BOOK_PATH];
@@ -315,7 +315,7 @@ async function giveFiles(list: File[]): Promise<void> {
 }
 
 /** Starts the searching engine with the files that were given. Returns what it says about them. */
-async function restart(withFiles: boolean): Promise<string[]> {
+async function startSearcher(withFiles: boolean): Promise<string[]> {
   const current = begin();
   work = "nothing";
   element("failure").hidden = true;
@@ -329,6 +329,13 @@ async function restart(withFiles: boolean): Promise<string[]> {
   const remarks = await searcher.start(files);
   if (current()) void think();
   return remarks;
+}
+
+/** Starts both engines after a failure, or the whole page when it had not come as far as a game. */
+async function restart(): Promise<void> {
+  if (!game) return location.reload();
+  rules = await Rules.start();
+  await startSearcher(false);
 }
 
 function setOption(name: string, value: string): void {
@@ -397,7 +404,6 @@ function listen(): void {
   on("choose", "click", () => input("files").click());
   on("files", "change", () => giveFiles([...(input("files").files ?? [])]));
   on("command-form", "submit", typeCommand);
-  on("restart", "click", () => restart(false));
   document.addEventListener("keydown", takeKey);
   // A press on the board leaves the focus where it is, so that the arrow keys go on walking through the game.
   on("board", "mousedown", (event) => event.preventDefault());
@@ -420,6 +426,7 @@ function listen(): void {
 async function start(): Promise<void> {
   searcher.onTalk = (line, sent) => log.add(line, sent);
   searcher.onEnd = fail;
+  on("restart", "click", restart);
   lineList.setCount(Number(chosen("lines-count")));
   const started = searcher.start(files);
   rules = await Rules.start();

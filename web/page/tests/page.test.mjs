@@ -114,7 +114,7 @@ test('a game of six moves, an illegal drop and a move taken back', async () => {
   await page.click('#take-back');
   await waitText('#status-text', /Your move/);
   assert.match(await moves(), /^d4 \S+ Nf3 \S+ e3 \S+$/);
-  await page.click('label:has([value=black])');
+  await page.selectOption('#colour', 'Black');
   await limit('depth', 3);
   await page.click('#play button[type=submit]');
   await waitMoves(1);
@@ -264,7 +264,7 @@ test('a book, tables and a file of no use are dropped', async () => {
   await waitText('#loaded', /Book of 1 entry, tables of 1 endgame\..*page\.test\.mjs is neither/);
   await waitText('.lines b', /TB/);
   await page.click('#mode-play');
-  await page.click('label:has([value=black])');
+  await page.selectOption('#colour', 'Black');
   await page.click('#play button[type=submit]');
   await waitMoves(1);
   assert.equal(await moves(), 'a3');
