@@ -38,7 +38,7 @@ if(BRINDLEMOTH_SANITIZE)
   target_link_options(brindlemoth_settings INTERFACE -fsanitize=${BRINDLEMOTH_SANITIZE})
 endif()
 
-# GCC writes objects that hold both machine code and the optimiser's form: the engine is linked
+# GCC writes objects that hold both machine code and the optimiser's form: the programs are linked
 # with link-time optimisation, while the tests link the same objects quickly and without it.
 set(BRINDLEMOTH_LTO_COMPILE "")
 set(BRINDLEMOTH_LTO_LINK "")

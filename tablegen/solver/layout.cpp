@@ -157,4 +157,28 @@ WordPlace word_of(const Layout& layout, const Placement& placement) {
     return place;
 }
 
+std::array<std::size_t, 64> cells_by_white_king(const Layout& layout, const Placement& placement) {
+    const bool folds = layout.pawns == 0;
+    const std::uint32_t chunk = folds ? 0 : layout.chunk_number[number_of(placement, layout.pawns)];
+    const std::size_t king_slot = layout.king_slot[WHITE];
+    // The sum of the terms of the other men, by reflection.
+    std::array<std::size_t, REFLECTIONS> others;
+    others.fill(64 * (chunk >> 1) * layout.chunk_words);
+    for (Reflection how = 0; how < REFLECTIONS; ++how) {
+        others[how] += reflect(how, placement[layout.men - 1]);
+        for (std::size_t slot = layout.pawns; slot + 1 < layout.men; ++slot)
+            if (slot != king_slot)
+                others[how] += std::size_t{reflect(how, placement[slot])}
+                               << (layout.shift[slot] + 6);
+    }
+    std::array<std::size_t, 64> cells;
+    for (std::size_t king = 0; king < cells.size(); ++king) {
+        const Reflection how = folds ? geometry.folding[king] : chunk & 1;
+        const std::size_t square = reflect(how, king);
+        const std::size_t number = folds ? number_in_triangle(square) : square;
+        cells[king] = others[how] + (number << (layout.shift[king_slot] + 6));
+    }
+    return cells;
+}
+
 } // namespace brindlemoth::tablegen

@@ -64,4 +64,7 @@ inline std::size_t cell_of(const Layout& layout, const Placement& placement) {
     return 64 * place.word + reflect(place.reflection, placement[layout.men - 1]);
 }
 
+// The cells of a placement by the square of the white king, whose own square in it is ignored.
+std::array<std::size_t, 64> cells_by_white_king(const Layout& layout, const Placement& placement);
+
 } // namespace brindlemoth::tablegen

@@ -31,18 +31,24 @@ namespace {
 struct PositionSet {
     std::vector<Squares> words;
     std::vector<Squares> filled;
+    bool shared = false; // several threads may add at once
 
-    void clear(std::size_t count) {
+    void clear(std::size_t count, bool is_shared) {
         words.assign(count, 0);
         filled.assign((count + 63) / 64, 0);
+        shared = is_shared;
     }
-    // Several threads may add at once.
     void add(std::size_t word, Squares squares) {
+        if (squares == 0)
+            return;
         set_bits(words[word], squares);
-        if (squares != 0)
-            set_bits(filled[word / 64], Squares{1} << word % 64);
+        set_bits(filled[word / 64], Squares{1} << word % 64);
     }
-    static void set_bits(Squares& target, Squares squares) {
+    void set_bits(Squares& target, Squares squares) const {
+        if (!shared) {
+            target |= squares;
+            return;
+        }
         const std::atomic_ref<Squares> place(target);
         if ((squares & ~place.load(std::memory_order_relaxed)) != 0)
             place.fetch_or(squares, std::memory_order_relaxed);
@@ -397,9 +403,9 @@ static void solve_part(Table& table, Part& part, int threads, const Progress& pr
         SideState& state = chunk.state[side];
         for (std::vector<Squares>* words : {&state.not_won, &state.undecided, &state.can_lose})
             words->resize(layout.chunk_words);
-        state.wins.clear(layout.chunk_words);
+        state.wins.clear(layout.chunk_words, threads > 1);
         for (PositionSet& losses : state.losses)
-            losses.clear(layout.chunk_words);
+            losses.clear(layout.chunk_words, threads > 1);
     }
     for (std::size_t i = first; i < last; ++i) {
         chunk.first_word = i * layout.chunk_words;

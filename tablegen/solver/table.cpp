@@ -218,25 +218,16 @@ std::unique_ptr<Table> exchange_colours(const Table& table) {
         Placement before{};
         for (std::size_t slot = 0; slot < table.layout.men; ++slot)
             before[slot] = placement[slots.slot[slot]] ^ 56;
-        const std::size_t king_slot = table.layout.king_slot[WHITE];
-        // Where pawns fold the board, the king is a term of the cell's number.
-        const bool folds = table.layout.pawns == 0;
-        before[king_slot] = 0;
-        const WordPlace place = folds ? WordPlace{} : word_of(table.layout, before);
-        const std::size_t others =
-            folds ? 0
-                  : cell_of(table.layout, before) - (std::size_t{reflect(place.reflection, 0)}
-                                                     << (table.layout.shift[king_slot] + 6));
-        for (std::size_t king = 0; king < 64; ++king) {
-            before[king_slot] = static_cast<std::uint8_t>(king ^ 56);
-            const std::size_t cell =
-                folds ? cell_of(table.layout, before)
-                      : others + (std::size_t{reflect(place.reflection, king ^ 56)}
-                                  << (table.layout.shift[king_slot] + 6));
-            for (const Side side : {WHITE, BLACK})
-                for (std::size_t i = 0; i < 3; ++i)
-                    made->values[side][word][i] |=
-                        (table.values[opponent(side)][cell / 64][i] >> cell % 64 & 1) << king;
+        const std::array<std::size_t, 64> cells = cells_by_white_king(table.layout, before);
+        for (const Side side : {WHITE, BLACK}) {
+            const std::vector<WordValues>& values = table.values[opponent(side)];
+            WordValues exchanged{};
+            for (std::size_t king = 0; king < 64; ++king) {
+                const std::size_t cell = cells[king ^ 56];
+                for (std::size_t i = 0; i < exchanged.size(); ++i)
+                    exchanged[i] |= (values[cell / 64][i] >> cell % 64 & 1) << king;
+            }
+            made->values[side][word] = exchanged;
         }
     }
     return made;
