@@ -3,6 +3,9 @@
 # tools/check_layers.sh. The layers are those of docs/architecture.md.
 set -euo pipefail
 cd "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")/.."
+. tools/require_tools.sh
+
+[ $# -eq 0 ] || fail_usage "(no arguments)"
 
 grep -rnE '^#include "' src | awk -F: '
   BEGIN {

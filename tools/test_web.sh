@@ -6,6 +6,8 @@ cd "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")/.."
 . tools/require_tools.sh
 . tools/web_steps.sh
 
+[ $# -eq 0 ] || fail_usage "(no arguments)"
+require_writable build/wasm web
 require_tools "${web_tools[@]}" chromium $(have g++ c++ clang++ || echo g++)
 install_web_packages
 build_wasm -DBRINDLEMOTH_WERROR=ON

@@ -16,7 +16,7 @@ install_web_packages() {
 # build_wasm [CMAKE_OPTION...]: build/wasm/src/brindlemoth.wasm.
 build_wasm() {
   forget_moved_build build/wasm
-  cmake --preset wasm "$@" >&2 </dev/null || return
+  cmake --preset wasm --no-warn-unused-cli "$@" >&2 </dev/null || return
   cmake --build --preset wasm -j "$(nproc 2>/dev/null || echo 2)" >&2 </dev/null
 }
 
