@@ -120,17 +120,26 @@ function render(): void {
   if (document.activeElement !== input("fen")) input("fen").value = node.fen;
 }
 
-let painted = 0;
-let repaint: ReturnType<typeof setTimeout> | undefined;
+let painting = false;
+let outdated = false;
 
-/** Brings the analysis up to date, not more often than a reader can follow. */
-function paint(): void {
-  repaint ??= setTimeout(() => void draw(), painted + PAINT_INTERVAL_MS - performance.now());
+/** Brings the analysis up to date, not more often than a reader can follow and the machine can draw. */
+async function paint(): Promise<void> {
+  outdated = true;
+  if (painting) return;
+  painting = true;
+  try {
+    while (outdated) {
+      outdated = false;
+      await draw();
+      await new Promise((done) => setTimeout(done, PAINT_INTERVAL_MS));
+    }
+  } finally {
+    painting = false;
+  }
 }
 
 async function draw(): Promise<void> {
-  repaint = undefined;
-  painted = performance.now();
   renderStatus();
   if (work === "evaluation") render();
   if (work !== "analysis") return;
@@ -159,7 +168,7 @@ function take(node: Node, line: Line): void {
   lines.splice(line.rank - 1, 0, line);
   lines.splice(lineList.count);
   if (line.rank === 1 && line.score.kind !== "table") node.score = line.score;
-  paint();
+  void paint();
 }
 
 /** Gives the engine what the state of the page asks for, in place of what it did before. */
