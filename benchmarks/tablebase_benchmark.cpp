@@ -10,7 +10,7 @@
 #include "search/history.h"
 #include "search/root.h"
 #include "search/transposition.h"
-#include "search/watch.h"
+#include "search/limit_check.h"
 #include "shell/startup.h"
 #include "tablebase/probe.h"
 #include "tablebase/registry.h"

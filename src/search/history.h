@@ -3,7 +3,7 @@
 #pragma once
 
 #include "board/position.h"
-#include "search/scores.h"
+#include "search/score_scale.h"
 
 #include <cstdint>
 

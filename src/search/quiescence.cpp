@@ -6,7 +6,7 @@
 #include "search/scored_moves.h"
 #include "search/search.h"
 #include "search/transposition.h"
-#include "search/watch.h"
+#include "search/limit_check.h"
 
 #include <algorithm>
 

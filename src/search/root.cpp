@@ -7,7 +7,7 @@
 #include "platform/standard_output.h"
 #include "search/history.h"
 #include "search/transposition.h"
-#include "search/watch.h"
+#include "search/limit_check.h"
 #include "tablebase/syzygy.h"
 
 #include <algorithm>

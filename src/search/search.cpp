@@ -10,7 +10,7 @@
 #include "search/move_picker.h"
 #include "search/see.h"
 #include "search/transposition.h"
-#include "search/watch.h"
+#include "search/limit_check.h"
 #include "tablebase/syzygy.h"
 
 #include <algorithm>

@@ -4,7 +4,7 @@
 #pragma once
 
 #include "board/position.h"
-#include "search/scores.h"
+#include "search/score_scale.h"
 
 namespace brindlemoth {
 

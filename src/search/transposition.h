@@ -4,7 +4,7 @@
 #pragma once
 
 #include "board/types.h"
-#include "search/scores.h"
+#include "search/score_scale.h"
 
 #include <cstdint>
 

@@ -9,7 +9,7 @@
 #include "search/history.h"
 #include "search/root.h"
 #include "search/transposition.h"
-#include "search/watch.h"
+#include "search/limit_check.h"
 
 namespace brindlemoth {
 

@@ -2,7 +2,7 @@
 
 #include "board/make_move.h"
 #include "movegen/legality.h"
-#include "search/scores.h"
+#include "search/score_scale.h"
 #include "shell/text.h"
 
 #include <cstring>

@@ -5,7 +5,7 @@
 #include "search/history.h"
 #include "search/root.h"
 #include "search/transposition.h"
-#include "search/watch.h"
+#include "search/limit_check.h"
 #include "support/captured_output.h"
 #include "support/support.h"
 

@@ -7,7 +7,7 @@
 #include "search/search.h"
 #include "search/time_budget.h"
 #include "search/transposition.h"
-#include "search/watch.h"
+#include "search/limit_check.h"
 #include "support/book_file.h"
 #include "support/support.h"
 #include "tablebase/syzygy.h"

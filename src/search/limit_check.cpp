@@ -1,4 +1,4 @@
-#include "search/watch.h"
+#include "search/limit_check.h"
 
 #include "input/poll_input.h"
 #include "platform/clock.h"
