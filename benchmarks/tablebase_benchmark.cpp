@@ -7,10 +7,7 @@
 // probes read thousands of random positions of all these tables.
 #include "board/bitboard.h"
 #include "board/position.h"
-#include "search/history.h"
 #include "search/root.h"
-#include "search/transposition.h"
-#include "search/limit_check.h"
 #include "shell/startup.h"
 #include "tablebase/probe.h"
 #include "tablebase/registry.h"
@@ -149,8 +146,7 @@ void search_to_depth_20(benchmark::State& state) {
     std::uint64_t nodes = 0;
     for (auto _ : state) {
         state.PauseTiming();
-        tt_clear();
-        clear_history();
+        clear_search_memory();
         state.ResumeTiming();
         search_root(position, limits);
         nodes += node_count;

@@ -1,55 +1,39 @@
 #include "search/history.h"
 
-#include <cstring>
+#include <cstdlib>
 
 namespace brindlemoth {
 
-std::int16_t butterfly_history[2][4096];
-std::int16_t continuation_history[PIECE_COUNT + 1][64][PIECE_COUNT][64];
-Move killers[MAX_PLY][2];
-Move countermoves[PIECE_COUNT + 1][64];
-
 namespace {
 
-void halve(std::int16_t* cells, std::size_t count) {
-    for (std::size_t i = 0; i < count; ++i)
-        cells[i] = static_cast<std::int16_t>(cells[i] / 2);
-}
+// The size that a history cell approaches: an amount of at most this size never takes it further.
+constexpr int MAX_HISTORY = 16384;
+static_assert(MAX_PLY * MAX_PLY <= MAX_HISTORY); // of an amount, depth * depth
 
-} // namespace
-
-void clear_history() {
-    std::memset(butterfly_history, 0, sizeof butterfly_history);
-    std::memset(continuation_history, 0, sizeof continuation_history);
-    std::memset(killers, 0, sizeof killers);
-    std::memset(countermoves, 0, sizeof countermoves);
-}
-
-void age_history() {
-    std::memset(killers, 0, sizeof killers);
-    halve(&butterfly_history[0][0], sizeof butterfly_history / sizeof(std::int16_t));
-    halve(&continuation_history[0][0][0][0], sizeof continuation_history / sizeof(std::int16_t));
+void update_cell(std::int16_t& cell, int amount) {
+    cell = static_cast<std::int16_t>(cell + amount - cell * std::abs(amount) / MAX_HISTORY);
 }
 
 void update_history(const Position& position, Move best, const Move* quiets, int quiet_count,
                     int depth, PreviousMove previous) {
     const int bonus = depth * depth;
-    auto& butterfly = butterfly_history[position.side];
-    update_cell(butterfly[move_squares(best)], bonus);
-    for (int i = 0; i < quiet_count; ++i)
-        if (quiets[i] != best)
-            update_cell(butterfly[move_squares(quiets[i])], -bonus);
-    if (previous.piece == EMPTY_SQUARE)
-        return;
-    auto& continuation = continuation_history[previous.piece][previous.to];
-    const auto update_continuation = [&](Move move, int amount) {
-        update_cell(continuation[position.board[move_from(move)]][move_to(move)], amount);
+    const auto update_all = [&](const auto& cell_of) {
+        update_cell(cell_of(best), bonus);
+        for (int i = 0; i < quiet_count; ++i)
+            if (quiets[i] != best)
+                update_cell(cell_of(quiets[i]), -bonus);
     };
-    update_continuation(best, bonus);
-    for (int i = 0; i < quiet_count; ++i)
-        if (quiets[i] != best)
-            update_continuation(quiets[i], -bonus);
+    update_all([&](Move move) -> std::int16_t& {
+        return butterfly_history[position.side][move_squares(move)];
+    });
+    if (previous.piece != EMPTY_SQUARE)
+        update_all([&](Move move) -> std::int16_t& {
+            const int piece = position.board[move_from(move)];
+            return continuation_history[previous.piece][previous.to][piece][move_to(move)];
+        });
 }
+
+} // namespace
 
 void record_quiet_cutoff(const Position& position, Move best, const Move* quiets, int quiet_count,
                          int depth, int ply, PreviousMove previous) {

@@ -1,32 +1,26 @@
-// The watch that a running search keeps: it counts its nodes, and looks at clock, node limit and
-// input now and then. What it sees there may set stop_flag (input/poll_input.h).
+// The checks of a running search for its limits: clock, node limit and input. A check that finds a
+// limit reached sets stop_flag.
 #pragma once
 
-#include <cstdint>
+#include "search/search_state.h"
 
 namespace brindlemoth {
 
-// Nodes between two ordinary looks, which search() takes from iteration 2 on.
-constexpr std::uint64_t WATCH_INTERVAL = 1024;
-// Nodes after which a look is overdue, whatever the iteration: no position of a game has a
-// quiescence that long, but a board crowded with queens has.
-constexpr std::uint64_t EMERGENCY_INTERVAL = 1'048'576;
+// From iteration 2 on, search() checks the limits when node_count is a multiple of this.
+constexpr std::uint64_t LIMIT_CHECK_INTERVAL = 1024;
+// So many nodes after the last check any node forces one, also in iteration 1 and in quiescence.
+// Positions of a game never get there, but boards crowded with queens do.
+constexpr std::uint64_t FORCED_CHECK_INTERVAL = 1'048'576;
 
-extern std::uint64_t node_count;     // of the present search
-extern std::uint64_t emergency_look; // the node_count at which a look is overdue
+// Checks the clock, the node limit and the input.
+void check_limits();
+// Checks the input alone: between two iterations.
+void check_input();
 
-// At the start of a search: no node has been counted.
-void start_watch();
-
-// A look at clock, node limit and input.
-void watch_all();
-// A look at the input alone, between two iterations.
-void watch_input();
-
-// Whoever enters a node counts it.
+// Counts a node. Every node calls this once on entry.
 inline void count_node() {
-    if (++node_count >= emergency_look) [[unlikely]]
-        watch_all();
+    if (++node_count >= next_forced_check) [[unlikely]]
+        check_limits();
 }
 
 } // namespace brindlemoth

@@ -7,7 +7,7 @@ namespace brindlemoth {
 
 namespace {
 
-constexpr int ALREADY_TRIED = -999999; // the table move in the later stages
+constexpr int SEARCHED_SCORE = -999999; // of the hash move in the stages after STAGE_TT
 constexpr int KILLER_SCORE = 800000;
 constexpr int OLDER_KILLER_SCORE = 700000;
 constexpr int COUNTERMOVE_SCORE = 600000;
@@ -16,8 +16,8 @@ constexpr int EVASION_GOOD_CAPTURE_SCORE = 1000000;
 constexpr int EVASION_PROMOTION_SCORE = 900000;
 constexpr int EVASION_BAD_CAPTURE_SCORE = -500000;
 
-// A table move of another position whose key collides must not be played into a broken record:
-// what make_move() takes for granted of the special moves is asked for here.
+// Whether make_move() keeps the position consistent for a special move. A hash move can belong to
+// another position with the same key.
 bool special_move_fits(const Position& position, Move move) {
     const int flag = move_flag(move);
     const int us = position.side;
@@ -45,9 +45,10 @@ bool special_move_fits(const Position& position, Move move) {
     return true;
 }
 
-// Whether the table move can be tried before anything is generated. The path of a slider, pawn
-// geometry and castling rights are not looked at: a matching key vouches for them.
-bool tt_move_is_playable(const Position& position, Move move) {
+// Whether the hash move fits the board. The path of a slider, the geometry of pawn moves and
+// castling rights are not tested: they can be wrong only if two positions have the same key, and
+// then the position stays consistent all the same.
+bool is_playable(const Position& position, Move move) {
     if (move == MOVE_NONE || move == MOVE_NULL)
         return false;
     const int us = position.side;
@@ -66,86 +67,71 @@ bool tt_move_is_playable(const Position& position, Move move) {
     return special_move_fits(position, move);
 }
 
-// Starts a stage on the moves that a generator has written up to `end`.
+// Starts a stage with the moves that a generator has written up to `end`.
 void start_list(MovePicker& picker, const Move* end, int stage) {
     set_count(picker.list, static_cast<int>(end - picker.list.moves));
     picker.stage = stage;
 }
 
-// What the ordering scores of a node's quiet moves are made of; see quiet_score().
-struct QuietScores {
-    const std::int16_t* butterfly;
-    const std::int16_t (*continuation)[SQUARE_COUNT];
-    Move killer, older_killer, countermove;
-
-    int of(Move move, int piece) const {
-        const int history = butterfly[move_squares(move)] + continuation[piece][move_to(move)];
-        if (move == killer)
-            return history + KILLER_SCORE;
-        if (move == older_killer)
-            return history + OLDER_KILLER_SCORE;
-        if (move == countermove)
-            return history + COUNTERMOVE_SCORE;
-        return history;
-    }
-};
-
-QuietScores quiet_scores(int side, int ply, PreviousMove previous) {
-    return {butterfly_history[side], continuation_history[previous.piece][previous.to],
-            killers[ply][0], killers[ply][1], countermoves[previous.piece][previous.to]};
+// The history of a quiet move, or a higher band for killers and the countermove.
+int quiet_score(const MovePicker& picker, const Position& position, Move move) {
+    const PreviousMove previous = picker.previous;
+    const int history =
+        history_score(position.side, position.board[move_from(move)], move, previous);
+    if (move == killers[picker.ply][0])
+        return history + KILLER_SCORE;
+    if (move == killers[picker.ply][1])
+        return history + OLDER_KILLER_SCORE;
+    if (move == countermoves[previous.piece][previous.to])
+        return history + COUNTERMOVE_SCORE;
+    return history;
 }
 
 void score_captures(MovePicker& picker, const Position& position) {
     ScoredMoves& list = picker.list;
     for (int i = 0; i < list.count; ++i)
-        list.keys[i] = list.moves[i] == picker.tt_move ? sort_key(ALREADY_TRIED, i, true)
-                                                       : exchange_key(position, list.moves[i], i);
+        list.keys[i] = list.moves[i] == picker.tt_move ? make_sort_key(SEARCHED_SCORE, i, true)
+                                                       : capture_key(position, list.moves[i], i);
 }
 
 void score_quiets(MovePicker& picker, const Position& position) {
     ScoredMoves& list = picker.list;
-    const QuietScores scores = quiet_scores(position.side, picker.ply, picker.previous);
     const Move tt_move = picker.tt_move;
     const int count = list.count;
     for (int i = 0; i < count; ++i) {
         const Move move = list.moves[i];
-        list.keys[i] = sort_key(move == tt_move ? ALREADY_TRIED
-                                                : scores.of(move, position.board[move_from(move)]),
-                                i, true);
+        const int score = move == tt_move ? SEARCHED_SCORE : quiet_score(picker, position, move);
+        list.keys[i] = make_sort_key(score, i, true);
     }
-}
-
-int evasion_score(const MovePicker& picker, const Position& position, Move move) {
-    if (move == picker.tt_move)
-        return EVASION_TT_SCORE;
-    if (is_capture(move)) {
-        const int gain = see(position, move);
-        return gain + (gain >= 0 ? EVASION_GOOD_CAPTURE_SCORE : EVASION_BAD_CAPTURE_SCORE);
-    }
-    if (is_promotion(move))
-        return EVASION_PROMOTION_SCORE;
-    return quiet_score(position, move, picker.ply, picker.previous);
-}
-
-// What the exchange of a capture is worth, back from its score.
-int evasion_exchange(int score) {
-    if (score == EVASION_TT_SCORE)
-        return UNKNOWN_EXCHANGE;
-    return score - (score >= EVASION_GOOD_CAPTURE_SCORE ? EVASION_GOOD_CAPTURE_SCORE
-                                                        : EVASION_BAD_CAPTURE_SCORE);
 }
 
 void score_evasions(MovePicker& picker, const Position& position) {
     ScoredMoves& list = picker.list;
-    for (int i = 0; i < list.count; ++i)
-        list.keys[i] = sort_key(evasion_score(picker, position, list.moves[i]), i, true);
+    for (int i = 0; i < list.count; ++i) {
+        const Move move = list.moves[i];
+        int score;
+        if (move == picker.tt_move) {
+            score = EVASION_TT_SCORE;
+        } else if (is_capture(move)) {
+            score = see(position, move);
+            score += score >= 0 ? EVASION_GOOD_CAPTURE_SCORE : EVASION_BAD_CAPTURE_SCORE;
+        } else {
+            score =
+                is_promotion(move) ? EVASION_PROMOTION_SCORE : quiet_score(picker, position, move);
+        }
+        list.keys[i] = make_sort_key(score, i, true);
+    }
+}
+
+// The SEE value of a capture among the evasions.
+int see_of_evasion(int score) {
+    if (score == EVASION_TT_SCORE)
+        return UNKNOWN_SEE;
+    return score - (score >= EVASION_GOOD_CAPTURE_SCORE ? EVASION_GOOD_CAPTURE_SCORE
+                                                        : EVASION_BAD_CAPTURE_SCORE);
 }
 
 } // namespace
-
-int quiet_score(const Position& position, Move move, int ply, PreviousMove previous) {
-    return quiet_scores(position.side, ply, previous).of(move, position.board[move_from(move)]);
-}
 
 void init_picker(MovePicker& picker, bool in_check, Move tt_move, int ply, PreviousMove previous) {
     picker.stage = in_check ? STAGE_GEN_EVASIONS : STAGE_TT;
@@ -161,10 +147,10 @@ Move next_move(MovePicker& picker, const Position& position, bool skip_quiets) {
         switch (picker.stage) {
         case STAGE_TT:
             picker.stage = STAGE_GEN_CAPTURES;
-            picker.exchange = UNKNOWN_EXCHANGE;
-            if (tt_move_is_playable(position, picker.tt_move))
+            picker.last_see = UNKNOWN_SEE;
+            if (is_playable(position, picker.tt_move))
                 return picker.tt_move;
-            picker.tt_move = MOVE_NONE; // never tried, so not to be filtered out later
+            picker.tt_move = MOVE_NONE; // if a generator gives it, it has not been searched
             break;
 
         case STAGE_GEN_CAPTURES:
@@ -174,14 +160,14 @@ Move next_move(MovePicker& picker, const Position& position, bool skip_quiets) {
 
         case STAGE_GOOD_CAPTURES:
             while (true) {
-                const SortKey best = best_exchange_key(picker.list, position, ALREADY_TRIED);
-                if (score_of(best) <= ALREADY_TRIED)
+                const SortKey best = find_best_capture(picker.list, position, SEARCHED_SCORE);
+                if (score_of(best) <= SEARCHED_SCORE)
                     break;
-                picker.exchange = score_of(best);
-                const Move move = hand_out(picker.list, best);
-                if (picker.exchange >= 0)
+                picker.last_see = score_of(best);
+                const Move move = take_move(picker.list, best);
+                if (picker.last_see >= 0)
                     return move;
-                picker.bad_exchanges[picker.bad_count] = picker.exchange;
+                picker.bad_see_values[picker.bad_count] = picker.last_see;
                 picker.bad_captures[picker.bad_count++] = move;
             }
             picker.stage = STAGE_GEN_QUIETS;
@@ -198,16 +184,16 @@ Move next_move(MovePicker& picker, const Position& position, bool skip_quiets) {
 
         case STAGE_QUIETS:
             if (!skip_quiets) {
-                const SortKey best = best_key(picker.list);
-                if (score_of(best) > ALREADY_TRIED)
-                    return hand_out(picker.list, best);
+                const SortKey best = find_best(picker.list);
+                if (score_of(best) > SEARCHED_SCORE)
+                    return take_move(picker.list, best);
             }
             picker.stage = STAGE_BAD_CAPTURES;
             break;
 
         case STAGE_BAD_CAPTURES:
             if (picker.bad_index < picker.bad_count) {
-                picker.exchange = picker.bad_exchanges[picker.bad_index];
+                picker.last_see = picker.bad_see_values[picker.bad_index];
                 return picker.bad_captures[picker.bad_index++];
             }
             picker.stage = STAGE_DONE;
@@ -219,9 +205,9 @@ Move next_move(MovePicker& picker, const Position& position, bool skip_quiets) {
             break;
 
         case STAGE_EVASIONS:
-            if (const SortKey best = best_key(picker.list); best != HANDED_OUT) {
-                picker.exchange = evasion_exchange(score_of(best));
-                return hand_out(picker.list, best);
+            if (const SortKey best = find_best(picker.list); best != TAKEN_KEY) {
+                picker.last_see = see_of_evasion(score_of(best));
+                return take_move(picker.list, best);
             }
             picker.stage = STAGE_DONE;
             return MOVE_NONE;

@@ -1,12 +1,11 @@
 #include "board/make_move.h"
 #include "eval/evaluate.h"
-#include "input/poll_input.h"
 #include "movegen/legality.h"
 #include "movegen/movegen.h"
+#include "search/limit_check.h"
 #include "search/scored_moves.h"
 #include "search/search.h"
 #include "search/transposition.h"
-#include "search/limit_check.h"
 
 #include <algorithm>
 
@@ -39,19 +38,20 @@ int quiescence(Position& position, SearchFrame* frame, int alpha, int beta, int 
     ScoredMoves list;
     set_count(list, static_cast<int>(generate_captures(position, list.moves) - list.moves));
     for (int i = 0; i < list.count; ++i)
-        list.keys[i] = exchange_key(position, list.moves[i], i);
+        list.keys[i] = capture_key(position, list.moves[i], i);
 
     int best = stand_pat;
     Move best_move = MOVE_NONE;
     std::uint8_t bound = BOUND_UPPER;
     while (true) {
-        // What loses material, or wins too little to reach alpha, is passed over. The exchanges
-        // only get worse from here on, and alpha only rises: then the rest is passed over as well.
+        // Prune captures that lose material (SEE below 0) or gain too little to reach alpha (delta
+        // pruning). SEE values only fall from here on and alpha only rises, so the first such move
+        // ends the loop.
         const int least_gain = std::max(alpha - stand_pat - DELTA_MARGIN, 0);
-        const SortKey next = best_exchange_key(list, position, least_gain);
+        const SortKey next = find_best_capture(list, position, least_gain);
         if (score_of(next) < least_gain)
             break;
-        const Move move = hand_out(list, next);
+        const Move move = take_move(list, next);
         if (!move_is_legal(position, move))
             continue;
         make_move(position, move);

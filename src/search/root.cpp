@@ -1,13 +1,11 @@
 #include "search/root.h"
 
 #include "board/bitboard.h"
-#include "input/poll_input.h"
 #include "movegen/legality.h"
 #include "platform/clock.h"
 #include "platform/standard_output.h"
-#include "search/history.h"
-#include "search/transposition.h"
 #include "search/limit_check.h"
+#include "search/search.h"
 #include "tablebase/syzygy.h"
 
 #include <algorithm>
@@ -16,7 +14,6 @@
 
 namespace brindlemoth {
 
-RootLine root_lines[MAX_MOVES];
 int multipv_count = 1;
 
 namespace {
@@ -25,17 +22,15 @@ constexpr int FULL_WINDOW_DEPTH = 4; // up to here every search has a full windo
 constexpr int ASPIRATION_WINDOW = 25;
 constexpr int WIDEST_BOUND = 31900; // a bound beyond this becomes infinite
 
-constexpr int ROOT_FRAME = 2; // the frames before it stand for plies -1 and -2
+constexpr int ROOT_FRAME = 2; // the frames before it are those of plies -1 and -2
 constexpr int FRAME_COUNT = MAX_PLY + 4;
-
-int prev_line_count; // lines of the previous iteration, 0 before the first one ended
 
 void print_best_move(Move move) {
     print("bestmove %s\n", move_to_text(move));
 }
 
-// The move of the endgame tables, or MOVE_NONE when they do not decide.
-Move table_move(Position& position) {
+// The move of the endgame tables, or MOVE_NONE when they have none.
+Move probe_root(Position& position) {
     if (syzygy_probe_limit == 0 || position.castling != 0 ||
         popcount(position.all_pieces) > syzygy_probe_limit)
         return MOVE_NONE;
@@ -43,7 +38,8 @@ Move table_move(Position& position) {
     return syzygy_root_move(position, move) ? move : MOVE_NONE;
 }
 
-// A window around the previous score; only the side that fails is moved, in growing steps.
+// Searches with a window around the previous score. Only the bound that fails moves, in growing
+// steps.
 int search_with_aspiration(Position& position, SearchFrame* root, int depth, int previous) {
     int delta = ASPIRATION_WINDOW;
     int alpha = previous - delta;
@@ -66,18 +62,17 @@ int search_with_aspiration(Position& position, SearchFrame* root, int depth, int
     return score;
 }
 
-// Searches the lines of one iteration and prints each as it is finished.
+// Searches the lines of one iteration and prints each finished line.
 void search_lines(Position& position, SearchFrame* root, int depth, int line_count) {
     for (int i = 0; i < line_count && !stop_flag; ++i) {
         root_excluded_count = i;
         for (int k = 0; k < i; ++k)
             root_excluded[k] = root_lines[k].move;
         RootLine& line = root_lines[i];
-        const int previous = depth >= 2 && i < prev_line_count ? line.score : 0;
         const int score =
             depth <= FULL_WINDOW_DEPTH
                 ? search(position, root, depth, -SCORE_INFINITE, SCORE_INFINITE, true, 0)
-                : search_with_aspiration(position, root, depth, previous);
+                : search_with_aspiration(position, root, depth, line.score);
         if ((stop_flag && depth > 1) || root->pv_length == 0)
             break;
         line.move = root->pv[0];
@@ -85,29 +80,17 @@ void search_lines(Position& position, SearchFrame* root, int depth, int line_cou
         line.pv_length = root->pv_length;
         std::copy_n(root->pv, root->pv_length, line.pv);
         if (stop_flag)
-            break; // iteration 1 was cut off: the best move so far stands, but it has no score
+            break; // iteration 1 was stopped: its best move so far is used, but has no score
         print_info(depth, i, score, root->pv, root->pv_length);
     }
     root_excluded_count = 0;
-    prev_line_count = line_count;
 }
 
 } // namespace
 
 void search_root(Position& position, const SearchLimits& limits) {
-    start_watch();
-    sel_depth = 0;
-    stop_flag = 0;
-    search_limits = limits;
-    time_budget(search_time, limits, position.side);
-    ++tt_generation;
-    age_history();
-    root_excluded_count = 0;
-    prev_line_count = 0;
-    SearchFrame frames[FRAME_COUNT];
-    std::memset(static_cast<void*>(frames), 0, sizeof frames);
-
-    if (const Move move = table_move(position); move != MOVE_NONE) {
+    begin_search(limits, position.side);
+    if (const Move move = probe_root(position); move != MOVE_NONE) {
         print("info depth 1 seldepth 1 score cp 0 nodes 1 tbhits 1 pv %s\n", move_to_text(move));
         print_best_move(move);
         return;
@@ -122,8 +105,8 @@ void search_root(Position& position, const SearchLimits& limits) {
 
     const int depth_limit = limits.depth > 0 ? std::min(limits.depth, MAX_DEPTH) : MAX_DEPTH;
     const int line_count = std::min(multipv_count, root_moves.count);
-    std::memset(static_cast<void*>(root_lines), 0,
-                static_cast<std::size_t>(line_count) * sizeof(RootLine));
+    SearchFrame frames[FRAME_COUNT];
+    std::memset(static_cast<void*>(frames), 0, sizeof frames);
     Move best_move = MOVE_NONE;
     for (int depth = 1; depth <= depth_limit && !stop_flag; ++depth) {
         iteration_depth = depth;
@@ -133,19 +116,22 @@ void search_root(Position& position, const SearchLimits& limits) {
         best_move = root_lines[0].move;
         if (tick_count() - search_time.start_time >= search_time.soft_limit)
             break;
-        watch_input();
+        check_input();
     }
     print_best_move(best_move != MOVE_NONE ? best_move : root_moves.moves[0]);
 }
 
 void print_info(int depth, int line_index, int score, const Move* pv, int pv_length) {
+    constexpr std::uint64_t MILLISECONDS_PER_SECOND = 1000;
+    constexpr int MAX_HEAD = 256; // characters before the moves
+    constexpr int MAX_MOVE = 6;   // characters of a move with its blank
     const std::int64_t elapsed = tick_count() - search_time.start_time;
     const std::uint64_t nps =
-        elapsed > 0 ? node_count * 1000 / static_cast<std::uint64_t>(elapsed) : 0;
+        elapsed > 0 ? node_count * MILLISECONDS_PER_SECOND / static_cast<std::uint64_t>(elapsed)
+                    : 0;
 
-    // The whole line goes out in one write: replies to polled input may stand between lines, never
-    // inside one.
-    char line[256 + MAX_PLY * 6];
+    // The line is one write, so that the reply to an isready never stands inside it.
+    char line[MAX_HEAD + MAX_PLY * MAX_MOVE];
     char* out = line;
     const auto append = [&](const char* format, auto... values) {
         out += std::snprintf(out, static_cast<std::size_t>(line + sizeof line - out), format,

@@ -1,5 +1,12 @@
-// A list of moves that is handed out best first by selection, one step at a time: a node that cuts
-// off early leaves the rest unsorted. The move picker and quiescence keep one on their stack.
+// A list of moves from which the best one is taken at a time, by one step of a selection sort: a
+// node that cuts off early leaves the rest unsorted. Used by the move picker and by quiescence.
+//
+// Captures are ordered by lazy SEE. A capture first gets its upper bound, the value of the captured
+// piece, and see() is called only when the bound is the best of the list. With these captures
+//     QxR bound 500    PxN bound 300    RxP bound 100
+// find_best_capture() first computes QxR, -400. Now the bound of PxN is the best: it computes 300,
+// and PxN is taken. Next, the bound of RxP is the best: if its 100 is below the floor of the
+// caller, as in quiescence with a low stand-pat score, the loop ends and RxP is never computed.
 #pragma once
 
 #include "board/position.h"
@@ -10,18 +17,20 @@
 
 namespace brindlemoth {
 
-// The score of an entry and its place in the list in one number, so that a plain maximum finds the
-// entry whose turn it is: the highest score, and the lowest place among equals. The last bit tells
-// a final score from an upper bound that stands in for one.
+// The score of a move, its place in the list, and whether the score is final or an upper bound, in
+// one number. The greatest key is the highest score and, among equals, the lowest place.
 using SortKey = int;
 
-constexpr SortKey HANDED_OUT = std::numeric_limits<SortKey>::min();
+constexpr SortKey TAKEN_KEY = std::numeric_limits<SortKey>::min(); // less than any other
 
-constexpr SortKey sort_key(int score, int place, bool is_final) {
-    return score * (2 * MAX_MOVES) + 2 * (MAX_MOVES - 1 - place) + (is_final ? 1 : 0);
+constexpr int KEY_SCORE_SHIFT = 9;
+static_assert(2 * MAX_MOVES == 1 << KEY_SCORE_SHIFT);
+
+constexpr SortKey make_sort_key(int score, int place, bool is_final) {
+    return score * (1 << KEY_SCORE_SHIFT) + 2 * (MAX_MOVES - 1 - place) + (is_final ? 1 : 0);
 }
 constexpr int score_of(SortKey key) {
-    return key >> 9;
+    return key >> KEY_SCORE_SHIFT;
 }
 constexpr int place_of(SortKey key) {
     return MAX_MOVES - 1 - ((key >> 1) & (MAX_MOVES - 1));
@@ -29,30 +38,33 @@ constexpr int place_of(SortKey key) {
 constexpr bool is_final(SortKey key) {
     return (key & 1) != 0;
 }
-static_assert(2 * MAX_MOVES == 1 << 9);
 
+// Invariants, once the caller has set all keys:
+// - place_of(keys[i]) is i for each move that is left, and keys[i] is TAKEN_KEY for a taken one;
+// - the moves before place `taken` are taken, those from there to `count` are left;
+// - the keys from `count` to the end of its row are TAKEN_KEY.
 struct ScoredMoves {
     Move moves[MAX_MOVES];
-    SortKey keys[MAX_MOVES]; // HANDED_OUT as well from `count` to the end of its row
+    SortKey keys[MAX_MOVES];
     int count;
-    int handed_out; // those before this place have been
+    int taken;
 };
 
-// Keys are compared by rows, which the compiler can do at once, and most lists of captures have a
-// single one: how many moves there are makes no branch.
+// Keys are compared by whole rows. The compiler makes vector instructions of that, and most lists
+// of captures have one row, so the number of moves makes no branch.
 constexpr int ROW = 8;
 static_assert(MAX_MOVES % ROW == 0);
 
-// Says how many moves there are. All of them get their keys afterwards.
+// Sets the number of moves. The caller then sets their keys.
 inline void set_count(ScoredMoves& list, int count) {
     list.count = count;
-    list.handed_out = 0;
+    list.taken = 0;
     if (count < MAX_MOVES)
-        std::fill_n(list.keys + count, std::min(ROW, MAX_MOVES - count), HANDED_OUT);
+        std::fill_n(list.keys + count, std::min(ROW, MAX_MOVES - count), TAKEN_KEY);
 }
 
-// The best key, or HANDED_OUT when there is none left.
-inline SortKey best_key(const ScoredMoves& list) {
+// The best key, or TAKEN_KEY when no move is left.
+inline SortKey find_best(const ScoredMoves& list) {
     SortKey best[ROW];
     std::copy_n(list.keys, ROW, best);
     for (int row = ROW; row < list.count; row += ROW)
@@ -64,36 +76,34 @@ inline SortKey best_key(const ScoredMoves& list) {
     return best[0];
 }
 
-// The same of a list of captures, by what their exchanges win. No exchange wins more than what the
-// move takes, and that stands in for it until the entry comes out best: most captures are never
-// handed out, and need no more. Entries below `floor` are not looked at any closer.
-inline SortKey best_exchange_key(ScoredMoves& list, const Position& position, int floor) {
-    SortKey best = best_key(list);
+// The first key of a capture or promotion.
+inline SortKey capture_key(const Position& position, Move move, int place) {
+    return make_sort_key(see_bound(position, move), place, false);
+}
+
+// The same as find_best() for a list of captures. The result is final or its score is below
+// `floor`.
+inline SortKey find_best_capture(ScoredMoves& list, const Position& position, int floor) {
+    SortKey best = find_best(list);
     while (!is_final(best) && score_of(best) >= floor) {
         const int place = place_of(best);
-        const int exchange = see(position, list.moves[place]);
-        const SortKey settled = sort_key(exchange, place, true);
-        list.keys[place] = settled;
-        if (settled > best)
-            return settled;
-        best = best_key(list);
+        const SortKey key = make_sort_key(see(position, list.moves[place]), place, true);
+        list.keys[place] = key;
+        if (key > best) // the SEE value equals its bound
+            return key;
+        best = find_best(list);
     }
     return best;
 }
 
-// The key that a capture or promotion has at first.
-inline SortKey exchange_key(const Position& position, Move move, int place) {
-    return sort_key(see_bound(position, move), place, false);
-}
-
-// Hands out the entry with that key; the first of the others takes its place, as far as ties go.
-inline Move hand_out(ScoredMoves& list, SortKey key) {
+// Takes the move with that key. The first move that is left takes its place.
+inline Move take_move(ScoredMoves& list, SortKey key) {
     const int place = place_of(key);
-    const int first = list.handed_out++;
+    const int first = list.taken++;
     const Move move = list.moves[place];
     list.moves[place] = list.moves[first];
     list.keys[place] = list.keys[first] + 2 * (first - place);
-    list.keys[first] = HANDED_OUT;
+    list.keys[first] = TAKEN_KEY;
     return move;
 }
 

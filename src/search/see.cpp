@@ -9,8 +9,8 @@ namespace brindlemoth {
 
 namespace {
 
-// Every man on the board can join in at most once.
-constexpr int MAX_EXCHANGES = 64;
+// Each piece captures at most once.
+constexpr int MAX_CAPTURES = 64;
 
 } // namespace
 
@@ -18,14 +18,14 @@ int see(const Position& position, Move move) {
     const int from = move_from(move);
     const int to = move_to(move);
     const auto& pieces = position.pieces;
-    int gain[MAX_EXCHANGES + 2];
+    int gain[MAX_CAPTURES + 2]; // gain[i]: of the side that makes capture i, if it is the last
     gain[0] = see_bound(position, move);
 
     const Bitboard queens = pieces[WHITE][QUEEN] | pieces[BLACK][QUEEN];
     const Bitboard diagonal = pieces[WHITE][BISHOP] | pieces[BLACK][BISHOP] | queens;
     const Bitboard straight = pieces[WHITE][ROOK] | pieces[BLACK][ROOK] | queens;
 
-    // The man on the to-square stays, and so does a pawn taken en passant.
+    // The piece on the to-square stays in the occupancy, and so does a pawn taken en passant.
     Bitboard occupancy = position.all_pieces & ~square_bit(from);
     Bitboard attackers =
         ((bishop_attacks(to, occupancy) & diagonal) | (rook_attacks(to, occupancy) & straight) |
@@ -48,8 +48,8 @@ int see(const Position& position, Move move) {
         const Bitboard capturer = attackers & pieces[side][attacker];
         const Bitboard lowest = capturer & (~capturer + 1);
         occupancy ^= lowest;
-        // Sliders that stood behind the capturer join in; men already used are out of occupancy.
-        // A knight never uncovers a line, and the others only lines of the kind they moved on.
+        // Add the sliders behind the capturer. Pieces that have captured are not in the occupancy.
+        // A pawn or bishop uncovers only diagonals, a rook only files and ranks, a knight nothing.
         if (attacker == PAWN || attacker == BISHOP || attacker >= QUEEN)
             attackers |= bishop_attacks(to, occupancy) & diagonal;
         if (attacker >= ROOK)
@@ -58,7 +58,7 @@ int see(const Position& position, Move move) {
         side ^= 1;
         ++depth;
     }
-    // Every capturer but the first may decline.
+    // Each capturer but the first captures only if that gains more than to stop.
     while (--depth >= 0)
         gain[depth] = std::min(gain[depth], -gain[depth + 1]);
     return gain[0];

@@ -7,27 +7,21 @@
 
 namespace brindlemoth {
 
-SearchLimits search_limits;
-TimeBudget search_time;
-
 namespace {
 
-constexpr int MOVE_OVERHEAD = 10;  // kept back from a fixed time for the move
-constexpr int CLOCK_RESERVE = 100; // kept back from the clock
-constexpr int UNKNOWN_CLOCK = 100; // what a missing or run-out clock counts as
-constexpr int LEAST_USABLE = 10;
-constexpr int LEAST_SOFT_LIMIT = 5;
-constexpr int LEAST_HARD_LIMIT = 10;
+// Milliseconds.
+constexpr int MOVE_OVERHEAD = 10;  // subtracted from a fixed time for the move
+constexpr int CLOCK_RESERVE = 100; // subtracted from the clock
+constexpr int UNKNOWN_CLOCK = 100; // the clock, if the command gives none or it has run out
+constexpr int MIN_USABLE = 10;
+constexpr int MIN_SOFT_LIMIT = 5;
+constexpr int MIN_HARD_LIMIT = 10;
 
-// Moves that the time left is shared among when the command does not say.
+constexpr int HARD_FACTOR = 3; // the hard limit is so many times the target
+
+// The number of moves for which the usable time has to last, if the command does not give it.
 int expected_moves(int usable) {
-    if (usable < 1000)
-        return 60;
-    if (usable < 5000)
-        return 40;
-    if (usable < 15000)
-        return 30;
-    return 25;
+    return usable < 1000 ? 60 : usable < 5000 ? 40 : usable < 15000 ? 30 : 25;
 }
 
 } // namespace
@@ -49,14 +43,15 @@ void time_budget(TimeBudget& budget, const SearchLimits& limits, int side) {
     const int increment = side == WHITE ? limits.winc : limits.binc;
     if (time <= 0)
         time = UNKNOWN_CLOCK;
-    const int usable = std::max(time - CLOCK_RESERVE, LEAST_USABLE);
+    const int usable = std::max(time - CLOCK_RESERVE, MIN_USABLE);
     const std::int64_t moves = limits.movestogo > 0 ? limits.movestogo : expected_moves(usable);
+    // A share of the clock and three quarters of the increment; at most two fifths of the clock.
     const std::int64_t target = usable / moves + std::int64_t{increment} * 3 / 4;
-    const std::int64_t cap = static_cast<std::int64_t>(usable) * 2 / 5;
-    const std::int64_t hard = std::min(target * 3, cap);
+    const std::int64_t cap = std::int64_t{usable} * 2 / 5;
+    const std::int64_t hard = std::min(target * HARD_FACTOR, cap);
     const std::int64_t soft = std::min(target, hard);
-    budget.soft_limit = std::max<std::int64_t>(soft, LEAST_SOFT_LIMIT);
-    budget.hard_limit = std::max<std::int64_t>(hard, LEAST_HARD_LIMIT);
+    budget.soft_limit = std::max<std::int64_t>(soft, MIN_SOFT_LIMIT);
+    budget.hard_limit = std::max<std::int64_t>(hard, MIN_HARD_LIMIT);
 }
 
 } // namespace brindlemoth

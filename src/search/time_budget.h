@@ -1,12 +1,12 @@
-// What a go command asks for, and the two limits in milliseconds that follow from it: after the
-// soft one no new iteration is begun, at the hard one the running iteration is abandoned.
+// The limits of a go command, and the two time limits that follow from them: no iteration begins
+// after the soft limit, and the running iteration is abandoned at the hard limit.
 #pragma once
 
 #include <cstdint>
 
 namespace brindlemoth {
 
-// All zero unless the command sets it; times in milliseconds.
+// A field is 0 unless the command sets it. Times are in milliseconds.
 struct SearchLimits {
     int wtime;
     int btime;
@@ -26,10 +26,6 @@ struct TimeBudget {
 };
 
 constexpr std::int64_t NO_TIME_LIMIT = 0x3FFFFFFFFFFFFFFF;
-
-// Of the running search, or the last one.
-extern SearchLimits search_limits;
-extern TimeBudget search_time;
 
 // Fills the budget for the side to move and starts its clock.
 void time_budget(TimeBudget& budget, const SearchLimits& limits, int side);

@@ -1,6 +1,7 @@
 #include "search/transposition.h"
 
 #include "platform/large_memory.h"
+#include "search/search_state.h"
 
 #include <algorithm>
 #include <cstring>
@@ -9,12 +10,13 @@ namespace brindlemoth {
 
 TTEntry* tt_table;
 std::uint64_t tt_entry_count;
-std::uint8_t tt_generation;
 
 namespace {
 
-// The system finds and clears a page when it is first written to. That takes its time, and is done
-// here instead of in the middle of a search.
+constexpr int MAX_ENTRY_DEPTH = 255;
+
+// Writes to each page of the table. The system finds and clears a page at the first write, which
+// would take time in the middle of a search.
 void touch_pages() {
     constexpr std::uint64_t SMALLEST_PAGE = 4096;
     constexpr std::uint64_t ENTRIES_ON_PAGE = SMALLEST_PAGE / sizeof(TTEntry);
@@ -40,7 +42,6 @@ void tt_resize(int megabytes) {
 void tt_clear() {
     if (tt_table != nullptr)
         std::memset(static_cast<void*>(tt_table), 0, tt_entry_count * sizeof(TTEntry));
-    tt_generation = 0;
 }
 
 void tt_release() {
@@ -59,7 +60,7 @@ void tt_store(Key key, int score, std::uint8_t bound, int depth, Move move, int 
     entry.key = key;
     entry.score = static_cast<std::int16_t>(score_to_table(score, ply));
     entry.move = move;
-    entry.depth = static_cast<std::uint8_t>(std::min(depth, 255));
+    entry.depth = static_cast<std::uint8_t>(std::min(depth, MAX_ENTRY_DEPTH));
     entry.bound = bound;
     entry.generation = tt_generation;
 }

@@ -1,6 +1,6 @@
 // The transposition table: one slot for each index, no buckets. search() and quiescence() read
-// and write it, search_root() advances its generation, the Hash option resizes it. If it cannot
-// be allocated the engine runs without one: every read is a miss and every write does nothing.
+// and write it, and the Hash option resizes it. If it cannot be allocated the engine runs without
+// one: every read is a miss and every write does nothing.
 #pragma once
 
 #include "board/types.h"
@@ -26,16 +26,16 @@ static_assert(sizeof(TTEntry) == 16);
 
 extern TTEntry* tt_table;            // nullptr when there is none
 extern std::uint64_t tt_entry_count; // a power of two
-extern std::uint8_t tt_generation;
 
 // Replaces the table by an empty one of the largest power of two of entries that fits into the
 // given MiB, at least 2 entries, all of its memory touched. If that fails there is no table.
 void tt_resize(int megabytes);
-// Empties the table, if there is one, and starts the generations anew.
+// Empties the table, if there is one.
 void tt_clear();
 void tt_release();
 
-// A stored mate-range score counts from the node that stored it, one in the search from the root.
+// A mate-range score counts from the root in the search, and from the node that stored it in an
+// entry.
 constexpr int score_to_table(int score, int ply) {
     return score >= MATE_BOUND ? score + ply : score <= -MATE_BOUND ? score - ply : score;
 }
@@ -51,7 +51,7 @@ inline const TTEntry* tt_probe(Key key) {
     return entry.key == key ? &entry : nullptr;
 }
 
-// Whether a stored bound settles a node with this window.
+// Whether a stored score cuts off a node with this window.
 constexpr bool tt_bound_cuts(int bound, int score, int alpha, int beta) {
     return bound == BOUND_EXACT || (bound == BOUND_LOWER && score >= beta) ||
            (bound == BOUND_UPPER && score <= alpha);
@@ -60,7 +60,7 @@ constexpr bool tt_bound_cuts(int bound, int score, int alpha, int beta) {
 // Writes an entry, unless its slot holds another position of this generation at greater depth.
 void tt_store(Key key, int score, std::uint8_t bound, int depth, Move move, int ply);
 
-// Asks for the slot of a key to be brought into the cache.
+// Prefetches the slot of a key into the cache.
 inline void tt_prefetch(Key key) {
     if (tt_table != nullptr)
         __builtin_prefetch(&tt_table[key & (tt_entry_count - 1)]);

@@ -5,8 +5,7 @@
 #include "input/poll_input.h"
 #include "movegen/perft.h"
 #include "platform/standard_output.h"
-#include "search/history.h"
-#include "search/transposition.h"
+#include "search/search_state.h"
 #include "shell/diagnostics.h"
 #include "shell/go_command.h"
 #include "shell/options.h"
@@ -42,8 +41,7 @@ void run_isready(const char*, Position&) {
 }
 
 void run_ucinewgame(const char*, Position& position) {
-    tt_clear();
-    clear_history();
+    clear_search_memory();
     position_set_fen(position, starting_fen);
 }
 

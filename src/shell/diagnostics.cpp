@@ -6,10 +6,7 @@
 #include "movegen/perft.h"
 #include "platform/clock.h"
 #include "platform/standard_output.h"
-#include "search/history.h"
 #include "search/root.h"
-#include "search/transposition.h"
-#include "search/limit_check.h"
 
 namespace brindlemoth {
 
@@ -25,8 +22,7 @@ static_assert(BENCH_POSITION_COUNT <= PERFT_CASE_COUNT);
 std::uint64_t bench_position(const char* fen, int depth) {
     Position position;
     position_set_fen(position, fen);
-    clear_history();
-    tt_clear();
+    clear_search_memory();
     SearchLimits limits{};
     limits.depth = depth;
     search_root(position, limits);

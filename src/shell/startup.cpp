@@ -3,7 +3,6 @@
 #include "board/attacks.h"
 #include "board/position.h"
 #include "eval/evaluate.h"
-#include "search/history.h"
 #include "search/search.h"
 #include "search/transposition.h"
 #include "shell/options.h"
@@ -17,7 +16,6 @@ void start_engine() {
     init_reductions();
     kpk_init();
     tt_resize(DEFAULT_HASH_MEGABYTES);
-    clear_history();
 }
 
 void stop_engine() {

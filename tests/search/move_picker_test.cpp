@@ -77,7 +77,7 @@ TEST(MovePicker, HandsOutEveryMoveOnce) {
             ASSERT_EQ(sorted(handed_out(position, tt_move, previous, true)), sorted(expected));
         }
     });
-    clear_history();
+    clear_search_memory();
     EXPECT_GT(evasions, 50);
 }
 
@@ -90,13 +90,13 @@ TEST(History, EachSearchHalvesEveryCellTowardZero) {
         for (std::size_t i = 0; i < table.size(); ++i)
             table[i] = static_cast<std::int16_t>(pattern(i));
     killers[MAX_PLY - 1][1] = countermoves[PIECE_COUNT][63] = make_move_code(E2, E4, FLAG_QUIET);
-    age_history();
+    begin_search({}, WHITE);
     for (const auto& table : cells)
         for (std::size_t i = 0; i < table.size(); ++i)
             ASSERT_EQ(table[i], pattern(i) / 2) << i;
     EXPECT_EQ(killers[MAX_PLY - 1][1], MOVE_NONE);
     EXPECT_NE(countermoves[PIECE_COUNT][63], MOVE_NONE);
-    clear_history();
+    clear_search_memory();
     for (const auto& table : cells)
         EXPECT_EQ(std::count(table.begin(), table.end(), 0), std::ssize(table));
     EXPECT_EQ(countermoves[PIECE_COUNT][63], MOVE_NONE);

@@ -1,11 +1,8 @@
 // Whole searches, by what they print and leave behind.
 #include "board/make_move.h"
-#include "input/poll_input.h"
 #include "movegen/legality.h"
-#include "search/history.h"
 #include "search/root.h"
 #include "search/transposition.h"
-#include "search/limit_check.h"
 #include "support/captured_output.h"
 #include "support/support.h"
 
@@ -21,8 +18,7 @@ class Root : public testing::Test {
 protected:
     void SetUp() override {
         tt_resize(1);
-        tt_clear();
-        clear_history();
+        clear_search_memory();
         multipv_count = 1;
     }
     void TearDown() override { SetUp(); }

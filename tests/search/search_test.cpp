@@ -1,13 +1,9 @@
-// Single nodes of the recursive search, and what a table entry does to them.
+// Single nodes of the recursive search.
 #include "board/make_move.h"
 #include "eval/evaluate.h"
-#include "input/poll_input.h"
 #include "movegen/legality.h"
-#include "search/history.h"
 #include "search/search.h"
-#include "search/time_budget.h"
 #include "search/transposition.h"
-#include "search/limit_check.h"
 #include "support/book_file.h"
 #include "support/support.h"
 #include "tablebase/syzygy.h"
@@ -24,15 +20,9 @@ class Search : public testing::Test {
 protected:
     void SetUp() override {
         tt_resize(1);
-        tt_clear();
-        clear_history();
+        clear_search_memory();
         std::memset(static_cast<void*>(frames), 0, sizeof frames);
-        stop_flag = 0;
-        start_watch();
-        sel_depth = 0;
-        iteration_depth = 1; // neither clock nor input is looked at
-        root_excluded_count = 0;
-        search_limits = {};
+        begin_search({}, WHITE);
     }
     void TearDown() override { SetUp(); }
 
@@ -56,7 +46,7 @@ TEST_F(Search, NodesWithoutMovesAndDraws) {
                 {mated, 3, 7, -30993},
                 {stalemated, 5, 3, DRAW_SCORE},
                 {"8/8/8/8/8/8/8/8 w - - 0 1", 3, 4, DRAW_SCORE},
-                // The clock comes before the mate.
+                // The fifty-move rule is tested before mate.
                 {"7k/6Q1/6K1/8/8/8/8/8 b - - 100 1", 2, 1, DRAW_SCORE},
                 {"7k/6Q1/6K1/8/8/8/8/8 b - - 99 1", 2, 1, -30999},
                 {"7k/8/6K1/5Q2/8/8/8/8 w - - 2147483647 1", 2, 1, DRAW_SCORE}};
@@ -72,13 +62,13 @@ TEST_F(Search, RepetitionIsADrawOnEntry) {
     constexpr Move KNIGHTS[] = {
         make_move_code(G1, F3, FLAG_QUIET), make_move_code(G8, F6, FLAG_QUIET),
         make_move_code(F3, G1, FLAG_QUIET), make_move_code(F6, G8, FLAG_QUIET)};
-    // By halfmove clock of the start: what lies behind the clock is not looked at.
+    // By halfmove clock of the start: positions before the clock are not compared.
     for (const int clock : {0, 50, -4}) {
         Position position =
             position_from("rnbqkbnr/1ppppppp/8/p7/8/P7/1PPPPPPP/RNBQKBNR w KQkq - 0 1");
         position.halfmove = clock;
         for (int i = 0; i < 5; ++i) {
-            start_watch();
+            begin_search({}, WHITE);
             const int score = at(position, 1, -FULL, FULL, 0);
             EXPECT_EQ(node_count == 1 && score == DRAW_SCORE, i == 4 && clock >= 0) << i;
             make_move(position, KNIGHTS[i % 4]);
@@ -86,15 +76,16 @@ TEST_F(Search, RepetitionIsADrawOnEntry) {
     }
 }
 
-// Moves that were left out are no mate and no stalemate: the node falls back on alpha.
-TEST_F(Search, NothingSearchedButSomethingPassedOver) {
+// A node whose legal moves were all excluded or pruned is no mate and no stalemate: it returns
+// alpha.
+TEST_F(Search, ANodeWithoutSearchedMovesReturnsAlpha) {
     const struct {
         const char* fen;
         int score;
     } ROWS[] = {
         {"7k/8/8/8/8/7r/8/6BK w - - 0 1", -123}, // in check
         {"k7/8/8/8/8/8/1r6/7K w - - 0 1", -123},
-        {"7k/8/8/8/8/8/5q2/7K w - - 0 1", DRAW_SCORE}, // no legal move to leave out
+        {"7k/8/8/8/8/8/5q2/7K w - - 0 1", DRAW_SCORE}, // no legal move to exclude
     };
     for (const auto& row : ROWS) {
         Position position = position_from(row.fen);
@@ -105,9 +96,9 @@ TEST_F(Search, NothingSearchedButSomethingPassedOver) {
         EXPECT_EQ(at(position, 2, -123, 500, 0), row.score) << row.fen;
         EXPECT_EQ(tt_probe(position.key), nullptr) << row.fen;
     }
-    // Only moves that pruning passed over: each quiet move is futile.
+    // Futility prunes every move.
     Position position = position_from("k7/8/8/8/8/8/8/6RK w - - 0 1");
-    root_excluded_count = 0;
+    begin_search({}, WHITE);
     const int value = evaluate(position);
     EXPECT_EQ(at(position, 3, value + 525, value + 526, 0), value + 525);
     EXPECT_EQ(tt_probe(position.key), nullptr);
@@ -148,9 +139,9 @@ TEST_F(Search, TheLastPlyIsEvaluated) {
         EXPECT_EQ(at(position, depth, -FULL, FULL, MAX_PLY), value) << depth;
         EXPECT_EQ(quiescence(position, frame(MAX_PLY), -FULL, FULL, MAX_PLY), value);
         EXPECT_EQ(node_count, 2U);
-        start_watch();
+        begin_search({}, WHITE);
     }
-    // One ply earlier the capture is looked at, and the node after it is counted.
+    // One ply earlier the capture is searched, and the node after it is counted.
     const int gain = quiescence(position, frame(MAX_PLY - 1), -FULL, FULL, MAX_PLY - 1);
     EXPECT_GT(gain, value);
     EXPECT_EQ(node_count, 2U);

@@ -1,9 +1,7 @@
 // Endgame tables inside the search: which nodes ask them, and what an answer does to the node. The
 // tables themselves are tested in tests/tablebase.
-#include "search/history.h"
-#include "search/root.h"
+#include "search/search.h"
 #include "search/transposition.h"
-#include "search/limit_check.h"
 #include "support/support.h"
 #include "tablebase/syzygy.h"
 
@@ -24,17 +22,14 @@ protected:
             GTEST_SKIP() << "needs tables of 3 and 4 men";
         syzygy_probe_limit = static_cast<std::int32_t>(syzygy_max_men);
         tt_resize(1);
-        clear_history();
+        clear_search_memory();
         std::memset(static_cast<void*>(frames), 0, sizeof frames);
-        iteration_depth = 1;
-        start_watch();
-        root_excluded_count = 0;
     }
     void TearDown() override {
         syzygy_init("");
         syzygy_probe_limit = 0;
         tt_resize(64);
-        clear_history();
+        clear_search_memory();
     }
 
     SearchFrame frames[MAX_PLY + 4];
@@ -68,7 +63,7 @@ TEST_F(TablesInTree, SomeNodesAskAndStoreTheAnswer) {
     for (const auto& row : ROWS) {
         SCOPED_TRACE(row.name);
         tt_clear();
-        start_watch();
+        begin_search({}, WHITE);
         syzygy_probe_limit = row.limit;
         Position position = position_from(row.fen);
         SearchFrame* const frame = frames + 2 + PLY;

@@ -1,10 +1,7 @@
 // Searches on a clock that advances with the nodes searched, so that every time is exact.
-#include "input/poll_input.h"
 #include "platform/clock.h"
-#include "search/history.h"
 #include "search/root.h"
 #include "search/transposition.h"
-#include "search/limit_check.h"
 #include "support/captured_output.h"
 #include "support/support.h"
 
@@ -42,7 +39,7 @@ namespace {
 // Fills clock_reads. Returns the node counts of the info lines, whose times must be exact.
 std::vector<std::uint64_t> searched_nodes(const char* fen, const SearchLimits& limits) {
     tt_resize(1);
-    clear_history();
+    clear_search_memory();
     clock_reads.clear();
     Position position = position_from(fen);
     std::vector<std::uint64_t> counts;

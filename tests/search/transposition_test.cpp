@@ -1,3 +1,4 @@
+#include "search/search_state.h"
 #include "search/transposition.h"
 
 #include <gtest/gtest.h>
