@@ -73,18 +73,30 @@ void start_list(MovePicker& picker, const Move* end, int stage) {
     picker.stage = stage;
 }
 
-// The history of a quiet move, or a higher band for killers and the countermove.
-int quiet_score(const MovePicker& picker, const Position& position, Move move) {
+// The parts of a quiet move's score that are the same for all quiet moves of a node.
+struct QuietScorer {
+    const std::int16_t* butterfly;
+    const std::int16_t (*continuation)[SQUARE_COUNT];
+    Move killer, older_killer, countermove;
+
+    // The history of the move, or a higher band for killers and the countermove.
+    int score(Move move, int piece) const {
+        const int history = butterfly[move_squares(move)] + continuation[piece][move_to(move)];
+        if (move == killer)
+            return history + KILLER_SCORE;
+        if (move == older_killer)
+            return history + OLDER_KILLER_SCORE;
+        if (move == countermove)
+            return history + COUNTERMOVE_SCORE;
+        return history;
+    }
+};
+
+QuietScorer quiet_scorer(const MovePicker& picker, int side) {
     const PreviousMove previous = picker.previous;
-    const int history =
-        history_score(position.side, position.board[move_from(move)], move, previous);
-    if (move == killers[picker.ply][0])
-        return history + KILLER_SCORE;
-    if (move == killers[picker.ply][1])
-        return history + OLDER_KILLER_SCORE;
-    if (move == countermoves[previous.piece][previous.to])
-        return history + COUNTERMOVE_SCORE;
-    return history;
+    return {butterfly_history[side], continuation_history[previous.piece][previous.to],
+            killers[picker.ply][0], killers[picker.ply][1],
+            countermoves[previous.piece][previous.to]};
 }
 
 void score_captures(MovePicker& picker, const Position& position) {
@@ -96,17 +108,20 @@ void score_captures(MovePicker& picker, const Position& position) {
 
 void score_quiets(MovePicker& picker, const Position& position) {
     ScoredMoves& list = picker.list;
+    const QuietScorer scorer = quiet_scorer(picker, position.side);
     const Move tt_move = picker.tt_move;
     const int count = list.count;
     for (int i = 0; i < count; ++i) {
         const Move move = list.moves[i];
-        const int score = move == tt_move ? SEARCHED_SCORE : quiet_score(picker, position, move);
+        const int score =
+            move == tt_move ? SEARCHED_SCORE : scorer.score(move, position.board[move_from(move)]);
         list.keys[i] = make_sort_key(score, i, true);
     }
 }
 
 void score_evasions(MovePicker& picker, const Position& position) {
     ScoredMoves& list = picker.list;
+    const QuietScorer scorer = quiet_scorer(picker, position.side);
     for (int i = 0; i < list.count; ++i) {
         const Move move = list.moves[i];
         int score;
@@ -116,8 +131,8 @@ void score_evasions(MovePicker& picker, const Position& position) {
             score = see(position, move);
             score += score >= 0 ? EVASION_GOOD_CAPTURE_SCORE : EVASION_BAD_CAPTURE_SCORE;
         } else {
-            score =
-                is_promotion(move) ? EVASION_PROMOTION_SCORE : quiet_score(picker, position, move);
+            score = is_promotion(move) ? EVASION_PROMOTION_SCORE
+                                       : scorer.score(move, position.board[move_from(move)]);
         }
         list.keys[i] = make_sort_key(score, i, true);
     }

@@ -10,7 +10,7 @@ namespace brindlemoth {
 // The number of lines to search, 1 to 256; the MultiPV option.
 extern int multipv_count;
 
-// Searches and prints. The position is unchanged afterwards; The results stay in search_state.h.
+// Searches and prints. The position is unchanged afterwards. root_lines keeps the result.
 void search_root(Position& position, const SearchLimits& limits);
 
 // Prints the info line of a finished line; line_index counts from 0.

@@ -18,7 +18,7 @@ inline TimeBudget search_time;     // start of the search and its time limits
 inline std::uint8_t tt_generation; // marks the entries of this search; counts the searches
 
 // Written by every node; see count_node() in search/limit_check.h.
-inline std::uint64_t node_count;        // calls of search() and quiescence(), answers of tables
+inline std::uint64_t node_count;        // calls of search() and quiescence(), probe results
 inline std::uint64_t next_forced_check; // the node_count that forces a limit check
 inline int sel_depth;                   // greatest ply entered
 

@@ -19,7 +19,8 @@ constexpr int MIN_HARD_LIMIT = 10;
 
 constexpr int HARD_FACTOR = 3; // the hard limit is so many times the target
 
-// The number of moves for which the usable time has to last, if the command does not give it.
+// The number of moves for which this usable time, in milliseconds, has to last if the command does
+// not give the number.
 int expected_moves(int usable) {
     return usable < 1000 ? 60 : usable < 5000 ? 40 : usable < 15000 ? 30 : 25;
 }

@@ -23,8 +23,8 @@ bool is_quiet(Move move) {
     return !is_capture(move) && !is_promotion(move);
 }
 
-std::vector<Move> handed_out(const Position& position, Move tt_move, PreviousMove previous,
-                             bool skip_quiets = false) {
+std::vector<Move> picked_moves(const Position& position, Move tt_move, PreviousMove previous,
+                               bool skip_quiets = false) {
     MovePicker picker;
     init_picker(picker, in_check(position), tt_move, PLY, previous);
     std::vector<Move> moves;
@@ -46,8 +46,8 @@ Move random_move(const std::vector<Move>& moves, std::mt19937_64& random) {
     return moves.empty() ? MOVE_NONE : moves[random() % moves.size()];
 }
 
-// Their order shows in the number of nodes of every search.
-TEST(MovePicker, HandsOutEveryMoveOnce) {
+// The order of the moves is tested by the node counts of searches.
+TEST(MovePicker, ReturnsEveryMoveOnce) {
     std::mt19937_64 random(51);
     int evasions = 0;
     for_random_positions(3000, 52, [&](Position& position) {
@@ -61,20 +61,20 @@ TEST(MovePicker, HandsOutEveryMoveOnce) {
             countermoves[previous.piece][previous.to] = random_move(all, random);
         }
         for (const Move tt_move : {MOVE_NONE, random_move(all, random)}) {
-            const std::vector<Move> moves = handed_out(position, tt_move, previous);
+            const std::vector<Move> moves = picked_moves(position, tt_move, previous);
             ASSERT_EQ(sorted(moves), sorted(all));
             ASSERT_TRUE(tt_move == MOVE_NONE || moves.front() == tt_move);
         }
         if (in_check(position)) {
             ++evasions;
-            // Evasions come in full even with the quiet moves skipped.
-            ASSERT_EQ(sorted(handed_out(position, MOVE_NONE, previous, true)), sorted(all));
+            // Evasions include quiet moves even with skip_quiets.
+            ASSERT_EQ(sorted(picked_moves(position, MOVE_NONE, previous, true)), sorted(all));
         } else {
             const Move tt_move = random_move(all, random);
             std::vector<Move> expected;
             std::copy_if(all.begin(), all.end(), std::back_inserter(expected),
                          [&](Move move) { return !is_quiet(move) || move == tt_move; });
-            ASSERT_EQ(sorted(handed_out(position, tt_move, previous, true)), sorted(expected));
+            ASSERT_EQ(sorted(picked_moves(position, tt_move, previous, true)), sorted(expected));
         }
     });
     clear_search_memory();
@@ -102,8 +102,8 @@ TEST(History, EachSearchHalvesEveryCellTowardZero) {
     EXPECT_EQ(countermoves[PIECE_COUNT][63], MOVE_NONE);
 }
 
-// A table entry of another position with the same key may hold any move at all.
-TEST(MovePicker, NoTableMoveWhateverBreaksTheRecord) {
+// An entry of another position with the same key may hold any move at all.
+TEST(MovePicker, NoHashMoveBreaksThePosition) {
     std::vector<Position> positions = {
         position_from("r3k2r/8/8/8/8/8/8/R3K2R w KQkq - 0 1"),
         position_from("r3k2r/8/8/8/8/8/8/R3K2R b KQkq - 0 1"),

@@ -34,8 +34,8 @@ bool contains(const std::string& text, const std::string& part) {
     return text.find(part) != std::string::npos;
 }
 
-// Every search prints info lines of one form, as many as there are lines to search, and ends with
-// one bestmove line; the lines of moves can be played, and the position is as it was.
+// Every search prints info lines of one form, one for each line and iteration, and then one
+// bestmove line. The moves of each info line can be played. The position does not change.
 TEST_F(Root, EverySearchOfRandomPositionsIsWellFormed) {
     const std::regex form(
         "info depth ([1-4]) seldepth [0-9]+( multipv [1-3])? score (cp -?[0-9]+|mate -?[1-9][0-9]*)"
@@ -100,8 +100,8 @@ TEST_F(Root, MatesAndDrawsOnEntry) {
     }
 }
 
-// What one search leaves to the next: the table and its generations, histories that age, the game.
-// The rules fix what the lines of the game add up to, as they fix the nodes of bench.
+// Each search of a game depends on the transposition table, the history tables and the repetitions
+// that the searches before it left. The sums are fixed like the node totals of bench.
 TEST_F(Root, GamesAddUp) {
     const struct {
         int lines;

@@ -10,11 +10,11 @@
 namespace brindlemoth {
 namespace {
 
-// A slow second opinion: one capture after the other on a plain board, rays walked anew each time.
+// A slow second implementation: it makes one capture after the other and walks the rays each time.
 constexpr int VALUES[] = {100, 300, 300, 500, 900, 20000};
 
-// What `side` wins by taking a man of that worth on the square, or 0 if it had better not.
-int best_gain(const Position& position, Bitboard occupied, int square, int worth, int side) {
+// What `side` wins by capturing a piece of that value on the square, or 0 if it does not capture.
+int best_gain(const Position& position, Bitboard occupied, int square, int value, int side) {
     const Bitboard rook_rays = rook_attacks_slow(square, occupied);
     const Bitboard bishop_rays = bishop_attacks_slow(square, occupied);
     const Bitboard reach[] = {
@@ -22,7 +22,7 @@ int best_gain(const Position& position, Bitboard occupied, int square, int worth
         rook_rays | bishop_rays,        king_attacks[square]};
     for (int type = PAWN; type <= KING; ++type)
         if (Bitboard takers = position.pieces[side][type] & reach[type] & occupied; takers != 0)
-            return std::max(0, worth - best_gain(position, occupied ^ (takers & -takers), square,
+            return std::max(0, value - best_gain(position, occupied ^ (takers & -takers), square,
                                                  VALUES[type], side ^ 1));
     return 0;
 }
@@ -37,7 +37,7 @@ int slow_see(const Position& position, Move move) {
                      VALUES[piece_type(mover)], position.side ^ 1);
 }
 
-TEST(See, AgreesWithExchangesPlayedOnAPlainBoard) {
+TEST(See, AgreesWithCapturesPlayedOnAPlainBoard) {
     int negative = 0;
     const auto compare = [&](Position& position) {
         Move moves[MAX_MOVES];
@@ -50,8 +50,8 @@ TEST(See, AgreesWithExchangesPlayedOnAPlainBoard) {
     };
     for_random_positions(2000, 41, compare);
     EXPECT_GT(negative, 500);
-    // A capture is forced, even with a king into a pawn's reach; of two queens the one on the lower
-    // square takes; and boards that no game reaches, with long exchanges and men everywhere.
+    // Captures by a king on an attacked square, two queens that can capture, and boards that no
+    // game reaches, with long sequences of captures.
     for (const char* const fen :
          {"7k/2p5/3p4/2K5/8/8/8/8 w - - 0 1", "7k/8/5n2/3P3Q/2Q5/1b6/8/K7 b - - 0 1",
           "qQqQqQqQ/QqQqQqQq/qQqQqQqQ/QqQqQqQq/qQqQ1QqQ/QqQqQqQq/qQqQqQqK/QqQqQqkQ w - - 0 1",

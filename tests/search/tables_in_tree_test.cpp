@@ -1,4 +1,4 @@
-// Endgame tables inside the search: which nodes ask them, and what an answer does to the node. The
+// Endgame tables inside the search: which nodes probe them, and how a node uses the result. The
 // tables themselves are tested in tests/tablebase.
 #include "search/search.h"
 #include "search/transposition.h"
@@ -12,7 +12,7 @@ namespace brindlemoth {
 namespace {
 
 constexpr int PLY = 10;
-constexpr int NOT_ASKED = -1;
+constexpr int NO_PROBE = -1;
 
 class TablesInTree : public testing::Test {
 protected:
@@ -39,12 +39,12 @@ const char* const WON = "8/8/8/4k3/8/8/8/R3K3 w - - 0 1";
 const char* const LOST = "8/8/8/4k3/8/8/8/R3K3 b - - 0 1";
 const char* const DRAWN = "8/8/8/4k3/4p3/8/8/4K3 b - - 0 1";
 
-TEST_F(TablesInTree, SomeNodesAskAndStoreTheAnswer) {
+TEST_F(TablesInTree, SomeNodesProbeAndStoreTheResult) {
     const struct {
         const char* name;
         const char* fen;
-        int limit, alpha, score; // the answer
-        int bound = NOT_ASKED;
+        int limit, alpha, score;
+        int bound = NO_PROBE;
         bool pv_node = false, excluded = false;
     } ROWS[] = {
         {"won", WON, 4, 0, 30871, BOUND_LOWER},
@@ -53,8 +53,8 @@ TEST_F(TablesInTree, SomeNodesAskAndStoreTheAnswer) {
         {"lost", LOST, 4, 0, -TB_WIN_SCORE, BOUND_UPPER},
         {"lost, just not above alpha", LOST, 4, -TB_WIN_SCORE, -TB_WIN_SCORE, BOUND_UPPER},
         {"drawn", DRAWN, 4, 0, DRAW_SCORE, BOUND_EXACT},
-        {"principal variation", WON, 4, -50, 0, NOT_ASKED, true, false},
-        {"singular probe", WON, 4, -50, 0, NOT_ASKED, false, true},
+        {"principal variation", WON, 4, -50, 0, NO_PROBE, true, false},
+        {"singular probe", WON, 4, -50, 0, NO_PROBE, false, true},
         {"clock running", "8/8/8/4k3/8/8/8/R3K3 w - - 1 1", 4, -50, 0},
         {"castling right", "8/8/8/4k3/8/8/8/R3K3 w Q - 0 1", 4, -50, 0},
         {"more men than the limit", "8/8/8/4k3/8/8/8/RR2K3 w - - 0 1", 3, -50, 0},
@@ -72,12 +72,12 @@ TEST_F(TablesInTree, SomeNodesAskAndStoreTheAnswer) {
         const int score = search(position, frame, 1, row.alpha, beta, row.pv_node, PLY);
         frame->excluded_move = MOVE_NONE;
         const TTEntry* const entry = tt_probe(position.key);
-        if (row.bound == NOT_ASKED) {
+        if (row.bound == NO_PROBE) {
             EXPECT_NE(node_count, 2U);
             continue;
         }
         EXPECT_EQ(score, row.score);
-        EXPECT_EQ(node_count, 2U) << "the node and the answer";
+        EXPECT_EQ(node_count, 2U) << "the node and the probe";
         ASSERT_NE(entry, nullptr);
         EXPECT_EQ(entry->score, score_to_table(row.score, PLY));
         EXPECT_EQ(entry->bound, row.bound);
