@@ -32,7 +32,7 @@ BENCHMARK(bm_in_check);
 void bm_legality_masks(benchmark::State& state) {
     over_positions(state, [](const Position& position) {
         const LegalityMasks masks = legality_masks(position);
-        return masks.checkers ^ masks.tried ^ masks.targets;
+        return masks.checkers ^ masks.needs_full_test ^ masks.check_mask;
     });
 }
 BENCHMARK(bm_legality_masks);

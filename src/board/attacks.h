@@ -56,6 +56,27 @@ inline Bitboard queen_attacks(int square, Bitboard occupancy) {
     return bishop_attacks(square, occupancy) | rook_attacks(square, occupancy);
 }
 
+// Squares that a piece of that type attacks. The colour matters for pawns only, the occupancy for
+// sliders only. 0 for a type outside PAWN to KING.
+template <int Type> inline Bitboard attacks_from(int square, int colour, Bitboard occupancy) {
+    switch (Type) {
+    case PAWN:
+        return pawn_attacks[colour][square];
+    case KNIGHT:
+        return knight_attacks[square];
+    case BISHOP:
+        return bishop_attacks(square, occupancy);
+    case ROOK:
+        return rook_attacks(square, occupancy);
+    case QUEEN:
+        return queen_attacks(square, occupancy);
+    case KING:
+        return king_attacks[square];
+    default:
+        return 0;
+    }
+}
+
 // The same sets by walking the rays, as start-up does to fill the tables: slow, for tests.
 Bitboard bishop_attacks_slow(int square, Bitboard occupancy);
 Bitboard rook_attacks_slow(int square, Bitboard occupancy);

@@ -52,10 +52,25 @@ constexpr bool more_than_one(Bitboard b) {
     return (b & (b - 1)) != 0;
 }
 
-// Every square that a pawn of the colour on one of these squares attacks; nothing wraps.
+// From a square to the one in front of it, as the pawns of the colour move.
+constexpr int forward_step(int colour) {
+    return colour == WHITE ? 8 : -8;
+}
+// Each square moved by that step. A square that would leave the board is dropped.
+constexpr Bitboard forward_squares(Bitboard squares, int colour) {
+    return colour == WHITE ? squares << 8 : squares >> 8;
+}
+// The squares that pawns of the colour attack on the file to their left and right, as White sees
+// the board. A square that would leave the board is dropped.
+constexpr Bitboard left_pawn_attacks(Bitboard pawns, int colour) {
+    return colour == WHITE ? (pawns & ~FILE_A) << 7 : (pawns & ~FILE_A) >> 9;
+}
+constexpr Bitboard right_pawn_attacks(Bitboard pawns, int colour) {
+    return colour == WHITE ? (pawns & ~FILE_H) << 9 : (pawns & ~FILE_H) >> 7;
+}
+// Every square that a pawn of the colour on one of these squares attacks.
 constexpr Bitboard pawn_attack_set(Bitboard pawns, int colour) {
-    return colour == WHITE ? ((pawns & ~FILE_A) << 7) | ((pawns & ~FILE_H) << 9)
-                           : ((pawns & ~FILE_A) >> 9) | ((pawns & ~FILE_H) >> 7);
+    return left_pawn_attacks(pawns, colour) | right_pawn_attacks(pawns, colour);
 }
 
 } // namespace brindlemoth

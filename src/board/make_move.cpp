@@ -1,25 +1,31 @@
 #include "board/make_move.h"
 
 #include "board/bitboard.h"
+#include "board/castling.h"
 
 #include <cassert>
 
 namespace brindlemoth {
 
-// clang-format off
-const int castling_mask[64] = {
-    ~WHITE_LONG, 15, 15, 15, ~(WHITE_SHORT | WHITE_LONG), 15, 15, ~WHITE_SHORT, // a1 to h1
-    15, 15, 15, 15, 15, 15, 15, 15,
-    15, 15, 15, 15, 15, 15, 15, 15,
-    15, 15, 15, 15, 15, 15, 15, 15,
-    15, 15, 15, 15, 15, 15, 15, 15,
-    15, 15, 15, 15, 15, 15, 15, 15,
-    15, 15, 15, 15, 15, 15, 15, 15,
-    ~BLACK_LONG, 15, 15, 15, ~(BLACK_SHORT | BLACK_LONG), 15, 15, ~BLACK_SHORT, // a8 to h8
-};
-// clang-format on
-
 namespace {
+
+// The castling rights that survive a move from or to a square.
+struct CastlingMask {
+    int rights[SQUARE_COUNT];
+};
+
+constexpr CastlingMask castling_mask = [] {
+    CastlingMask mask{};
+    for (int& rights : mask.rights)
+        rights = WHITE_SHORT | WHITE_LONG | BLACK_SHORT | BLACK_LONG;
+    for (const auto& moves : CASTLING_MOVES) {
+        for (const CastlingMove& move : moves) {
+            mask.rights[move.king_from] &= ~move.right;
+            mask.rights[move.rook_from] &= ~move.right;
+        }
+    }
+    return mask;
+}();
 
 // What debug builds check around every change (one at a time: the memory is a single one): the
 // distance of the running sums from their values from scratch never changes. It is not always zero:
@@ -122,9 +128,6 @@ inline void clear_ep_square(Position& position) {
     }
 }
 
-// One pawn step of the colour.
-template <int Us> constexpr int FORWARD = Us == WHITE ? 8 : -8;
-
 template <int Us> void make_move_of(Position& position, Move move) {
     const int from = move_from(move);
     const int to = move_to(move);
@@ -136,7 +139,7 @@ template <int Us> void make_move_of(Position& position, Move move) {
     Key key = position.key ^ side_key;
 
     if (is_capture(move)) {
-        const int square = flag == FLAG_EN_PASSANT ? to - FORWARD<Us> : to;
+        const int square = flag == FLAG_EN_PASSANT ? to - forward_step(Us) : to;
         const int victim = position.board[square];
         assert(victim != EMPTY_SQUARE && piece_colour(victim) == (Us ^ 1));
         record.captured = victim - make_piece(Us ^ 1, PAWN);
@@ -157,7 +160,7 @@ template <int Us> void make_move_of(Position& position, Move move) {
         position.pawn_key ^= change;
         position.halfmove = 0;
         if (flag == FLAG_DOUBLE_PUSH) {
-            position.ep_square = from + FORWARD<Us>;
+            position.ep_square = from + forward_step(Us);
             key ^= ep_file_keys[file_of(from)];
         } else if (is_promotion(move)) {
             // The pawn has come to the last rank and changes there.
@@ -168,14 +171,15 @@ template <int Us> void make_move_of(Position& position, Move move) {
         }
     } else if (is_castling(move)) {
         constexpr int ROOK_PIECE = make_piece(Us, ROOK);
-        const RookMove rook = castling_rook_move(Us, flag);
-        assert(type == KING && position.board[rook.from] == ROOK_PIECE);
-        shift_piece(position, Us, ROOK, rook.from, rook.to);
-        key ^= piece_keys[ROOK_PIECE][rook.from] ^ piece_keys[ROOK_PIECE][rook.to];
+        const CastlingMove& castling = castling_move(Us, flag);
+        assert(type == KING && position.board[castling.rook_from] == ROOK_PIECE);
+        shift_piece(position, Us, ROOK, castling.rook_from, castling.rook_to);
+        key ^=
+            piece_keys[ROOK_PIECE][castling.rook_from] ^ piece_keys[ROOK_PIECE][castling.rook_to];
     }
     position.all_pieces = position.occupied[WHITE] | position.occupied[BLACK];
 
-    const int rights = position.castling & castling_mask[from] & castling_mask[to];
+    const int rights = position.castling & castling_mask.rights[from] & castling_mask.rights[to];
     if (rights != position.castling) {
         key ^= castling_keys[position.castling] ^ castling_keys[rights];
         position.castling = rights;
@@ -201,11 +205,11 @@ template <int Us> void unmake_move_of(Position& position, Move move) {
         replace_piece(position, Us, promoted_type(move), PAWN, to);
     shift_piece(position, Us, position.board[to] - make_piece(Us, PAWN), to, from);
     if (is_capture(move)) {
-        const int square = flag == FLAG_EN_PASSANT ? to - FORWARD<Us> : to;
+        const int square = flag == FLAG_EN_PASSANT ? to - forward_step(Us) : to;
         put_piece(position, Us ^ 1, record.captured, square);
     } else if (is_castling(move)) {
-        const RookMove rook = castling_rook_move(Us, flag);
-        shift_piece(position, Us, ROOK, rook.to, rook.from);
+        const CastlingMove& castling = castling_move(Us, flag);
+        shift_piece(position, Us, ROOK, castling.rook_to, castling.rook_from);
     }
     position.all_pieces = position.occupied[WHITE] | position.occupied[BLACK];
 }

@@ -1,4 +1,4 @@
-// The position record, the keys that hash it, and the ways in and out of it as text.
+// The position record, the keys that hash it, and its conversion from and to text.
 // A Position holds no pointers: a plain copy is a full, independent position.
 // position_set_fen() builds one; make_move() and its companions (board/make_move.h) change it.
 #pragma once
@@ -49,9 +49,6 @@ extern Key piece_keys[12][64];
 extern Key castling_keys[16]; // by the whole rights mask
 extern Key ep_file_keys[8];
 extern Key side_key; // in the key when Black is to move
-
-// The rights that survive a move touching a square.
-extern const int castling_mask[64];
 
 // Fills the hash keys from a fixed seed. Called once, before the first position is set up.
 void init_keys();

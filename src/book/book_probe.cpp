@@ -77,7 +77,7 @@ bool choose_move(int first, std::uint64_t key, int& chosen) {
 }
 
 // Returns the legal move that a book move stands for in the position, or MOVE_NONE.
-Move decode_move(Position& position, int book_move) {
+Move decode_move(const Position& position, int book_move) {
     const int from = make_square(get_field(book_move, FROM_FILE), get_field(book_move, FROM_RANK));
     int to = make_square(get_field(book_move, TO_FILE), get_field(book_move, TO_RANK));
     const int promotion = get_field(book_move, PROMOTION);

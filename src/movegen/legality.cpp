@@ -1,28 +1,9 @@
 #include "movegen/legality.h"
 
-#include "board/make_move.h"
+#include "board/castling.h"
 #include "movegen/movegen.h"
 
 namespace brindlemoth {
-
-Bitboard attacks_from(int type, int square, int colour, Bitboard occupancy) {
-    switch (type) {
-    case PAWN:
-        return pawn_attacks[colour][square];
-    case KNIGHT:
-        return knight_attacks[square];
-    case BISHOP:
-        return bishop_attacks(square, occupancy);
-    case ROOK:
-        return rook_attacks(square, occupancy);
-    case QUEEN:
-        return queen_attacks(square, occupancy);
-    case KING:
-        return king_attacks[square];
-    default:
-        return 0;
-    }
-}
 
 namespace {
 
@@ -69,11 +50,11 @@ constexpr PairTable BETWEEN = [] {
     if (king & from)
         king ^= from | to;
     if (flag == FLAG_EN_PASSANT) {
-        taken = us == WHITE ? to >> 8 : to << 8;
+        taken = forward_squares(to, us ^ 1);
         occupancy ^= taken;
     } else if (is_castling(move)) {
-        const RookMove rook = castling_rook_move(us, flag);
-        occupancy ^= square_bit(rook.from) | square_bit(rook.to);
+        const CastlingMove& castling = castling_move(us, flag);
+        occupancy ^= square_bit(castling.rook_from) | square_bit(castling.rook_to);
     }
     if (king == 0)
         return false;
@@ -100,28 +81,28 @@ LegalityMasks legality_masks(const Position& position) {
     const Bitboard* const by = position.pieces[us ^ 1];
     Bitboard checkers = (pawn_attacks[us][king] & by[PAWN]) | (knight_attacks[king] & by[KNIGHT]) |
                         (king_attacks[king] & by[KING]);
-    Bitboard tried = kings;
-    Bitboard ways = 0; // of the sliders that give check
+    Bitboard needs_full_test = kings;
+    Bitboard check_rays = 0;
 
-    // Enemy sliders that nothing but men in between keeps from the king.
+    // Enemy sliders that would attack the king on an empty board.
     Bitboard sliders = (bishop_attacks(king, 0) & (by[BISHOP] | by[QUEEN])) |
                        (rook_attacks(king, 0) & (by[ROOK] | by[QUEEN]));
     while (sliders != 0) {
         const int slider = pop_lowest(sliders);
-        const Bitboard way = BETWEEN.squares[king][slider];
-        const Bitboard men = way & position.all_pieces;
-        if (men == 0) {
+        const Bitboard ray = BETWEEN.squares[king][slider];
+        const Bitboard blockers = ray & position.all_pieces;
+        if (blockers == 0) {
             checkers |= square_bit(slider);
-            ways |= way;
-        } else if (!more_than_one(men)) {
-            tried |= men;
+            check_rays |= ray;
+        } else if (!more_than_one(blockers)) {
+            needs_full_test |= blockers;
         }
     }
 
-    const Bitboard targets = checkers == 0             ? ~Bitboard{0}
-                             : more_than_one(checkers) ? 0 // only the king can move
-                                                       : checkers | ways;
-    return {checkers, tried, targets};
+    const Bitboard check_mask = checkers == 0             ? ~Bitboard{0}
+                                : more_than_one(checkers) ? 0 // only the king can move
+                                                          : checkers | check_rays;
+    return {checkers, needs_full_test, check_mask};
 }
 
 bool move_is_legal(const Position& position, Move move) {
@@ -134,7 +115,7 @@ bool move_is_legal(const Position& position, Move move) {
     return king_is_safe_after(position, move);
 }
 
-void generate_legal(Position& position, MoveList& list) {
+void generate_legal(const Position& position, MoveList& list) {
     Move buffer[MAX_MOVES];
     const Move* const end = generate_pseudo_legal(position, buffer);
     const LegalityMasks masks = legality_masks(position);

@@ -9,11 +9,6 @@
 
 namespace brindlemoth {
 
-// Squares that a piece of that type attacks. The colour matters for pawns only, the occupancy
-// for sliders only. 0 for a type outside PAWN to KING. Where the type is known, the tables of
-// board/attacks.h are quicker.
-Bitboard attacks_from(int type, int square, int colour, Bitboard occupancy);
-
 // True when a piece of by_colour attacks the square; sliders look through `occupancy`.
 inline bool square_attacked(int square, int by_colour, Bitboard occupancy,
                             const Position& position) {
@@ -31,31 +26,31 @@ inline bool in_check(const Position& position) {
            square_attacked(lowest_square(king), position.side ^ 1, position.all_pieces, position);
 }
 
-// What one look around the king tells about all moves of a position. A search node takes it once.
+// What the legality of all moves of a position depends on. A search node computes it once.
 struct LegalityMasks {
-    Bitboard checkers; // enemy men that attack the king
-    // The moves of these men have to be tried: every king, and what stands alone between the king
-    // and an enemy slider.
-    Bitboard tried;
-    // Where any other man may go: everywhere, but in check only to the checker or in its way.
-    Bitboard targets;
+    Bitboard checkers; // enemy pieces that attack the king
+    // Moves from these squares need the full legality test: the kings, and every piece that stands
+    // alone between the king and an enemy slider, which makes an own piece a pinned one.
+    Bitboard needs_full_test;
+    // Where all other pieces may go: everywhere when not in check; otherwise to the only checker
+    // and the ray between it and the king.
+    Bitboard check_mask;
 };
 
 LegalityMasks legality_masks(const Position& position);
 
-// True when the pseudo-legal move does not leave the mover's king attacked. The move is tried on a
-// copy of the occupied squares; the position is only read.
+// True when the pseudo-legal move does not leave the mover's king attacked. The attacks on the
+// king are computed with the squares occupied as they are after the move.
 bool move_is_legal(const Position& position, Move move);
 
-// The same, where the masks of the position are at hand: few moves are tried.
+// The same with the masks of the position, which few moves need the full test for.
 inline bool move_is_legal(const Position& position, const LegalityMasks& masks, Move move) {
-    if ((masks.tried >> move_from(move) & 1) != 0 || move_flag(move) == FLAG_EN_PASSANT)
+    if ((masks.needs_full_test >> move_from(move) & 1) != 0 || move_flag(move) == FLAG_EN_PASSANT)
         return move_is_legal(position, move);
-    return (masks.targets >> move_to(move) & 1) != 0;
+    return (masks.check_mask >> move_to(move) & 1) != 0;
 }
 
-// All legal moves of the side to move, in the order of generate_pseudo_legal. The position is
-// unchanged afterwards.
-void generate_legal(Position& position, MoveList& list);
+// All legal moves of the side to move, in the order of generate_pseudo_legal.
+void generate_legal(const Position& position, MoveList& list);
 
 } // namespace brindlemoth

@@ -7,21 +7,11 @@
 
 namespace brindlemoth {
 
-// The single generators write as many moves as there are, which for an odd FEN may be more than
-// MAX_MOVES; the compositions further down keep within it.
-
-// All pawn moves of the side to move. `target` limits only the single and double pushes that do
-// not promote; with captures_only those and the promoting pushes are left out.
-Move* generate_pawn_moves(const Position& position, Move* out, Bitboard target, bool captures_only);
-// Moves of one piece type, KNIGHT to KING, to squares inside target.
-Move* generate_piece_moves(const Position& position, Move* out, int type, Bitboard target);
-Move* generate_castling_moves(const Position& position, Move* out);
-
 // Whether ep_square is one that a capture can land on: empty, with an enemy pawn in front of it. A
 // FEN may name any square.
 bool ep_capture_possible(const Position& position);
 
-// The compositions. `out` has room for MAX_MOVES moves; any surplus is dropped.
+// The generators. `out` has room for MAX_MOVES moves; any surplus is dropped.
 Move* generate_pseudo_legal(const Position& position, Move* out);
 // Captures, then promoting pushes.
 Move* generate_captures(const Position& position, Move* out);

@@ -1,5 +1,6 @@
 #include "search/move_picker.h"
 
+#include "board/castling.h"
 #include "movegen/movegen.h"
 #include "search/see.h"
 
@@ -24,18 +25,16 @@ bool special_move_fits(const Position& position, Move move) {
     if (flag == FLAG_QUIET || flag == FLAG_CAPTURE)
         return true;
     if (flag == FLAG_SHORT_CASTLING || flag == FLAG_LONG_CASTLING) {
-        const int home = us == WHITE ? A1 : A8;
-        const int corner = flag == FLAG_SHORT_CASTLING ? home + 7 : home;
-        const int rook_to = flag == FLAG_SHORT_CASTLING ? home + 5 : home + 3;
-        const int king_to = flag == FLAG_SHORT_CASTLING ? home + 6 : home + 2;
-        return move_from(move) == home + 4 && move_to(move) == king_to &&
-               position.board[home + 4] == make_piece(us, KING) &&
-               position.board[corner] == make_piece(us, ROOK) &&
-               position.board[rook_to] == EMPTY_SQUARE && position.board[king_to] == EMPTY_SQUARE;
+        const CastlingMove& castling = castling_move(us, flag);
+        return move_from(move) == castling.king_from && move_to(move) == castling.king_to &&
+               position.board[castling.king_from] == make_piece(us, KING) &&
+               position.board[castling.rook_from] == make_piece(us, ROOK) &&
+               position.board[castling.rook_to] == EMPTY_SQUARE &&
+               position.board[castling.king_to] == EMPTY_SQUARE;
     }
     if (position.board[move_from(move)] != make_piece(us, PAWN))
         return false;
-    const int behind = us == WHITE ? move_to(move) - 8 : move_to(move) + 8;
+    const int behind = move_to(move) - forward_step(us);
     if (flag == FLAG_EN_PASSANT)
         return behind >= 0 && behind < SQUARE_COUNT &&
                position.board[behind] == make_piece(us ^ 1, PAWN) &&

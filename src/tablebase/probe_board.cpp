@@ -88,12 +88,9 @@ bool captures_en_passant(const ProbeBoard& board, Bitboard attacks) {
 Bitboard pawn_pushes(int from, bool white, Bitboard occupancy) {
     const Bitboard pawn = square_bit(from);
     const Bitboard empty = ~occupancy;
-    if (white) {
-        const Bitboard once = (pawn << 8) & empty;
-        return once | (((once & RANK_3) << 8) & empty);
-    }
-    const Bitboard once = (pawn >> 8) & empty;
-    return once | (((once & RANK_6) >> 8) & empty);
+    const int colour = white ? WHITE : BLACK;
+    const Bitboard once = forward_squares(pawn, colour) & empty;
+    return once | (forward_squares(once & (white ? RANK_3 : RANK_6), colour) & empty);
 }
 
 // Whether a man other than the king of the colour opposite to `white` attacks the square.
@@ -283,7 +280,7 @@ bool board_play(ProbeBoard& next, const ProbeBoard& board, ProbeMove move) {
         next.halfmove = 0;
         next.ep_square = passed_square(board, from, to, white);
         if (next.ep_square == 0 && board.ep_square != 0 && to == board.ep_square) {
-            const Bitboard captured = white ? target >> 8 : target << 8;
+            const Bitboard captured = forward_squares(target, white ? BLACK : WHITE);
             next.white &= ~captured;
             next.black &= ~captured;
             next.pawns &= ~captured;

@@ -12,6 +12,12 @@ namespace {
 
 using Generator = Move* (*)(const Position&, Move*);
 
+// The castling moves among all.
+Move* castling_moves(const Position& position, Move* out) {
+    Move moves[MAX_MOVES];
+    return std::copy_if(moves, generate_pseudo_legal(position, moves), out, is_castling);
+}
+
 // The moves as text with their flags, "e2e4/1 ...", in the order generated.
 std::string listed(const Position& position, Generator generate) {
     Move moves[MAX_MOVES];
@@ -49,13 +55,13 @@ TEST(Generators, OrderOfEmission) {
         {"7k/8/3n4/2PpP3/8/8/8/K7 w - d6 0 1", generate_captures, "e5d6/4 c5d6/4"},
         {"7k/8/8/8/8/8/8/K6P w - h8 0 1", generate_captures, ""},
         // Castling needs its men at home, whatever the FEN says.
-        {"4k3/8/8/8/8/8/8/R3K2R w KQ - 0 1", generate_castling_moves, "e1g1/2 e1c1/3"},
-        {"4k3/8/8/8/8/8/8/3K3R w KQ - 0 1", generate_castling_moves, ""},
-        {"4k3/8/8/8/8/8/8/R3K2N w KQ - 0 1", generate_castling_moves, "e1c1/3"},
+        {"4k3/8/8/8/8/8/8/R3K2R w KQ - 0 1", castling_moves, "e1g1/2 e1c1/3"},
+        {"4k3/8/8/8/8/8/8/3K3R w KQ - 0 1", castling_moves, ""},
+        {"4k3/8/8/8/8/8/8/R3K2N w KQ - 0 1", castling_moves, "e1c1/3"},
         // An attack matters on the squares of the king, the last one too, not beside the rook.
-        {"2r1k1r1/8/8/8/8/8/8/R3K2R w KQ - 0 1", generate_castling_moves, ""},
-        {"r3k2r/8/8/8/8/8/8/2R1K1R1 b kq - 0 1", generate_castling_moves, ""},
-        {"1r2k3/8/8/8/8/8/8/R3K2R w KQ - 0 1", generate_castling_moves, "e1g1/2 e1c1/3"},
+        {"2r1k1r1/8/8/8/8/8/8/R3K2R w KQ - 0 1", castling_moves, ""},
+        {"r3k2r/8/8/8/8/8/8/2R1K1R1 b kq - 0 1", castling_moves, ""},
+        {"1r2k3/8/8/8/8/8/8/R3K2R w KQ - 0 1", castling_moves, "e1g1/2 e1c1/3"},
     };
     for (const Row& row : rows)
         EXPECT_EQ(listed(position_from(row.fen), row.generate), row.moves) << row.fen;
