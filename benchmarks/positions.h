@@ -3,6 +3,8 @@
 #pragma once
 
 #include "board/attacks.h"
+#include "board/fen.h"
+#include "board/keys.h"
 #include "board/make_move.h"
 #include "eval/evaluate.h"
 #include "movegen/legality.h"

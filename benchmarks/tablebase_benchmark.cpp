@@ -6,6 +6,7 @@
 // searches print their info lines on standard output, the results go to standard error. The warm
 // probes read thousands of random positions of all these tables.
 #include "board/bitboard.h"
+#include "board/fen.h"
 #include "board/position.h"
 #include "search/root.h"
 #include "shell/startup.h"

@@ -1,5 +1,6 @@
 // A book file, probed from positions that stand for all kinds of moves. The first byte of a record
 // may ask for the key of one of them.
+#include "board/fen.h"
 #include "book/book.h"
 #include "book/polyglot_key.h"
 #include "movegen/legality.h"

@@ -1,5 +1,6 @@
 // The images of a WDL and a DTZ file, probed at positions that the input chooses. The files stand
 // on the heap, where AddressSanitizer sees a read beyond their end: this program has no others.
+#include "board/fen.h"
 #include "platform/file_mapping.h"
 #include "shell/startup.h"
 #include "tablebase/syzygy.h"

@@ -1,16 +1,12 @@
-// Reading a FEN. The parser takes the text character by character and settles for whatever it
-// finds: each field skips exactly what it says, missing fields get defaults, and only an unusable
-// character in the board field is a failure.
+#include "board/fen.h"
 
 #include "board/bitboard.h"
-#include "board/position.h"
+#include "board/keys.h"
 
 #include <cassert>
 #include <cstring>
 
 namespace brindlemoth {
-
-const char* const starting_fen = "rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq - 0 1";
 
 namespace {
 
@@ -19,8 +15,6 @@ bool at_field_end(const char* text) {
 }
 
 void clear_position(Position& position) {
-    // Wiping 1,024 undo records for every position that is set up is cheap next to a search, and
-    // leaves no trace of an earlier game in the record.
     std::memset(static_cast<void*>(&position), 0, sizeof position);
     std::memset(position.board, EMPTY_SQUARE, sizeof position.board);
     position.ep_square = NO_SQUARE;
@@ -38,8 +32,10 @@ void place_piece(Position& position, int piece, int square) {
     position.psq += psq_table[piece][square];
 }
 
-// Reads the board field and moves `text` to its end. False at a character that is no piece letter
-// or at a piece that would stand off the board.
+// Each read_...() function reads one field and moves `text` behind it.
+
+// Returns false at a character that is not a piece letter and at a piece that would stand off the
+// board.
 bool read_board(Position& position, const char*& text) {
     int file = 0;
     int rank = 7;
@@ -51,11 +47,11 @@ bool read_board(Position& position, const char*& text) {
         } else if (c >= '1' && c <= '8') {
             file += c - '0';
         } else {
-            constexpr const char* LETTERS = "PNBRQKpnbrqk";
-            const char* const letter = std::strchr(LETTERS, c);
+            const char* const letter = std::strchr(PIECE_LETTERS, c);
             if (letter == nullptr || file > 7 || rank < 0)
                 return false;
-            place_piece(position, static_cast<int>(letter - LETTERS), make_square(file, rank));
+            place_piece(position, static_cast<int>(letter - PIECE_LETTERS),
+                        make_square(file, rank));
             ++file;
         }
     }
@@ -63,29 +59,16 @@ bool read_board(Position& position, const char*& text) {
 }
 
 int read_castling(const char*& text) {
+    // The letters stand in the order of the bits of the mask.
+    constexpr const char* LETTERS = "KQkq";
     int rights = 0;
-    for (; !at_field_end(text); ++text) {
-        switch (*text) {
-        case 'K':
-            rights |= WHITE_SHORT;
-            break;
-        case 'Q':
-            rights |= WHITE_LONG;
-            break;
-        case 'k':
-            rights |= BLACK_SHORT;
-            break;
-        case 'q':
-            rights |= BLACK_LONG;
-            break;
-        default:
-            break;
-        }
-    }
+    for (; !at_field_end(text); ++text)
+        if (const char* const letter = std::strchr(LETTERS, *text))
+            rights |= 1 << (letter - LETTERS);
     return rights;
 }
 
-// Two characters that name a square, or '-'. Anything else is no square.
+// NO_SQUARE unless the next two characters name a square.
 int read_ep_square(const char*& text) {
     if (*text == '-') {
         ++text;
@@ -102,8 +85,7 @@ int read_ep_square(const char*& text) {
     return make_square(file, rank);
 }
 
-// Reads up to the end of the field as decimal digits, whatever the characters are; the value
-// wraps around at 32 bits.
+// Takes every character of the field as a decimal digit. The value wraps at 32 bits.
 int read_counter(const char*& text) {
     std::uint32_t value = 0;
     for (; !at_field_end(text); ++text)

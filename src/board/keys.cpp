@@ -1,11 +1,10 @@
-// The hash keys and the hash of a position from scratch.
+#include "board/keys.h"
 
 #include "board/bitboard.h"
-#include "board/position.h"
 
 namespace brindlemoth {
 
-Key piece_keys[12][64];
+Key piece_keys[PIECE_COUNT][SQUARE_COUNT];
 Key castling_keys[16];
 Key ep_file_keys[8];
 Key side_key;

@@ -2,6 +2,7 @@
 
 #include "board/bitboard.h"
 #include "board/castling.h"
+#include "board/keys.h"
 
 #include <cassert>
 

@@ -1,14 +1,13 @@
 #include "board/position.h"
 
 #include "board/bitboard.h"
-#include "platform/standard_output.h"
 
 #include <cstring>
 #include <initializer_list>
 
 namespace brindlemoth {
 
-Score psq_table[12][64];
+Score psq_table[PIECE_COUNT][SQUARE_COUNT];
 
 Score compute_psq(const Position& position) {
     Score sum{};
@@ -51,30 +50,9 @@ const char* move_to_text(Move move) {
         *out++ = static_cast<char>('1' + rank_of(square));
     }
     if (is_promotion(move))
-        *out++ = "nbrq"[move_flag(move) & 3];
+        *out++ = PIECE_LETTERS[make_piece(BLACK, promoted_type(move))];
     *out = '\0';
     return text;
-}
-
-void print_board(const Position& position) {
-    constexpr const char* RULE = "\n  +---+---+---+---+---+---+---+---+\n";
-    print("%s", RULE);
-    for (int rank = 7; rank >= 0; --rank) {
-        char row[] = " . | . | . | . | . | . | . | . |";
-        for (int file = 0; file < 8; ++file)
-            row[4 * file + 1] = "PNBRQKpnbrqk."[position.board[make_square(file, rank)]];
-        print("%d |%s%s", rank + 1, row, RULE);
-    }
-    print("    a   b   c   d   e   f   g   h\n");
-    print("\nSide: %s\n", position.side == WHITE ? "white" : "black");
-    print("Castling: %s%s%s%s\n", position.castling & WHITE_SHORT ? "K" : "",
-          position.castling & WHITE_LONG ? "Q" : "", position.castling & BLACK_SHORT ? "k" : "",
-          position.castling & BLACK_LONG ? "q" : "");
-    if (position.ep_square != NO_SQUARE)
-        print("EP square: %c%d\n", 'a' + file_of(position.ep_square),
-              rank_of(position.ep_square) + 1);
-    print("50-move: %d, Hash: %016llx\n", position.halfmove,
-          static_cast<unsigned long long>(position.key));
 }
 
 } // namespace brindlemoth

@@ -16,8 +16,9 @@ enum : int { WHITE = 0, BLACK = 1 };
 // Piece types. NO_CAPTURE is the "type" that a non-capturing move takes.
 enum : int { PAWN, KNIGHT, BISHOP, ROOK, QUEEN, KING, NO_CAPTURE };
 
-// A piece code is colour * 6 + type, the order of the text "PNBRQKpnbrqk".
+// A piece code is colour * 6 + type.
 constexpr int PIECE_COUNT = 12;
+constexpr char PIECE_LETTERS[] = "PNBRQKpnbrqk"; // by piece code
 
 // What the board keeps for a square: a piece code or EMPTY_SQUARE. This is an enumeration because
 // the compiler has to assume that a store to an 8-bit integer changes any other variable.

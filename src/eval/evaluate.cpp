@@ -1,5 +1,6 @@
 #include "eval/evaluate.h"
 
+#include "board/keys.h"
 #include "eval/endgame.h"
 #include "eval/geometry.h"
 #include "eval/king_safety.h"

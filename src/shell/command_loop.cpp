@@ -1,9 +1,9 @@
 #include "shell/command_loop.h"
 
+#include "board/fen.h"
 #include "eval/evaluate.h"
 #include "input/line_reader.h"
 #include "input/poll_input.h"
-#include "movegen/perft.h"
 #include "platform/standard_output.h"
 #include "search/search_state.h"
 #include "shell/diagnostics.h"
@@ -32,72 +32,31 @@ struct Command {
     Handler run;
 };
 
-void run_uci(const char*, Position&) {
-    cmd_uci();
-}
-
-void run_isready(const char*, Position&) {
-    print("readyok\n");
-}
-
-void run_ucinewgame(const char*, Position& position) {
-    clear_search_memory();
-    position_set_fen(position, starting_fen);
-}
-
-void run_stop(const char*, Position&) {
-    stop_flag = 1;
-}
-
-void run_setoption(const char* line, Position&) {
-    cmd_setoption(line);
-}
-
-void run_d(const char*, Position& position) {
-    print_board(position);
-}
-
-void run_perfttest(const char*, Position&) {
-    perft_suite();
-}
-
-void run_perft(const char* line, Position& position) {
-    perft_divide(position, std::max(read_number(line + std::strlen("perft")), 1));
-}
-
-void run_bench(const char* line, Position&) {
-    cmd_bench(read_number(line + std::strlen("bench")));
-}
-
-void run_eval(const char*, Position& position) {
-    eval_trace(position);
-}
-
-void run_dupcheck(const char*, Position& position) {
-    cmd_dupcheck(position);
-}
-
-void run_illegalcheck(const char*, Position& position) {
-    cmd_illegalcheck(position);
-}
-
 // The first entry that matches is run, so perfttest must stand before perft. Any line that begins
 // with "go" is a go command, "goodbye" too.
 constexpr Command COMMANDS[] = {
-    {"uci", true, run_uci},
-    {"isready", true, run_isready},
-    {"ucinewgame", true, run_ucinewgame},
+    {"uci", true, [](const char*, Position&) { cmd_uci(); }},
+    {"isready", true, [](const char*, Position&) { print("readyok\n"); }},
+    {"ucinewgame", true,
+     [](const char*, Position& position) {
+         clear_search_memory();
+         position_set_fen(position, starting_fen);
+     }},
     {"position", false, cmd_position},
     {"go", false, cmd_go},
-    {"stop", true, run_stop},
-    {"setoption", false, run_setoption},
-    {"d", true, run_d},
-    {"perfttest", true, run_perfttest},
-    {"perft", false, run_perft},
-    {"bench", false, run_bench},
-    {"eval", true, run_eval},
-    {"dupcheck", true, run_dupcheck},
-    {"illegalcheck", true, run_illegalcheck},
+    {"stop", true, [](const char*, Position&) { stop_flag = 1; }},
+    {"setoption", false, [](const char* line, Position&) { cmd_setoption(line); }},
+    {"d", true, [](const char*, Position& position) { print_board(position); }},
+    {"perfttest", true, [](const char*, Position&) { perft_suite(); }},
+    {"perft", false,
+     [](const char* line, Position& position) {
+         perft_divide(position, std::max(read_number(line + std::strlen("perft")), 1));
+     }},
+    {"bench", false,
+     [](const char* line, Position&) { cmd_bench(read_number(line + std::strlen("bench"))); }},
+    {"eval", true, [](const char*, Position& position) { eval_trace(position); }},
+    {"dupcheck", true, [](const char*, Position& position) { cmd_dupcheck(position); }},
+    {"illegalcheck", true, [](const char*, Position& position) { cmd_illegalcheck(position); }},
 };
 
 } // namespace

@@ -2,7 +2,6 @@
 // status is 0 in every case but one: the endgame tables end the process with status 1 if the system
 // refuses memory for their registry or the mapping of a file (tablebase/table_file.cpp).
 
-#include "movegen/perft.h"
 #include "shell/command_loop.h"
 #include "shell/diagnostics.h"
 #include "shell/startup.h"

@@ -1,5 +1,6 @@
 #include "shell/position_command.h"
 
+#include "board/fen.h"
 #include "board/make_move.h"
 #include "movegen/legality.h"
 #include "search/score_scale.h"

@@ -1,7 +1,7 @@
 #include "shell/startup.h"
 
 #include "board/attacks.h"
-#include "board/position.h"
+#include "board/keys.h"
 #include "eval/evaluate.h"
 #include "search/search.h"
 #include "search/transposition.h"

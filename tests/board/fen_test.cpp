@@ -1,4 +1,6 @@
 #include "board/bitboard.h"
+#include "board/fen.h"
+#include "board/keys.h"
 #include "board/position.h"
 #include "support/support.h"
 
@@ -60,17 +62,6 @@ TEST(Fen, FieldsAndDefaults) {
         // After a failure the castling field was never read, and so never hashed.
         EXPECT_EQ(position.key, compute_key(position) ^ (row.usable ? 0 : castling_keys[0]));
     }
-}
-
-TEST(PrintBoard, ShowsThePointsAndTheStateLines) {
-    testing::internal::CaptureStdout();
-    print_board(position_from("4k2r/8/8/8/4P3/8/8/R3K3 b Qk e3 9 1"));
-    const std::string text = testing::internal::GetCapturedStdout();
-    const std::string rule = "\n  +---+---+---+---+---+---+---+---+\n";
-    EXPECT_EQ(text.find(rule + "8 | . | . | . | . | k | . | . | r |" + rule), 0U);
-    EXPECT_NE(text.find("    a   b   c   d   e   f   g   h\n\nSide: black\nCastling: Qk\n"
-                        "EP square: e3\n50-move: 9, Hash: "),
-              std::string::npos);
 }
 
 } // namespace

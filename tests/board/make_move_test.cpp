@@ -1,4 +1,5 @@
 #include "board/bitboard.h"
+#include "board/keys.h"
 #include "board/make_move.h"
 #include "movegen/legality.h"
 #include "movegen/movegen.h"

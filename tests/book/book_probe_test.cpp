@@ -1,4 +1,5 @@
 // The moves of the book: with records made here, and with genuine books where they are available.
+#include "board/fen.h"
 #include "board/make_move.h"
 #include "book/book.h"
 #include "book/polyglot_key.h"

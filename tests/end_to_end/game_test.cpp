@@ -1,4 +1,5 @@
 // A whole game of the engine against itself by the clock, refereed by the test.
+#include "board/fen.h"
 #include "board/make_move.h"
 #include "movegen/legality.h"
 #include "support/engine_process.h"

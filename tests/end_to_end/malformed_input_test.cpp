@@ -1,6 +1,8 @@
 // No input can harm the engine: thousands of malformed positions and command lines, made from fixed
 // seeds and run through the dispatcher inside this process, where sanitizers and assertions watch.
 #include "board/bitboard.h"
+#include "board/fen.h"
+#include "board/keys.h"
 #include "board/position.h"
 #include "movegen/legality.h"
 #include "shell/command_loop.h"

@@ -1,4 +1,5 @@
 // The book and its options, through the commands of a front end.
+#include "board/fen.h"
 #include "book/polyglot_key.h"
 #include "support/book_file.h"
 #include "support/captured_output.h"

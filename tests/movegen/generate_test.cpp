@@ -1,3 +1,4 @@
+#include "board/fen.h"
 #include "board/make_move.h"
 #include "movegen/legality.h"
 #include "movegen/movegen.h"

@@ -1,3 +1,4 @@
+#include "board/fen.h"
 #include "movegen/legality.h"
 #include "movegen/perft.h"
 #include "support/support.h"
@@ -29,15 +30,6 @@ TEST(Perft, KnownCounts) {
         for (int depth = 1; depth <= 4 && row.counts[depth - 1] < 500000; ++depth)
             EXPECT_EQ(perft(position, depth), row.counts[depth - 1]) << row.fen << ' ' << depth;
     }
-}
-
-TEST(Perft, DivideListsEachLegalMove) {
-    Position position = position_from(starting_fen);
-    testing::internal::CaptureStdout();
-    perft_divide(position, 2);
-    const std::string text = testing::internal::GetCapturedStdout();
-    EXPECT_EQ(text.find("a2a3: 20\nb2b3: 20\n"), 0U);
-    EXPECT_NE(text.find("\ng1h3: 20\nTotal: 400\n"), std::string::npos);
 }
 
 } // namespace

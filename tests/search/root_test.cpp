@@ -1,4 +1,5 @@
 // Whole searches, by what they print and leave behind.
+#include "board/fen.h"
 #include "board/make_move.h"
 #include "movegen/legality.h"
 #include "search/root.h"

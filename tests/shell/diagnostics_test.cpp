@@ -1,4 +1,5 @@
 #include "board/bitboard.h"
+#include "board/fen.h"
 #include "eval/evaluate.h"
 #include "search/root.h"
 #include "search/transposition.h"
@@ -50,6 +51,23 @@ TEST_F(Bench, Signature) {
                 << joined(lines);
         }
     }
+}
+
+TEST(PrintBoard, ShowsThePointsAndTheStateLines) {
+    const std::string text = joined(
+        output_of([&] { print_board(position_from("4k2r/8/8/8/4P3/8/8/R3K3 b Qk e3 9 1")); }));
+    const std::string rule = "\n  +---+---+---+---+---+---+---+---+\n";
+    EXPECT_EQ(text.find(rule + "8 | . | . | . | . | k | . | . | r |" + rule), 0U);
+    EXPECT_NE(text.find("    a   b   c   d   e   f   g   h\n\nSide: black\nCastling: Qk\n"
+                        "EP square: e3\n50-move: 9, Hash: "),
+              std::string::npos);
+}
+
+TEST(Perft, DivideListsEachLegalMove) {
+    Position position = position_from(starting_fen);
+    const std::string text = joined(output_of([&] { perft_divide(position, 2); }));
+    EXPECT_EQ(text.find("a2a3: 20\nb2b3: 20\n"), 0U);
+    EXPECT_NE(text.find("\ng1h3: 20\nTotal: 400\n"), std::string::npos);
 }
 
 TEST(Dupcheck, CountsAndReportsPairs) {

@@ -1,3 +1,4 @@
+#include "board/fen.h"
 #include "shell/position_command.h"
 #include "support/support.h"
 

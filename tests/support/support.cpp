@@ -1,5 +1,6 @@
 #include "support/support.h"
 
+#include "board/fen.h"
 #include "board/make_move.h"
 #include "movegen/legality.h"
 

@@ -2,6 +2,7 @@
 // against a search of one ply over the same tables, and wins played out to mate. The directory is
 // that of the environment variable TABLES, or one with tables of three men made here; POSITIONS and
 // WINS say how many.
+#include "board/fen.h"
 #include "board/make_move.h"
 #include "board/position.h"
 #include "tablebase/syzygy.h"
