@@ -31,7 +31,7 @@ constexpr std::array<Step, 8> KING_STEPS = {
 constexpr std::array<Step, 4> BISHOP_STEPS = {{{1, 1}, {1, -1}, {-1, -1}, {-1, 1}}};
 constexpr std::array<Step, 4> ROOK_STEPS = {{{0, 1}, {1, 0}, {0, -1}, {-1, 0}}};
 
-Bitboard leaper_attacks(int square, const std::array<Step, 8>& steps) {
+Bitboard walk_steps(int square, const std::array<Step, 8>& steps) {
     Bitboard attacks = 0;
     for (const Step step : steps) {
         const int file = file_of(square) + step.file;
@@ -42,8 +42,8 @@ Bitboard leaper_attacks(int square, const std::array<Step, 8>& steps) {
     return attacks;
 }
 
-// Each ray runs outward to the board's edge or to the first occupied square, that one included.
-Bitboard ray_attacks(int square, Bitboard occupancy, const std::array<Step, 4>& steps) {
+// Each ray ends at the edge of the board or at the first occupied square, which belongs to it.
+Bitboard walk_rays(int square, Bitboard occupancy, const std::array<Step, 4>& steps) {
     Bitboard attacks = 0;
     for (const Step step : steps) {
         int file = file_of(square) + step.file;
@@ -60,8 +60,8 @@ Bitboard ray_attacks(int square, Bitboard occupancy, const std::array<Step, 4>& 
     return attacks;
 }
 
-// The squares whose occupancy matters: a ray's last square never blocks anything.
-Bitboard relevant_mask(int square, const std::array<Step, 4>& steps) {
+// The squares that can block: all squares of the rays but the last, which has none behind it.
+Bitboard find_relevant_mask(int square, const std::array<Step, 4>& steps) {
     Bitboard mask = 0;
     for (const Step step : steps) {
         int file = file_of(square) + step.file;
@@ -75,21 +75,22 @@ Bitboard relevant_mask(int square, const std::array<Step, 4>& steps) {
     return mask;
 }
 
-// Fewest men first: each occupancy adds one man below the lowest of an earlier one.
+// Each occupancy is an earlier one with one piece added below its lowest. So every occupancy comes
+// once, and those of fewer pieces come first.
 void list_occupancies(OccupancyList& list, int square, const std::array<Step, 4>& steps) {
-    list.mask = relevant_mask(square, steps);
+    list.mask = find_relevant_mask(square, steps);
     list.bits = popcount(list.mask);
     list.occupancies[0] = 0;
     list.count = 1;
     for (int i = 0; i < list.count; ++i) {
         const Bitboard occupancy = list.occupancies[i];
-        list.attacks[i] = ray_attacks(square, occupancy, steps);
+        list.attacks[i] = walk_rays(square, occupancy, steps);
         for (Bitboard below = list.mask & ~occupancy & (occupancy - 1); below != 0;)
             list.occupancies[list.count++] = occupancy | square_bit(pop_highest(below));
     }
 }
 
-// Sets up the slider squares, their attack sets packed from `block` on.
+// Fills the entries and writes their attack sets one after the other, starting at `block`.
 void init_sliders(MagicEntry (&entries)[64], Bitboard* block, const std::array<Step, 4>& steps) {
     static OccupancyList list;
     for (int square = 0; square < SQUARE_COUNT; ++square) {
@@ -108,22 +109,22 @@ void init_sliders(MagicEntry (&entries)[64], Bitboard* block, const std::array<S
 } // namespace
 
 Bitboard bishop_attacks_slow(int square, Bitboard occupancy) {
-    return ray_attacks(square, occupancy, BISHOP_STEPS);
+    return walk_rays(square, occupancy, BISHOP_STEPS);
 }
 
 Bitboard rook_attacks_slow(int square, Bitboard occupancy) {
-    return ray_attacks(square, occupancy, ROOK_STEPS);
+    return walk_rays(square, occupancy, ROOK_STEPS);
 }
 
 void init_attacks() {
     for (int square = 0; square < SQUARE_COUNT; ++square) {
         for (int colour = WHITE; colour <= BLACK; ++colour)
             pawn_attacks[colour][square] = pawn_attack_set(square_bit(square), colour);
-        knight_attacks[square] = leaper_attacks(square, KNIGHT_STEPS);
-        king_attacks[square] = leaper_attacks(square, KING_STEPS);
+        knight_attacks[square] = walk_steps(square, KNIGHT_STEPS);
+        king_attacks[square] = walk_steps(square, KING_STEPS);
     }
 
-    // The order of the squares and the seed together fix every magic.
+    // The magics depend on this order.
     init_sliders(bishop_magics, bishop_table, BISHOP_STEPS);
     init_sliders(rook_magics, rook_table, ROOK_STEPS);
 }

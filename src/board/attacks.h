@@ -1,5 +1,5 @@
-// Precomputed attack tables: leapers by square, sliders by relevant occupancy.
-// init_attacks() fills everything once at start-up; afterwards all of it is read-only.
+// Precomputed attack tables: pawns, knights and kings by square, sliders by square and relevant
+// occupancy. init_attacks() fills them at start-up, and nothing changes them afterwards.
 #pragma once
 
 #include "board/types.h"
@@ -16,7 +16,7 @@
 
 namespace brindlemoth {
 
-// One slider square: its attack set for an occupancy stands at attacks[slider_index()].
+// A slider on one square: attacks[slider_index()] is its attack set for an occupancy.
 struct MagicEntry {
     Bitboard mask; // relevant occupancy squares
     Bitboard magic;
@@ -33,7 +33,7 @@ extern MagicEntry rook_magics[64];
 // Fills the tables and searches the magics with a fixed seed. Called once.
 void init_attacks();
 
-// The place of an occupancy in the square's block, from 0 to 2^(bits in mask) - 1. Bits of the
+// The index of an occupancy in the square's block, from 0 to 2^(bits in mask) - 1. Bits of the
 // occupancy outside mask have no effect.
 inline std::size_t slider_index(const MagicEntry& entry, Bitboard occupancy) {
 #ifdef BRINDLEMOTH_USE_PEXT
@@ -77,7 +77,7 @@ template <int Type> inline Bitboard attacks_from(int square, int colour, Bitboar
     }
 }
 
-// The same sets by walking the rays, as start-up does to fill the tables: slow, for tests.
+// The same sets, found by walking the rays. Start-up fills the tables in this way. Slow, for tests.
 Bitboard bishop_attacks_slow(int square, Bitboard occupancy);
 Bitboard rook_attacks_slow(int square, Bitboard occupancy);
 

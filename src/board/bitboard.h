@@ -1,4 +1,4 @@
-// Bit helpers and the few fixed masks that are worth a name.
+// Operations on bitboards, and some masks.
 #pragma once
 
 #include "board/types.h"
@@ -42,7 +42,7 @@ constexpr int pop_lowest(Bitboard& b) {
     b &= b - 1;
     return square;
 }
-// Likewise the highest.
+// The same for the highest.
 constexpr int pop_highest(Bitboard& b) {
     const int square = 63 - std::countl_zero(b);
     b ^= 1ULL << square;

@@ -10,9 +10,12 @@ namespace brindlemoth {
 
 namespace {
 
-// The random numbers are the outputs of an xorshift64* generator. A step of its state is linear
-// over the bits, so that any number of steps at once is the product with a matrix: places of the
-// stream far apart, the lanes, can be worked out side by side.
+// The random numbers are the outputs of an xorshift64* generator. Each state depends on the one
+// before it, so a plain loop computes one number at a time, and the searches draw 14.5 million
+// candidates of three numbers each. A step is linear over the bits of the state, so any number of
+// steps is the product with one bit matrix. This jump gives the state at 16 places of the stream,
+// and the numbers behind these places, the lanes, are computed at the same time by vector
+// instructions.
 
 constexpr std::uint64_t STREAM_SEED = 0x1234567890ABCDEFULL;
 constexpr std::uint64_t OUTPUT_FACTOR = 0x2545F4914F6CDD1DULL;
@@ -27,44 +30,44 @@ constexpr std::uint64_t next_state(std::uint64_t x) {
     return x;
 }
 
-// A fixed number of steps: what becomes of each bit of the state.
+// The matrix of a fixed number of steps: column b is the result for the state with bit b alone.
 struct Jump {
     std::uint64_t columns[64];
 };
 
-std::uint64_t jump_ahead(const Jump& jump, std::uint64_t state) {
+std::uint64_t apply_jump(const Jump& jump, std::uint64_t state) {
     std::uint64_t sum = 0;
     while (state != 0)
         sum ^= jump.columns[pop_lowest(state)];
     return sum;
 }
 
-// The steps of one lane: three for each candidate.
-Jump lane_jump() {
+// The jump over one lane: three steps for each candidate.
+Jump make_lane_jump() {
     Jump jump;
     for (int bit = 0; bit < 64; ++bit)
         jump.columns[bit] = next_state(next_state(next_state(1ULL << bit)));
     for (int candidates = 1; candidates < LANE_LENGTH; candidates *= 2) {
         const Jump half = jump;
         for (std::uint64_t& column : jump.columns)
-            column = jump_ahead(half, column);
+            column = apply_jump(half, column);
     }
     return jump;
 }
 
-// Of the generator, behind the block of candidates drawn last. Never reset, so that all searches
+// The state of the generator after the last block of candidates. It is never reset, so all searches
 // share one stream.
 std::uint64_t magic_rng_state = STREAM_SEED;
 
-// A stretch of the stream of candidates.
+// Consecutive candidates of the stream.
 struct CandidateBlock {
-    const Bitboard* next = candidates + BLOCK_SIZE;
+    const Bitboard* next = candidates + BLOCK_SIZE; // the first that is not tested yet
     Bitboard candidates[BLOCK_SIZE];
 };
 
 void refill(CandidateBlock& block) {
-    static const Jump jump = lane_jump();
-    // The three states of each candidate, the lanes side by side.
+    static const Jump jump = make_lane_jump();
+    // The three states of each candidate. Element LANES * i + k is candidate i of lane k.
     static std::uint64_t first[BLOCK_SIZE];
     static std::uint64_t second[BLOCK_SIZE];
     static std::uint64_t third[BLOCK_SIZE + LANES];
@@ -72,7 +75,7 @@ void refill(CandidateBlock& block) {
     // Each lane begins where the one before it ends.
     third[0] = magic_rng_state;
     for (int lane = 1; lane < LANES; ++lane)
-        third[lane] = jump_ahead(jump, third[lane - 1]);
+        third[lane] = apply_jump(jump, third[lane - 1]);
     for (int row = 0; row < BLOCK_SIZE; row += LANES) {
         for (int i = row; i < row + LANES; ++i) {
             first[i] = next_state(third[i]);
@@ -82,7 +85,8 @@ void refill(CandidateBlock& block) {
     }
     magic_rng_state = third[BLOCK_SIZE + LANES - 1];
 
-    // Back in the order of the stream. Three outputs are ANDed, so that few bits are set.
+    // Write the candidates in the order of the stream. Each is the AND of three outputs, which has
+    // few bits set.
     Bitboard* out = block.candidates;
     for (int lane = 0; lane < LANES; ++lane)
         for (int i = lane; i < BLOCK_SIZE; i += LANES)
@@ -94,26 +98,28 @@ void refill(CandidateBlock& block) {
 constexpr int MAX_MAGIC_ATTEMPTS = 100'000'000;
 constexpr int MIN_TOP_BITS = 6; // of the top byte of candidate times mask
 
-// Notes which candidates from `first` to `end` pass the quick filter; returns the end of the notes.
-// Without a branch, since one in eight passes and nothing tells which.
+// Writes the candidates from `first` to `end` that pass the quick filter to `passed`, and returns
+// the end of what it wrote. The loop has no branch, because the processor could not predict it: one
+// candidate in eight passes.
 const Bitboard** filter_candidates(const Bitboard* first, const Bitboard* end, Bitboard mask,
-                                   const Bitboard** notes) {
+                                   const Bitboard** passed) {
     for (const Bitboard* candidate = first; candidate != end; ++candidate) {
-        *notes = candidate;
-        notes += popcount((*candidate * mask) >> 56) >= MIN_TOP_BITS ? 1 : 0;
+        *passed = candidate;
+        passed += popcount((*candidate * mask) >> 56) >= MIN_TOP_BITS ? 1 : 0;
     }
-    return notes;
+    return passed;
 }
 
-// A man alone on the board must not share index 0 with the empty board, where the slider attacks
-// more. Five of six candidates that pass the filter fail here.
-struct LoneManTest {
+// A quick test for one kind of clash: a single piece on the board must not have index 0, the index
+// of the empty board, because the slider attacks more squares there. Five of six candidates that
+// pass the filter fail this test.
+struct SinglePieceTest {
     int shifts[4];       // together they spread a bit over as many places as an index has bits
     Bitboard top_places; // bit 63 - s for each square s of the mask
 };
 
-LoneManTest lone_man_test(const OccupancyList& list) {
-    LoneManTest test{};
+SinglePieceTest make_single_piece_test(const OccupancyList& list) {
+    SinglePieceTest test{};
     int width = 1;
     for (int& shift : test.shifts) {
         shift = std::min(width, list.bits - width);
@@ -124,20 +130,18 @@ LoneManTest lone_man_test(const OccupancyList& list) {
     return test;
 }
 
-// The index of a man alone on square s is the bits of the candidate from place 63 - s down: if one
-// of them is set, the upward spread reaches that place.
-bool lone_man_clashes(const LoneManTest& test, Bitboard candidate) {
+// The index of a single piece on square s consists of the bits of the candidate from place 63 - s
+// down. If one of them is set, spreading the bits upward reaches that place.
+bool has_single_piece_clash(const SinglePieceTest& test, Bitboard candidate) {
     Bitboard spread = candidate;
     for (const int shift : test.shifts)
         spread |= spread << shift;
     return (test.top_places & ~spread) != 0;
 }
 
-// Whether two occupancies with different attack sets share an index. Fewest men first finds most
-// clashes soonest.
-bool any_clash(const OccupancyList& list, Bitboard candidate) {
-    // An entry counts as free unless this very trial wrote it, so that each starts with an empty
-    // table at no cost.
+// Whether two occupancies with different attack sets share an index.
+bool has_clash(const OccupancyList& list, Bitboard candidate) {
+    // An entry is free unless its trial is the present one, so the table need not be cleared.
     struct Entry {
         Bitboard attacks;
         std::uint64_t trial;
@@ -160,7 +164,7 @@ Bitboard find_magic(int square, const OccupancyList& list) {
     static CandidateBlock block;
     static const Bitboard* survivors[BLOCK_SIZE + 1];
     const Bitboard* const block_end = block.candidates + BLOCK_SIZE;
-    const LoneManTest lone_man = lone_man_test(list);
+    const SinglePieceTest single_piece_test = make_single_piece_test(list);
 
     for (std::ptrdiff_t attempts_left = MAX_MAGIC_ATTEMPTS; attempts_left > 0;) {
         if (block.next == block_end)
@@ -170,7 +174,8 @@ Bitboard find_magic(int square, const OccupancyList& list) {
             filter_candidates(block.next, end, list.mask, survivors);
         for (const Bitboard** survivor = survivors; survivor != survivors_end; ++survivor) {
             const Bitboard candidate = **survivor;
-            if (!lone_man_clashes(lone_man, candidate) && !any_clash(list, candidate)) {
+            if (!has_single_piece_clash(single_piece_test, candidate) &&
+                !has_clash(list, candidate)) {
                 block.next = *survivor + 1;
                 return candidate;
             }

@@ -1,5 +1,4 @@
-// The search for the magic multipliers of the sliders, run afresh at every start. Called by
-// init_attacks() alone.
+// The search for the magic multipliers of the sliders. init_attacks() calls it at every start.
 #pragma once
 
 #include "board/types.h"
@@ -8,19 +7,21 @@ namespace brindlemoth {
 
 constexpr int MAX_MAGIC_BITS = 12;
 
-// What a slider attacks from one square, for every subset of the squares whose occupancy matters.
+// The attacks of a slider on one square for each occupancy of the squares that can block it. The
+// occupancies are in order of their number of pieces, because most clashes of a candidate are
+// between occupancies of few pieces.
 struct OccupancyList {
-    Bitboard mask;                             // those squares
+    Bitboard mask;                             // the squares that can block
     int bits;                                  // their number
     int count;                                 // 2^bits
-    Bitboard occupancies[1 << MAX_MAGIC_BITS]; // fewest men first, beginning with none
+    Bitboard occupancies[1 << MAX_MAGIC_BITS]; // the first is 0
     Bitboard attacks[1 << MAX_MAGIC_BITS];
 };
 
-// Returns a multiplier that maps every occupancy of the list to a table index of `bits` bits
-// without a harmful clash. After 100,000,000 failed candidates it says so on standard error and
-// returns 0. The candidates come from one random stream with a fixed seed, which every call
-// continues: in a fixed order of the squares the same magics are found every time.
+// Returns a multiplier that maps each occupancy of the list to an index of `bits` bits, so that
+// occupancies with the same index have the same attacks. After 100,000,000 failed candidates it
+// prints a message on standard error and returns 0. All calls share one random stream with a fixed
+// seed, so the magics depend on the order of the calls and are the same at every start.
 Bitboard find_magic(int square, const OccupancyList& list);
 
 } // namespace brindlemoth

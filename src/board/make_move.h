@@ -1,5 +1,5 @@
-// Playing a move on a position in place and taking it back exactly. The innermost operations of
-// search and perft: they allocate nothing and test nothing.
+// Making a move on a position and unmaking it, which restores the position exactly. Nothing tests
+// whether the move is possible.
 #pragma once
 
 #include "board/position.h"

@@ -1,7 +1,7 @@
 // The packed evaluation score: a middle-game and an end-game value in one signed 32-bit integer,
-// eg * 65536 + mg, so that one addition updates both. A negative low half borrows from the high
-// half, and nothing takes that borrow back: eg_value(S(-5, 10)) is 9.
-// Sums wrap in two's complement, so that a board full of queens is no undefined behaviour.
+// eg * 65536 + mg, so that one addition updates both. A negative low half borrows 1 from the high
+// half, and eg_value() does not correct this: eg_value(S(-5, 10)) is 9.
+// Sums wrap in two's complement, so that no position causes an undefined overflow.
 #pragma once
 
 #include <cstdint>
@@ -47,7 +47,7 @@ constexpr Score S(int mg, int eg) {
 constexpr int mg_value(Score s) {
     return static_cast<std::int16_t>(static_cast<std::uint32_t>(raw(s)));
 }
-// Bits 16 to 31, signed; the borrow of a negative low half stays in.
+// Bits 16 to 31, signed, with the borrow of a negative low half.
 constexpr int eg_value(Score s) {
     return static_cast<std::int16_t>(static_cast<std::uint32_t>(raw(s)) >> 16);
 }

@@ -1,6 +1,5 @@
-// The vocabulary of the whole program: colours, pieces, squares, bitboards, moves and move lists.
-// Everything is a plain integer with named values, so that tables are indexed without casts.
-// Included by nearly every file; includes nothing of the project.
+// The types of the whole program: colours, pieces, squares, bitboards, moves and move lists. They
+// are integers with named values, so that they index tables without casts.
 #pragma once
 
 #include <cstdint>
@@ -13,21 +12,21 @@ using Key = std::uint64_t;
 // Colours.
 enum : int { WHITE = 0, BLACK = 1 };
 
-// Piece types. NO_CAPTURE is the "type" that a non-capturing move takes.
+// Piece types. NO_CAPTURE stands for the captured type of a move that captures nothing.
 enum : int { PAWN, KNIGHT, BISHOP, ROOK, QUEEN, KING, NO_CAPTURE };
 
 // A piece code is colour * 6 + type.
 constexpr int PIECE_COUNT = 12;
 constexpr char PIECE_LETTERS[] = "PNBRQKpnbrqk"; // by piece code
 
-// What the board keeps for a square: a piece code or EMPTY_SQUARE. This is an enumeration because
-// the compiler has to assume that a store to an 8-bit integer changes any other variable.
+// The content of a square of the board: a piece code or EMPTY_SQUARE. This is an enumeration
+// because the compiler has to assume that a store to an 8-bit integer changes any other variable.
 enum SquareContent : std::uint8_t { EMPTY_SQUARE = PIECE_COUNT };
 
 constexpr int make_piece(int colour, int type) {
     return colour * 6 + type;
 }
-// Of a piece; neither means anything for EMPTY_SQUARE.
+// Of a piece code. The result for EMPTY_SQUARE has no meaning.
 constexpr int piece_colour(int piece) {
     return piece < make_piece(BLACK, PAWN) ? WHITE : BLACK;
 }
@@ -59,15 +58,15 @@ constexpr int rank_of(int square) {
 constexpr int make_square(int file, int rank) {
     return rank * 8 + file;
 }
-// Whether such a square exists.
+// Whether file and rank are both from 0 to 7.
 constexpr bool on_board(int file, int rank) {
     return ((file | rank) & ~7) == 0;
 }
-// The square mirrored top to bottom: a1 and a8 change places.
+// The square with its rank mirrored: a1 becomes a8.
 constexpr int flip_rank(int square) {
     return square ^ 56;
 }
-// 0 for a square of a1's colour, 1 for one of b1's.
+// 0 for a square of the colour of a1, 1 for one of the colour of b1.
 constexpr int square_parity(int square) {
     return (file_of(square) + rank_of(square)) & 1;
 }
@@ -78,7 +77,7 @@ enum : int { WHITE_SHORT = 1, WHITE_LONG = 2, BLACK_SHORT = 4, BLACK_LONG = 8 };
 // A move: bits 0 to 5 the from-square, 6 to 11 the to-square, 12 to 15 the flag.
 using Move = std::uint16_t;
 
-// Move flags. Bit 3 of a flag says promotion, bit 2 capture; the promoted piece's type is
+// Move flags. Bit 3 of a flag means promotion, bit 2 capture. The type of the promoted piece is
 // (flag & 3) + 1.
 enum : int {
     FLAG_QUIET = 0,
@@ -92,7 +91,7 @@ enum : int {
 };
 
 constexpr Move MOVE_NONE = 0;
-constexpr Move MOVE_NULL = 65; // from and to both b1: the mark of a passed turn
+constexpr Move MOVE_NULL = 65; // from b1 to b1: a null move
 
 constexpr Move make_move_code(int from, int to, int flag) {
     return static_cast<Move>(from | (to << 6) | (flag << 12));
@@ -103,7 +102,7 @@ constexpr int move_from(Move move) {
 constexpr int move_to(Move move) {
     return (move >> 6) & 63;
 }
-// Both squares in one number, from 0 to 4095.
+// From-square and to-square in one number from 0 to 4095.
 constexpr int move_squares(Move move) {
     return move & 4095;
 }
@@ -119,13 +118,13 @@ constexpr bool is_capture(Move move) {
 constexpr bool is_castling(Move move) {
     return move_flag(move) == FLAG_SHORT_CASTLING || move_flag(move) == FLAG_LONG_CASTLING;
 }
-// The type that a promotion puts on the board; meaningless for other moves.
+// The type of the piece that the pawn becomes. The result for other moves has no meaning.
 constexpr int promoted_type(Move move) {
     return ((move >> 12) & 3) + 1;
 }
 
-// No list of moves is longer than this; what a FEN with more pieces than a game can have
-// would add is dropped.
+// The capacity of every list of moves. Only a FEN with more pieces than a game can have gives more
+// moves, and these are dropped.
 constexpr int MAX_MOVES = 256;
 
 struct MoveList {

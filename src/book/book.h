@@ -27,8 +27,7 @@ extern bool own_book;
 bool book_load(const char* path);
 
 // Returns a legal move of the book, chosen at random by the weights. Returns MOVE_NONE if the book
-// is off, does not contain the position, or the chosen move is not legal. The position is unchanged
-// afterwards.
-Move book_probe(Position& position);
+// is off, does not contain the position, or the chosen move is not legal.
+Move book_probe(const Position& position);
 
 } // namespace brindlemoth

@@ -106,7 +106,7 @@ Move decode_move(const Position& position, int book_move) {
 
 } // namespace
 
-Move book_probe(Position& position) {
+Move book_probe(const Position& position) {
     if (!own_book || book_entry_count == 0)
         return MOVE_NONE;
     const std::uint64_t key = polyglot_key(position);

@@ -30,7 +30,7 @@ void print_best_move(Move move) {
 }
 
 // The move of the endgame tables, or MOVE_NONE when they have none.
-Move probe_root(Position& position) {
+Move probe_root(const Position& position) {
     if (syzygy_probe_limit == 0 || position.castling != 0 ||
         popcount(position.all_pieces) > syzygy_probe_limit)
         return MOVE_NONE;

@@ -51,7 +51,7 @@ int promoted_type_of(ProbeMove move) {
 }
 
 // The legal move of the engine that is the same as `wanted`, or MOVE_NONE.
-Move matching_move(Position& position, ProbeMove wanted) {
+Move matching_move(const Position& position, ProbeMove wanted) {
     MoveList legal;
     generate_legal(position, legal);
     for (int i = 0; i < legal.count; ++i) {
@@ -107,7 +107,7 @@ std::uint16_t syzygy_root(const ProbeBoard& board) {
             return list.moves[i];
 }
 
-bool syzygy_root_move(Position& position, Move& move) {
+bool syzygy_root_move(const Position& position, Move& move) {
     move = MOVE_NONE;
     ProbeBoard board;
     board_from_position(position, board);

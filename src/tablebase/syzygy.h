@@ -47,7 +47,7 @@ int syzygy_dtz(const ProbeBoard& board, int& success);
 
 // Chooses a move by the tables. Returns true and sets `move` if they have an answer; `move` is
 // MOVE_NONE if there is no legal move. Returns false if they have none. Requires no castling rights
-// and at most syzygy_max_men men. Leaves the position unchanged.
-bool syzygy_root_move(Position& position, Move& move);
+// and at most syzygy_max_men men.
+bool syzygy_root_move(const Position& position, Move& move);
 
 } // namespace brindlemoth

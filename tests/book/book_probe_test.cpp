@@ -16,7 +16,7 @@
 namespace brindlemoth {
 namespace {
 
-std::string probe_text(Position& position) {
+std::string probe_text(const Position& position) {
     return move_to_text(book_probe(position));
 }
 

@@ -73,7 +73,7 @@ std::string strewn_fen(std::mt19937_64& random, std::string_view men) {
     return fen + "36"[random() % 2];
 }
 
-Move legal_move(Position& position, const std::string& text) {
+Move legal_move(const Position& position, const std::string& text) {
     MoveList legal;
     generate_legal(position, legal);
     for (int i = 0; i < legal.count; ++i)

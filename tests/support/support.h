@@ -36,7 +36,7 @@ void for_random_positions(int count, std::uint64_t seed,
 std::string strewn_fen(std::mt19937_64& random, std::string_view men);
 
 // The legal move of that text, or MOVE_NONE.
-Move legal_move(Position& position, const std::string& text);
+Move legal_move(const Position& position, const std::string& text);
 
 // Whether all of the two records is equal but the undo entries that are not in use.
 bool same_position(const Position& a, const Position& b);
