@@ -42,9 +42,6 @@ struct alignas(64) Position {
 // the table, since its layer is above this one.
 extern Score psq_table[PIECE_COUNT][SQUARE_COUNT];
 
-// The rights that survive a move touching a square.
-extern const int castling_mask[64];
-
 // psq computed from scratch.
 Score compute_psq(const Position& position);
 // True when the three views of the board (pieces, occupied, board) agree with each other.
