@@ -1,6 +1,6 @@
 // The program's files: read-only, in memory or behind a Blob, none of which is copied as a whole.
-import { Directory, Fd, Inode, wasi } from '@bjorn3/browser_wasi_shim';
-import type { Files, FileSource } from './messages.js';
+import { Directory, Fd, Inode, wasi } from "@bjorn3/browser_wasi_shim";
+import type { Files, FileSource } from "./messages.js";
 
 // Exists in the workers of browsers alone, where Blobs come to the program as they are.
 declare class FileReaderSync {
@@ -58,8 +58,7 @@ class SourceFile extends Inode {
   }
 
   stat(): wasi.Filestat {
-    const { source } = this;
-    const size = source instanceof Uint8Array ? source.length : source.size;
+    const size = this.source instanceof Uint8Array ? this.source.length : this.source.size;
     return new wasi.Filestat(this.ino, wasi.FILETYPE_REGULAR_FILE, BigInt(size));
   }
 }
@@ -68,12 +67,12 @@ class SourceFile extends Inode {
 export function fileTree(files: Files): Map<string, Inode> {
   const root = new Map<string, Inode>();
   for (const [path, source] of Object.entries(files)) {
-    const parts = path.split('/').filter((part) => part !== '');
-    const name = parts.pop() ?? '';
+    const parts = path.split("/").filter((part) => part !== "");
+    const name = parts.pop() ?? "";
     let contents = root;
     for (const part of parts) {
-      const entry = contents.get(part);
-      const directory = entry instanceof Directory ? entry : new Directory(new Map());
+      const found = contents.get(part);
+      const directory = found instanceof Directory ? found : new Directory(new Map());
       contents.set(part, directory);
       contents = directory.contents;
     }

@@ -14,6 +14,4 @@ export interface Start {
 }
 
 /** Messages of the worker. */
-export type Report =
-  | { kind: 'lines'; lines: string[] }
-  | { kind: 'ended'; status: number; message: string };
+export type Report = { kind: "lines"; lines: string[] } | { kind: "ended"; status: number; message: string };

@@ -1,9 +1,9 @@
-// The worker's work: runs the program to its end behind a WASI host whose standard input is the ring
-// and whose standard output leaves as messages.
-import { Fd, PreopenDirectory, WASI, wasi } from '@bjorn3/browser_wasi_shim';
-import { fileTree } from './files.js';
-import type { Report, Start } from './messages.js';
-import { InputRing } from './ring.js';
+// The worker's work: runs the program to its end behind a WASI host whose standard input is the ring and whose standard
+// output leaves as messages.
+import { Fd, PreopenDirectory, WASI, wasi } from "@bjorn3/browser_wasi_shim";
+import { fileTree } from "./files.js";
+import type { Report, Start } from "./messages.js";
+import { InputRing } from "./ring.js";
 
 class Input extends Fd {
   constructor(private readonly ring: InputRing) {
@@ -17,15 +17,15 @@ class Input extends Fd {
 
 class Output extends Fd {
   private readonly decoder = new TextDecoder();
-  private unfinished = '';
+  private unfinished = "";
 
   constructor(private readonly take: (lines: string[]) => void) {
     super();
   }
 
   override fd_write(data: Uint8Array): { ret: number; nwritten: number } {
-    const lines = (this.unfinished + this.decoder.decode(data, { stream: true })).split('\n');
-    this.unfinished = lines.pop() ?? '';
+    const lines = (this.unfinished + this.decoder.decode(data, { stream: true })).split("\n");
+    this.unfinished = lines.pop() ?? "";
     if (lines.length > 0) this.take(lines);
     return { ret: wasi.ERRNO_SUCCESS, nwritten: data.length };
   }
@@ -38,16 +38,17 @@ const EVENT_SIZE = 32;
 const EVENT_TYPE = 10;
 
 /**
- * The part of poll_oneoff that the program uses and the WASI host lacks: whether standard input can be
- * read, with a clock that ends the call at once. It returns the event of the input, or of the clock.
+ * The part of poll_oneoff that the program uses and the WASI host lacks: whether standard input can be read, with a
+ * clock that ends the call at once. It returns the event of the input, or of the clock.
  */
-function pollInput(view: DataView, subscriptions: number, events: number, count: number,
-  eventCount: number, ready: boolean): number {
-  const wanted = ready ? wasi.EVENTTYPE_FD_READ : wasi.EVENTTYPE_CLOCK;
+function pollInput(memory: WebAssembly.Memory, ring: InputRing, arguments_: number[]): number {
+  const [subscriptions = 0, events = 0, count = 0, eventCount = 0] = arguments_;
+  const view = new DataView(memory.buffer);
+  const wanted = ring.ready() ? wasi.EVENTTYPE_FD_READ : wasi.EVENTTYPE_CLOCK;
   for (let i = 0; i < count; ++i) {
     const subscription = subscriptions + i * SUBSCRIPTION_SIZE;
     if (view.getUint8(subscription + SUBSCRIPTION_TYPE) !== wanted) continue;
-    for (let offset = 0; offset < EVENT_SIZE; offset += 8) view.setBigUint64(events + offset, 0n);
+    new Uint8Array(memory.buffer, events, EVENT_SIZE).fill(0);
     view.setBigUint64(events, view.getBigUint64(subscription, true), true); // the user data
     view.setUint8(events + EVENT_TYPE, wanted);
     view.setUint32(eventCount, 1, true);
@@ -59,24 +60,21 @@ function pollInput(view: DataView, subscriptions: number, events: number, count:
 export async function runProgram(start: Start, report: (message: Report) => void): Promise<void> {
   const ring = new InputRing(start.input);
   const errors: string[] = [];
-  const host = new WASI(['brindlemoth'], [], [
+  const descriptors = [
     new Input(ring),
-    new Output((lines) => report({ kind: 'lines', lines })),
+    new Output((lines) => report({ kind: "lines", lines })),
     new Output((lines) => errors.push(...lines)),
-    new PreopenDirectory('/', fileTree(start.files)),
-  ], { debug: false });
+    new PreopenDirectory("/", fileTree(start.files)),
+  ];
+  const host = new WASI(["brindlemoth"], [], descriptors, { debug: false });
+  const poll_oneoff = (...given: number[]): number => pollInput(host.inst.exports.memory, ring, given);
   let status = 1;
   try {
-    const imports = {
-      ...host.wasiImport,
-      poll_oneoff: (subscriptions: number, events: number, count: number, eventCount: number) =>
-        pollInput(new DataView(host.inst.exports.memory.buffer), subscriptions, events, count,
-          eventCount, ring.ready()),
-    };
-    const instance = await WebAssembly.instantiate(start.program, { wasi_snapshot_preview1: imports });
-    status = host.start(instance as Parameters<WASI['start']>[0]);
+    const imports = { wasi_snapshot_preview1: { ...host.wasiImport, poll_oneoff } };
+    const instance = await WebAssembly.instantiate(start.program, imports);
+    status = host.start(instance as Parameters<WASI["start"]>[0]);
   } catch (error) {
     errors.push(String(error));
   }
-  report({ kind: 'ended', status, message: errors.join('\n') });
+  report({ kind: "ended", status, message: errors.join("\n") });
 }

@@ -1,11 +1,9 @@
-// The program's standard input: a ring of bytes in shared memory with one writer, the page's thread,
-// and one reader, the worker, which waits in it while the program has nothing to do.
+// The program's standard input: a ring of bytes in shared memory with one writer, the page's thread, and one reader,
+// the worker, which waits in it while the program has nothing to do.
 
-const WRITTEN = 0; // bytes written so far, modulo 2^32
+const WRITTEN = 0; // bytes written so far, modulo 2^32; the reader sleeps on it
 const READ = 1; // bytes read so far, modulo 2^32
-const CLOSED = 2; // 1 when nothing more will be written
-const CHANGES = 3; // counts writes and the close; the reader sleeps on it
-const HEADER_BYTES = 16;
+const HEADER_BYTES = 8;
 const CAPACITY = 1 << 16; // a power of two, so that the counters may wrap
 
 export class InputRing {
@@ -13,7 +11,7 @@ export class InputRing {
   private readonly bytes: Uint8Array;
 
   constructor(readonly memory = new SharedArrayBuffer(HEADER_BYTES + CAPACITY)) {
-    this.header = new Int32Array(memory, 0, HEADER_BYTES / 4);
+    this.header = new Int32Array(memory, 0, HEADER_BYTES / Int32Array.BYTES_PER_ELEMENT);
     this.bytes = new Uint8Array(memory, HEADER_BYTES);
   }
 
@@ -26,29 +24,20 @@ export class InputRing {
     this.bytes.set(data.subarray(0, first), end);
     this.bytes.set(data.subarray(first, count), 0);
     Atomics.store(this.header, WRITTEN, start + count);
-    this.wake();
+    Atomics.notify(this.header, WRITTEN);
     return count;
-  }
-
-  close(): void {
-    Atomics.store(this.header, CLOSED, 1);
-    this.wake();
   }
 
   /** Whether read() would return at once. */
   ready(): boolean {
-    return this.unread() > 0 || Atomics.load(this.header, CLOSED) === 1;
+    return this.unread() > 0;
   }
 
-  /** Up to `size` bytes; waits while there are none. Empty when the ring was closed and all is read. */
+  /** Up to `size` bytes; waits while there are none. */
   read(size: number): Uint8Array {
-    for (;;) {
-      const changes = Atomics.load(this.header, CHANGES);
-      if (this.ready()) break;
-      Atomics.wait(this.header, CHANGES, changes);
-    }
-    const count = Math.min(size, this.unread());
     const start = Atomics.load(this.header, READ);
+    Atomics.wait(this.header, WRITTEN, start);
+    const count = Math.min(size, this.unread());
     const begin = start & (CAPACITY - 1);
     const first = Math.min(count, CAPACITY - begin);
     const data = new Uint8Array(count);
@@ -60,10 +49,5 @@ export class InputRing {
 
   private unread(): number {
     return (Atomics.load(this.header, WRITTEN) - Atomics.load(this.header, READ)) >>> 0;
-  }
-
-  private wake(): void {
-    Atomics.add(this.header, CHANGES, 1);
-    Atomics.notify(this.header, CHANGES);
   }
 }

@@ -1,10 +1,10 @@
 // What a web page does in its own way: starting the worker and reading files.
-import type { Files, Report, Start } from './messages.js';
+import type { Files, Report, Start } from "./messages.js";
 
 export function startWorker(start: Start, take: (report: Report) => void): { terminate(): void } {
-  const worker = new Worker(new URL('./worker_browser.js', import.meta.url), { type: 'module' });
+  const worker = new Worker(new URL("./worker_browser.js", import.meta.url), { type: "module" });
   worker.onmessage = (event: MessageEvent<Report>) => take(event.data);
-  worker.onerror = (event) => take({ kind: 'ended', status: 1, message: event.message ?? '' });
+  worker.onerror = (event) => take({ kind: "ended", status: 1, message: event.message ?? "" });
   worker.postMessage(start);
   return worker;
 }

@@ -1,12 +1,12 @@
 // What a program for Node does in its own way: starting the worker and reading files.
-import { readFile } from 'node:fs/promises';
-import { Worker } from 'node:worker_threads';
-import type { Files, Report, Start } from './messages.js';
+import { readFile } from "node:fs/promises";
+import { Worker } from "node:worker_threads";
+import type { Files, Report, Start } from "./messages.js";
 
 export function startWorker(start: Start, take: (report: Report) => void): { terminate(): void } {
-  const worker = new Worker(new URL('./worker_node.js', import.meta.url));
-  worker.on('message', take);
-  worker.on('error', (error) => take({ kind: 'ended', status: 1, message: String(error) }));
+  const worker = new Worker(new URL("./worker_node.js", import.meta.url));
+  worker.on("message", take);
+  worker.on("error", (error) => take({ kind: "ended", status: 1, message: String(error) }));
   worker.postMessage(start);
   return { terminate: () => void worker.terminate() };
 }

@@ -1,7 +1,7 @@
 // The worker of a web page.
-import type { Start } from './messages.js';
-import { runProgram } from './program.js';
+import type { Start } from "./messages.js";
+import { runProgram } from "./program.js";
 
-addEventListener('message', (event: MessageEvent<Start>) => {
+addEventListener("message", (event: MessageEvent<Start>) => {
   void runProgram(event.data, (report) => postMessage(report));
 });

@@ -1,24 +1,6 @@
 // The record of one game: its positions in order and the one on the board.
 
-import type { Position } from "./notation";
-
-/** A search result from White's point of view. */
-export interface Score {
-  /** Hundredths of a pawn, moves to mate, or a move that the tablebases gave without a score. */
-  kind: "cp" | "mate" | "table";
-  value: number;
-  depth: number;
-}
-
-/** A position with all that the engine says about it. */
-export interface Node extends Position {
-  legal: string[];
-  check: boolean;
-  /** The move that led here, absent in the first position. */
-  move?: string;
-  san?: string;
-  score?: Score;
-}
+import { moveNumber, START_FEN, type Position } from "./position";
 
 /** Draws by the rules that a player has to claim: three equal positions, and 50 moves a side without progress. */
 const REPETITIONS = 3;
@@ -34,95 +16,75 @@ function isDead(board: string): boolean {
 }
 
 export class Game {
-  nodes: Node[];
+  readonly positions: Position[];
   ply = 0;
 
-  constructor(start: Node) {
-    this.nodes = [start];
+  constructor(start: Position) {
+    this.positions = [start];
   }
 
-  get node(): Node {
-    return this.nodes[this.ply] as Node;
+  /** The position on the board. */
+  get position(): Position {
+    return this.positions[this.ply] as Position;
+  }
+
+  get final(): Position {
+    return this.positions[this.positions.length - 1] as Position;
   }
 
   get atEnd(): boolean {
-    return this.ply === this.nodes.length - 1;
+    return this.position === this.final;
   }
 
-  get final(): Node {
-    return this.nodes[this.nodes.length - 1] as Node;
-  }
-
-  /** Puts a position behind the one on the board, in place of the moves that followed it. */
-  branch(node: Node): void {
-    this.nodes.splice(++this.ply, Infinity, node);
+  /** Puts a position behind the one on the board, in place of the moves that followed it unless it is one of them. */
+  branch(position: Position): void {
+    if (this.positions[++this.ply] !== position) this.positions.splice(this.ply, Infinity, position);
   }
 
   /** Appends a position to the game, and shows it if the final one was on the board. */
-  append(node: Node): void {
+  append(position: Position): void {
     if (this.atEnd) this.ply++;
-    this.nodes.push(node);
+    this.positions.push(position);
   }
 
   /** Removes the final position. */
   drop(): void {
-    this.nodes.pop();
-    this.ply = this.nodes.length - 1;
+    this.positions.pop();
+    this.ply = this.positions.length - 1;
   }
 
   /** How the game ended at a ply, as a sentence, or nothing while it goes on. */
-  outcome(ply = this.ply): string | undefined {
-    const node = this.nodes[ply] as Node;
-    if (node.legal.length === 0 && node.check) return `Checkmate. ${node.white ? "Black" : "White"} wins.`;
-    if (node.legal.length === 0) return "Stalemate. The game is drawn.";
-    if (isDead(node.board)) return "Drawn by insufficient material.";
-    if (node.halfmove >= FIFTY_MOVES) return "Drawn by the fifty-move rule.";
-    if (this.occurrences(ply) >= REPETITIONS) return "Drawn by threefold repetition.";
-    return undefined;
+  outcome(ply = this.ply): string {
+    const { legal, check, white, board, halfmove } = this.positions[ply] as Position;
+    if (legal.length === 0 && check) return `Checkmate. ${white ? "Black" : "White"} wins.`;
+    if (legal.length === 0) return "Stalemate. The game is drawn.";
+    if (isDead(board)) return "Drawn by insufficient material.";
+    if (halfmove >= FIFTY_MOVES) return "Drawn by the fifty-move rule.";
+    return this.occurrences(ply) >= REPETITIONS ? "Drawn by threefold repetition." : "";
   }
 
   private occurrences(ply: number): number {
-    return this.nodes.slice(0, ply + 1).filter((node) => node.key === this.nodes[ply]?.key).length;
+    return this.positions.slice(0, ply + 1).filter(({ key }) => key === this.positions[ply]?.key).length;
   }
 
   /**
    * The `position` command of a ply. It starts at the last capture or pawn move, for nothing earlier can be repeated.
    * The engine searches no position that its game already contains, so a repeated one goes without its history.
    */
-  positionCommand(ply = this.ply): string {
-    const node = this.nodes[ply] as Node;
-    const start = this.occurrences(ply) > 1 ? ply : Math.max(0, ply - node.halfmove);
-    const moves = this.nodes.slice(start + 1, ply + 1).map((later) => later.move);
-    return `position fen ${this.nodes[start]?.fen}${moves.length > 0 ? ` moves ${moves.join(" ")}` : ""}`;
-  }
-
-  /** The number in front of a ply's move, such as `3.` or `3…`. */
-  numberOf(ply: number): string {
-    const before = this.nodes[ply - 1] as Node;
-    return before.fen.split(" ")[5] + (before.white ? "." : "…");
+  positionCommand(ply: number): string {
+    const { halfmove } = this.positions[ply] as Position;
+    const start = this.occurrences(ply) > 1 ? ply : Math.max(0, ply - halfmove);
+    const moves = this.positions.slice(start + 1, ply + 1).map(({ move }) => ` ${move}`);
+    return `position fen ${this.positions[start]?.fen}${moves.length > 0 ? ` moves${moves.join("")}` : ""}`;
   }
 
   /** The moves as text, with the position in front when the game did not begin at the usual one. */
-  moveText(startFen: string): string {
-    const moves = this.nodes.slice(1).map((node, at) => {
-      const numbered = at === 0 || !node.white;
-      return (numbered ? `${this.numberOf(at + 1).replace("…", "...")} ` : "") + node.san;
+  get text(): string {
+    const [first, ...others] = this.positions;
+    const moves = others.map((position, at) => {
+      const numbered = at === 0 || !position.white;
+      return (numbered ? `${moveNumber(position).replace("…", "...")} ` : "") + position.san;
     });
-    const start = this.nodes[0]?.fen;
-    return (start === startFen ? "" : `[SetUp "1"]\n[FEN "${start}"]\n\n`) + moves.join(" ");
+    return (first?.fen === START_FEN ? "" : `[SetUp "1"]\n[FEN "${first?.fen}"]\n\n`) + moves.join(" ");
   }
-}
-
-/** A score as it is shown: `+0.31`, `−#4`, or `TB` for a move from the tablebases. */
-export function scoreText(score: Score): string {
-  if (score.kind === "table") return "TB";
-  const sign = score.value > 0 ? "+" : score.value < 0 ? "−" : "";
-  const size = Math.abs(score.value);
-  return score.kind === "mate" ? `${sign}#${size}` : sign + (size / 100).toFixed(2);
-}
-
-/** White's expected share of the point, from 0 to 1, on the usual scale where 400 hundredths are ten to one. */
-export function whiteShare(score: Score): number {
-  if (score.kind === "mate") return score.value > 0 ? 1 : 0;
-  return score.kind === "table" ? 0.5 : 1 / (1 + 10 ** (-score.value / 400));
 }

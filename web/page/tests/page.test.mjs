@@ -54,7 +54,7 @@ const text = (selector) => page.locator(selector).innerText();
 const waitText = (selector, pattern) => page.waitForFunction(
   ([at, source]) => new RegExp(source).test(document.querySelector(at)?.textContent ?? ''), [selector, pattern.source]);
 const fen = () => page.inputValue('#fen');
-const moves = async () => (await page.locator('.moves button').evaluateAll((all) => all.map((one) => one.firstChild.textContent))).join(' ');
+const moves = async () => (await page.locator('.moves button').evaluateAll((all) => all.map((one) => one.querySelector('span').textContent))).join(' ');
 const waitMoves = (count) => page.waitForFunction((n) => document.querySelectorAll('.moves button').length === n, count);
 
 async function squareAt(square) {
@@ -77,11 +77,6 @@ async function setUp(position) {
   await page.waitForFunction((wanted) => document.activeElement.id !== 'fen' && document.querySelector('#fen').value === wanted, position);
 }
 
-async function limit(kind, value) {
-  await page.selectOption('#limit-kind', kind);
-  await page.fill('#limit', String(value));
-}
-
 async function drop(paths) {
   const files = paths.map((path) => ({ name: path.split('/').at(-1), bytes: readFileSync(path).toString('base64') }));
   await page.evaluate((given) => {
@@ -92,7 +87,7 @@ async function drop(paths) {
 }
 
 test('a game of six moves, an illegal drop and a move taken back', async () => {
-  await limit('depth', 5);
+  await page.selectOption('#limit', 'depth 6');
   await drag('e2', 'e5');
   await waitText('#status-text', /e2–e5 is not a legal move/);
   assert.equal(await moves(), '');
@@ -108,15 +103,15 @@ test('a game of six moves, an illegal drop and a move taken back', async () => {
     await page.waitForTimeout(500); // the animation of the move
     await page.screenshot({ path: join(pictures, 'web-play.png') });
   }
-  await limit('movetime', 600);
+  await page.selectOption('#limit', 'movetime 1000');
   await drag('b1', 'd2');
   await waitText('#status-text', /thinking… depth/);
   await page.click('#take-back');
   await waitText('#status-text', /Your move/);
   assert.match(await moves(), /^d4 \S+ Nf3 \S+ e3 \S+$/);
   await page.selectOption('#colour', 'Black');
-  await limit('depth', 3);
-  await page.click('#play button[type=submit]');
+  await page.selectOption('#limit', 'depth 3');
+  await page.click('#new-game');
   await waitMoves(1);
   await waitText('#status-text', /Your move/);
   await page.waitForFunction(() => {
@@ -265,14 +260,14 @@ test('a book, tables and a file of no use are dropped', async () => {
   await waitText('.lines b', /TB/);
   await page.click('#mode-play');
   await page.selectOption('#colour', 'Black');
-  await page.click('#play button[type=submit]');
+  await page.click('#new-game');
   await waitMoves(1);
   assert.equal(await moves(), 'a3');
   rmSync(scratch, { recursive: true });
 });
 
 test('the page is used by keyboard', async () => {
-  await limit('depth', 3);
+  await page.selectOption('#limit', 'depth 3');
   await page.waitForSelector('#board[data-ready]');
   await page.locator('#board svg.cm-chessboard').focus();
   for (const key of [...Array(4).fill('ArrowRight'), 'ArrowUp', 'Enter', 'ArrowUp', 'ArrowUp', 'Enter']) await page.keyboard.press(key);
@@ -287,7 +282,7 @@ test('the page is used by keyboard', async () => {
 
 test('a narrow screen holds the page', async () => {
   await open({ viewport: { width: 360, height: 720 }, hasTouch: true, isMobile: true, colorScheme: 'dark' });
-  await limit('depth', 3);
+  await page.selectOption('#limit', 'depth 3');
   await page.waitForSelector('#board[data-ready]');
   for (const square of ['e2', 'e4']) await page.touchscreen.tap(...await squareAt(square));
   await waitMoves(2);

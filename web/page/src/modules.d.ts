@@ -1,0 +1,2 @@
+// cm-chessboard brings no types of its own.
+declare module "cm-chessboard/src/*";
