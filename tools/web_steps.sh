@@ -29,7 +29,22 @@ build_site() {
     return 1
   fi
   npm --prefix web run build --workspace engine >&2 </dev/null || return
-  npm --prefix web run build --workspace page >&2 </dev/null
+  npm --prefix web run build --workspace page >&2 </dev/null || return
+  write_licences >web/page/dist/licences.txt
+}
+
+# write_licences: the licences of all that the page is made of, each as its own package has it.
+write_licences() {
+  local pieces=web/node_modules/cm-chessboard/assets/pieces/standard.svg package
+  for package in $(node -p '["engine", "page"].flatMap((part) =>
+      Object.keys(require(`./web/${part}/package.json`).dependencies)).join(" ")'); do
+    [ "$package" != brindlemoth-engine ] || continue
+    node -p '`${process.argv[1]} ${require(`./web/node_modules/${process.argv[1]}/package.json`).version}\n`' "$package"
+    cat "web/node_modules/$package"/LICEN[CS]E* || return
+    printf '\n%80s\n\n' '' | tr ' ' =
+  done
+  sed -n '/<!--/,/-->/{//!p}' "$pieces"
+  cat web/page/CC-BY-SA-3.0.txt
 }
 
 # package_site: the archive of the page, and the npm package of the engine, in build/packages.

@@ -164,9 +164,9 @@ export class Engine {
   }
 
   private take(report: Report): void {
-    if (report.kind === "ended") return this.finish({ status: report.status, message: report.message });
+    if ("status" in report) return this.finish(report);
     for (const reader of this.readers) {
-      reader.waiting.push(...report.lines);
+      reader.waiting.push(report.line);
       reader.wake();
     }
   }

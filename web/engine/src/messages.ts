@@ -1,9 +1,7 @@
 // What the page's thread and the worker say to each other.
 
-/** The contents of a file: a Blob is read piece by piece when the program asks for it. */
+/** Files by their paths. A Blob is read when the program opens it. */
 export type FileSource = Blob | Uint8Array;
-
-/** Files by their paths. */
 export type Files = Record<string, FileSource>;
 
 /** The one message to the worker. */
@@ -13,5 +11,5 @@ export interface Start {
   files: Files;
 }
 
-/** Messages of the worker. */
-export type Report = { kind: "lines"; lines: string[] } | { kind: "ended"; status: number; message: string };
+/** Messages of the worker: a line that the program printed, or how it ended. */
+export type Report = { line: string } | { status: number; message: string };

@@ -1,6 +1,6 @@
 // The worker's work: runs the program to its end behind a WASI host whose standard input is the ring and whose standard
 // output leaves as messages.
-import { Fd, PreopenDirectory, WASI, wasi } from "@bjorn3/browser_wasi_shim";
+import { ConsoleStdout, Fd, PreopenDirectory, WASI, wasi } from "@bjorn3/browser_wasi_shim";
 import { fileTree } from "./files.js";
 import type { Report, Start } from "./messages.js";
 import { InputRing } from "./ring.js";
@@ -12,22 +12,6 @@ class Input extends Fd {
 
   override fd_read(size: number): { ret: number; data: Uint8Array } {
     return { ret: wasi.ERRNO_SUCCESS, data: this.ring.read(size) };
-  }
-}
-
-class Output extends Fd {
-  private readonly decoder = new TextDecoder();
-  private unfinished = "";
-
-  constructor(private readonly take: (lines: string[]) => void) {
-    super();
-  }
-
-  override fd_write(data: Uint8Array): { ret: number; nwritten: number } {
-    const lines = (this.unfinished + this.decoder.decode(data, { stream: true })).split("\n");
-    this.unfinished = lines.pop() ?? "";
-    if (lines.length > 0) this.take(lines);
-    return { ret: wasi.ERRNO_SUCCESS, nwritten: data.length };
   }
 }
 
@@ -62,8 +46,8 @@ export async function runProgram(start: Start, report: (message: Report) => void
   const errors: string[] = [];
   const descriptors = [
     new Input(ring),
-    new Output((lines) => report({ kind: "lines", lines })),
-    new Output((lines) => errors.push(...lines)),
+    ConsoleStdout.lineBuffered((line) => report({ line })),
+    ConsoleStdout.lineBuffered((line) => errors.push(line)),
     new PreopenDirectory("/", fileTree(start.files)),
   ];
   const host = new WASI(["brindlemoth"], [], descriptors, { debug: false });
@@ -76,5 +60,5 @@ export async function runProgram(start: Start, report: (message: Report) => void
   } catch (error) {
     errors.push(String(error));
   }
-  report({ kind: "ended", status, message: errors.join("\n") });
+  report({ status, message: errors.join("\n") });
 }

@@ -36,7 +36,8 @@ export class InputRing {
   /** Up to `size` bytes; waits while there are none. */
   read(size: number): Uint8Array {
     const start = Atomics.load(this.header, READ);
-    Atomics.wait(this.header, WRITTEN, start);
+    // The signal of a write may come after its bytes were read.
+    while (!this.ready()) Atomics.wait(this.header, WRITTEN, start);
     const count = Math.min(size, this.unread());
     const begin = start & (CAPACITY - 1);
     const first = Math.min(count, CAPACITY - begin);

@@ -4,7 +4,7 @@ import type { Files, Report, Start } from "./messages.js";
 export function startWorker(start: Start, take: (report: Report) => void): { terminate(): void } {
   const worker = new Worker(new URL("./worker_browser.js", import.meta.url), { type: "module" });
   worker.onmessage = (event: MessageEvent<Report>) => take(event.data);
-  worker.onerror = (event) => take({ kind: "ended", status: 1, message: event.message ?? "" });
+  worker.onerror = (event) => take({ status: 1, message: event.message ?? "" });
   worker.postMessage(start);
   return worker;
 }

@@ -6,7 +6,7 @@ import type { Files, Report, Start } from "./messages.js";
 export function startWorker(start: Start, take: (report: Report) => void): { terminate(): void } {
   const worker = new Worker(new URL("./worker_node.js", import.meta.url));
   worker.on("message", take);
-  worker.on("error", (error) => take({ kind: "ended", status: 1, message: String(error) }));
+  worker.on("error", (error) => take({ status: 1, message: String(error) }));
   worker.postMessage(start);
   return { terminate: () => void worker.terminate() };
 }
