@@ -22,9 +22,9 @@ const board = new Board(
 const graph = new Graph(find("#graph"), (ply) => app.walkTo(ply));
 
 function draw(): void {
-  render(page(app), document.body);
   const log = find("#log");
   const atEnd = log.scrollTop + log.clientHeight > log.scrollHeight - 30;
+  render(page(app), document.body);
   if (atEnd) log.scrollTop = log.scrollHeight;
   const { game } = app;
   if (!game) return;

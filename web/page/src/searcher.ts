@@ -36,6 +36,7 @@ function scoreOf(mate: boolean, value: number, depth: number): Score {
   return { text: sign + (size / 100).toFixed(2), share: 1 / (1 + 10 ** (-value / 400)), depth };
 }
 
+const READY = /^readyok$/;
 /** The last line of what the commands print that search. */
 const LAST_LINES: Record<string, RegExp> = { go: /^bestmove/, bench: /^NPS/ };
 
@@ -47,7 +48,7 @@ export class Searcher {
   private applied = new Map<string, string>();
   private previous: Promise<unknown> = Promise.resolve();
   private latest = 0;
-  private busy = false;
+  private searching = false;
 
   /** `onTalk` sees every line in both directions. `onEnd` is told when the program ended and nobody had asked it to. */
   constructor(
@@ -67,7 +68,7 @@ export class Searcher {
       void engine.ended.then(({ message }) => {
         if (engine === this.engine) this.onEnd(message || "The engine has ended.");
       });
-      const said = await this.ask(["uci", ...this.changedOptions(), "isready"], /^readyok$/);
+      const said = await this.ask(["uci", ...this.changedOptions(), "isready"], READY);
       return said.flatMap((line) => /^info string (.+)/.exec(line)?.[1] ?? []);
     });
   }
@@ -75,12 +76,12 @@ export class Searcher {
   /** Ends what is in progress. Its starter gets no result. */
   stop(): void {
     this.latest++;
-    if (this.busy) this.tell("stop");
+    if (this.searching) this.tell("stop");
   }
 
   /** Forgets what earlier games left in the engine's memory. */
   newGame(): Promise<unknown> {
-    return this.alone(() => this.ask(["ucinewgame", "isready"], /^readyok$/));
+    return this.alone(() => this.ask(["ucinewgame", "isready"], READY));
   }
 
   /** Searches a position. Returns the best move, or nothing when something else came first or the engine ended. */
@@ -97,7 +98,7 @@ export class Searcher {
   async type(line: string): Promise<void> {
     if (line === "stop") return this.stop();
     const [searches] = /^(go|bench)\b/.exec(line) ?? [];
-    const last = LAST_LINES[searches ?? ""] ?? /^readyok$/;
+    const last = LAST_LINES[searches ?? ""] ?? READY;
     const commands = searches || line === "isready" ? [line] : [line, "isready"];
     await this.alone(async (current) => {
       await this.ask(commands, last, (text) => {
@@ -118,14 +119,14 @@ export class Searcher {
 
   private async ask(commands: string[], last: RegExp, each: (line: string) => void = () => {}): Promise<string[]> {
     for (const command of commands) this.onTalk(command, true);
-    this.busy = true;
+    this.searching = last !== READY;
     const answer = this.engine?.ask(commands.join("\n"), last, (line) => {
       this.onTalk(line, false);
       each(line);
     });
     // An end of the program is told by `onEnd`.
     const lines = await answer?.catch(() => []);
-    this.busy = false;
+    this.searching = false;
     return lines ?? [];
   }
 
