@@ -3,7 +3,7 @@
 #include "board/bitboard.h"
 #include "board/magic_search.h"
 
-#include <array>
+#include <span>
 
 namespace brindlemoth {
 
@@ -24,26 +24,16 @@ struct Step {
     int rank;
 };
 
-constexpr std::array<Step, 8> KNIGHT_STEPS = {
-    {{1, 2}, {2, 1}, {2, -1}, {1, -2}, {-1, -2}, {-2, -1}, {-2, 1}, {-1, 2}}};
-constexpr std::array<Step, 8> KING_STEPS = {
-    {{0, 1}, {1, 1}, {1, 0}, {1, -1}, {0, -1}, {-1, -1}, {-1, 0}, {-1, 1}}};
-constexpr std::array<Step, 4> BISHOP_STEPS = {{{1, 1}, {1, -1}, {-1, -1}, {-1, 1}}};
-constexpr std::array<Step, 4> ROOK_STEPS = {{{0, 1}, {1, 0}, {0, -1}, {-1, 0}}};
+constexpr Step KNIGHT_STEPS[] = {{1, 2},   {2, 1},   {2, -1}, {1, -2},
+                                 {-1, -2}, {-2, -1}, {-2, 1}, {-1, 2}};
+constexpr Step KING_STEPS[] = {{0, 1},  {1, 1},   {1, 0},  {1, -1},
+                               {0, -1}, {-1, -1}, {-1, 0}, {-1, 1}};
+constexpr Step BISHOP_STEPS[] = {{1, 1}, {1, -1}, {-1, -1}, {-1, 1}};
+constexpr Step ROOK_STEPS[] = {{0, 1}, {1, 0}, {0, -1}, {-1, 0}};
 
-Bitboard walk_steps(int square, const std::array<Step, 8>& steps) {
-    Bitboard attacks = 0;
-    for (const Step step : steps) {
-        const int file = file_of(square) + step.file;
-        const int rank = rank_of(square) + step.rank;
-        if (on_board(file, rank))
-            attacks |= square_bit(make_square(file, rank));
-    }
-    return attacks;
-}
-
-// Each ray ends at the edge of the board or at the first occupied square, which belongs to it.
-Bitboard walk_rays(int square, Bitboard occupancy, const std::array<Step, 4>& steps) {
+// Each ray ends at the edge of the board or at the first occupied square, which belongs to it. On a
+// full board only one step remains of each ray.
+Bitboard walk_rays(int square, Bitboard occupancy, std::span<const Step> steps) {
     Bitboard attacks = 0;
     for (const Step step : steps) {
         int file = file_of(square) + step.file;
@@ -60,24 +50,17 @@ Bitboard walk_rays(int square, Bitboard occupancy, const std::array<Step, 4>& st
     return attacks;
 }
 
-// The squares that can block: all squares of the rays but the last, which has none behind it.
-Bitboard find_relevant_mask(int square, const std::array<Step, 4>& steps) {
-    Bitboard mask = 0;
-    for (const Step step : steps) {
-        int file = file_of(square) + step.file;
-        int rank = rank_of(square) + step.rank;
-        while (on_board(file + step.file, rank + step.rank)) {
-            mask |= square_bit(make_square(file, rank));
-            file += step.file;
-            rank += step.rank;
-        }
-    }
-    return mask;
+// The squares that can block: all squares of the rays but the last, which lies on an edge of the
+// board that the slider is not on.
+Bitboard find_relevant_mask(int square, std::span<const Step> steps) {
+    const Bitboard edges = ((FILE_A | FILE_H) & ~file_mask(file_of(square))) |
+                           ((RANK_1 | RANK_8) & ~rank_mask(rank_of(square)));
+    return walk_rays(square, 0, steps) & ~edges;
 }
 
 // Each occupancy is an earlier one with one piece added below its lowest. So every occupancy comes
 // once, and those of fewer pieces come first.
-void list_occupancies(OccupancyList& list, int square, const std::array<Step, 4>& steps) {
+void list_occupancies(OccupancyList& list, int square, std::span<const Step> steps) {
     list.mask = find_relevant_mask(square, steps);
     list.bits = popcount(list.mask);
     list.occupancies[0] = 0;
@@ -91,7 +74,7 @@ void list_occupancies(OccupancyList& list, int square, const std::array<Step, 4>
 }
 
 // Fills the entries and writes their attack sets one after the other, starting at `block`.
-void init_sliders(MagicEntry (&entries)[64], Bitboard* block, const std::array<Step, 4>& steps) {
+void init_sliders(MagicEntry (&entries)[64], Bitboard* block, std::span<const Step> steps) {
     static OccupancyList list;
     for (int square = 0; square < SQUARE_COUNT; ++square) {
         list_occupancies(list, square, steps);
@@ -117,11 +100,12 @@ Bitboard rook_attacks_slow(int square, Bitboard occupancy) {
 }
 
 void init_attacks() {
+    constexpr Bitboard FULL_BOARD = ~Bitboard{0};
     for (int square = 0; square < SQUARE_COUNT; ++square) {
         for (int colour = WHITE; colour <= BLACK; ++colour)
             pawn_attacks[colour][square] = pawn_attack_set(square_bit(square), colour);
-        knight_attacks[square] = walk_steps(square, KNIGHT_STEPS);
-        king_attacks[square] = walk_steps(square, KING_STEPS);
+        knight_attacks[square] = walk_rays(square, FULL_BOARD, KNIGHT_STEPS);
+        king_attacks[square] = walk_rays(square, FULL_BOARD, KING_STEPS);
     }
 
     // The magics depend on this order.

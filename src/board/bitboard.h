@@ -29,6 +29,20 @@ constexpr Bitboard adjacent_files_mask(int file) {
     return ((mask & ~FILE_A) >> 1) | ((mask & ~FILE_H) << 1);
 }
 
+// The squares strictly between two squares of one rank, file or diagonal; none for other squares.
+constexpr Bitboard squares_between(int a, int b) {
+    const int files = file_of(b) - file_of(a);
+    const int ranks = rank_of(b) - rank_of(a);
+    if (a == b || (files != 0 && ranks != 0 && files != ranks && files != -ranks))
+        return 0;
+    const auto sign = [](int n) { return (n > 0) - (n < 0); };
+    const int step = make_square(sign(files), sign(ranks));
+    Bitboard squares = 0;
+    for (int square = a + step; square != b; square += step)
+        squares |= square_bit(square);
+    return squares;
+}
+
 constexpr int popcount(Bitboard b) {
     return std::popcount(b);
 }

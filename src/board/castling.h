@@ -16,10 +16,10 @@ struct CastlingMove {
 
 // By colour and side: the short one first.
 constexpr CastlingMove CASTLING_MOVES[2][2] = {
-    {{WHITE_SHORT, E1, G1, H1, F1, square_bit(F1) | square_bit(G1)},
-     {WHITE_LONG, E1, C1, A1, D1, square_bit(B1) | square_bit(C1) | square_bit(D1)}},
-    {{BLACK_SHORT, E8, G8, H8, F8, square_bit(F8) | square_bit(G8)},
-     {BLACK_LONG, E8, C8, A8, D8, square_bit(B8) | square_bit(C8) | square_bit(D8)}}};
+    {{WHITE_SHORT, E1, G1, H1, F1, squares_between(E1, H1)},
+     {WHITE_LONG, E1, C1, A1, D1, squares_between(E1, A1)}},
+    {{BLACK_SHORT, E8, G8, H8, F8, squares_between(E8, H8)},
+     {BLACK_LONG, E8, C8, A8, D8, squares_between(E8, A8)}}};
 
 // The castling move of the colour with that flag, which must be a flag of castling.
 constexpr const CastlingMove& castling_move(int colour, int flag) {

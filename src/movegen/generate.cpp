@@ -13,65 +13,43 @@ namespace {
 // Which moves are asked for.
 enum MoveKind { ALL_MOVES, CAPTURES, QUIETS };
 
-// The generators below find sets of moves and add them to a sink with the functions add_*(), which
-// return the sink with these moves. There are two kinds of sink: the place behind the last move of
-// an array, to which every pseudo-legal move is appended, and a counter of the legal moves.
+// The generators below find sets of moves and give them to a sink with its add_...() functions.
+// There are two kinds of sink: one writes all pseudo-legal moves to an array, the other counts the
+// legal ones.
 
-inline Move* add_move(Move* out, int from, int to, int flag) {
-    *out = make_move_code(from, to, flag);
-    return out + 1;
-}
+struct MoveWriter {
+    Move* out; // behind the last move
 
-// The moves of one piece; `enemies` tells the captures among all moves.
-template <int Type, MoveKind Kind>
-inline Move* add_piece_moves(Move* out, int from, Bitboard targets, Bitboard enemies) {
-    while (targets != 0) {
-        const int to = pop_lowest(targets);
-        const bool capture = Kind == ALL_MOVES ? enemies & square_bit(to) : Kind == CAPTURES;
-        out = add_move(out, from, to, capture ? FLAG_CAPTURE : FLAG_QUIET);
+    void add_move(int from, int to, int flag) { *out++ = make_move_code(from, to, flag); }
+
+    // The moves of one piece; `enemies` tells the captures among all moves.
+    template <int Type, MoveKind Kind>
+    void add_piece_moves(int from, Bitboard targets, Bitboard enemies) {
+        while (targets != 0) {
+            const int to = pop_lowest(targets);
+            const bool capture = Kind == ALL_MOVES ? enemies & square_bit(to) : Kind == CAPTURES;
+            add_move(from, to, capture ? FLAG_CAPTURE : FLAG_QUIET);
+        }
     }
-    return out;
-}
-
-// The moves of all pawns that reach these squares by the same step.
-inline Move* add_pawn_moves(Move* out, Bitboard targets, int step, int flag) {
-    while (targets != 0) {
-        const int to = pop_lowest(targets);
-        out = add_move(out, to - step, to, flag);
+    // The moves of all pawns that reach these squares by the same step.
+    void add_pawn_moves(Bitboard targets, int step, int flag) {
+        while (targets != 0) {
+            const int to = pop_lowest(targets);
+            add_move(to - step, to, flag);
+        }
     }
-    return out;
-}
-
-// Four moves to each square, the queen first; `flag` is that of the promotion to a knight.
-inline Move* add_promotions(Move* out, Bitboard targets, int step, int flag) {
-    while (targets != 0) {
-        const int to = pop_lowest(targets);
-        for (int piece = QUEEN - KNIGHT; piece >= 0; --piece)
-            out = add_move(out, to - step, to, flag + piece);
+    // Four moves to each square, the queen first; `flag` is that of the promotion to a knight.
+    void add_promotions(Bitboard targets, int step, int flag) {
+        while (targets != 0) {
+            const int to = pop_lowest(targets);
+            for (int piece = QUEEN - KNIGHT; piece >= 0; --piece)
+                add_move(to - step, to, flag + piece);
+        }
     }
-    return out;
-}
-
-inline Move* add_castling(Move* out, const CastlingMove& castling, int flag) {
-    return add_move(out, castling.king_from, castling.king_to, flag);
-}
-
-inline Move* add_en_passant(Move* out, int from, int to) {
-    return add_move(out, from, to, FLAG_EN_PASSANT);
-}
-
-// What move_is_legal() asks of one move, the counter asks of a whole set at once.
-
-struct CountedPosition {
-    const Position& position; // the side to move has exactly one king
-    LegalityMasks masks;
-};
-
-// Two words, which the compiler keeps in registers. Most positions have no pinned piece: the
-// counter without Pins saves the tests for one, a tenth of the time of perft.
-template <bool Pins> struct LegalMoveCounter {
-    const CountedPosition* counted;
-    int count;
+    void add_castling(const CastlingMove& castling, int flag) {
+        add_move(castling.king_from, castling.king_to, flag);
+    }
+    void add_en_passant(int from, int to) { add_move(from, to, FLAG_EN_PASSANT); }
 };
 
 // The number of squares in `targets` that a pinned piece can go to: those of the line through the
@@ -107,64 +85,49 @@ inline int count_king_moves(const Position& position, int from, Bitboard targets
     return count;
 }
 
-template <int Type, MoveKind Kind, bool Pins>
-inline LegalMoveCounter<Pins> add_piece_moves(LegalMoveCounter<Pins> counter, int from,
-                                              Bitboard targets, Bitboard) {
-    if constexpr (Type == KING)
-        counter.count += count_king_moves(counter.counted->position, from, targets);
-    else if (Pins && (counter.counted->masks.needs_full_test >> from & 1) != 0) [[unlikely]]
-        counter.count += count_pinned(counter.counted->position, from,
-                                      targets & counter.counted->masks.check_mask);
-    else
-        counter.count += popcount(targets & counter.counted->masks.check_mask);
-    return counter;
-}
+// Counts the legal moves of a side with exactly one king: it tests whole sets of moves as
+// move_is_legal() tests one move. Most positions have no pinned piece. The counter without Pins
+// saves the tests for one, a tenth of the time of perft.
+template <bool Pins> struct LegalMoveCounter {
+    const Position& position;
+    LegalityMasks masks;
+    int count = 0;
 
-template <bool Pins>
-inline int count_pawn_moves(LegalMoveCounter<Pins> counter, Bitboard targets, int step) {
-    const LegalityMasks& masks = counter.counted->masks;
-    targets &= masks.check_mask;
-    if constexpr (!Pins)
-        return popcount(targets);
-    Bitboard pinned =
-        targets & (step > 0 ? masks.needs_full_test << step : masks.needs_full_test >> -step);
-    int count = popcount(targets & ~pinned);
-    while (pinned != 0) {
-        const int to = pop_lowest(pinned);
-        count += count_pinned(counter.counted->position, to - step, square_bit(to));
+    template <int Type, MoveKind Kind> void add_piece_moves(int from, Bitboard targets, Bitboard) {
+        if constexpr (Type == KING)
+            count += count_king_moves(position, from, targets);
+        else if (Pins && (masks.needs_full_test >> from & 1) != 0) [[unlikely]]
+            count += count_pinned(position, from, targets & masks.check_mask);
+        else
+            count += popcount(targets & masks.check_mask);
     }
-    return count;
-}
-
-template <bool Pins>
-inline LegalMoveCounter<Pins> add_pawn_moves(LegalMoveCounter<Pins> counter, Bitboard targets,
-                                             int step, int) {
-    counter.count += count_pawn_moves(counter, targets, step);
-    return counter;
-}
-
-// Of the four promotions to a square all are legal or none.
-template <bool Pins>
-inline LegalMoveCounter<Pins> add_promotions(LegalMoveCounter<Pins> counter, Bitboard targets,
-                                             int step, int) {
-    counter.count += 4 * count_pawn_moves(counter, targets, step);
-    return counter;
-}
-
-// Always legal: the generator has tested all squares of the king, and the rook comes from the edge.
-template <bool Pins>
-inline LegalMoveCounter<Pins> add_castling(LegalMoveCounter<Pins> counter, const CastlingMove&,
-                                           int) {
-    ++counter.count;
-    return counter;
-}
-
-template <bool Pins>
-inline LegalMoveCounter<Pins> add_en_passant(LegalMoveCounter<Pins> counter, int from, int to) {
-    const Move move = make_move_code(from, to, FLAG_EN_PASSANT);
-    counter.count += move_is_legal(counter.counted->position, move) ? 1 : 0;
-    return counter;
-}
+    int count_pawn_moves(Bitboard targets, int step) const {
+        targets &= masks.check_mask;
+        if constexpr (!Pins)
+            return popcount(targets);
+        Bitboard pinned =
+            targets & (step > 0 ? masks.needs_full_test << step : masks.needs_full_test >> -step);
+        int moves = popcount(targets & ~pinned);
+        while (pinned != 0) {
+            const int to = pop_lowest(pinned);
+            moves += count_pinned(position, to - step, square_bit(to));
+        }
+        return moves;
+    }
+    void add_pawn_moves(Bitboard targets, int step, int) {
+        count += count_pawn_moves(targets, step);
+    }
+    // Of the four promotions to a square all are legal or none.
+    void add_promotions(Bitboard targets, int step, int) {
+        count += 4 * count_pawn_moves(targets, step);
+    }
+    // Always legal: the generator has tested all squares of the king, and the rook comes from the
+    // edge.
+    void add_castling(const CastlingMove&, int) { ++count; }
+    void add_en_passant(int from, int to) {
+        count += move_is_legal(position, make_move_code(from, to, FLAG_EN_PASSANT)) ? 1 : 0;
+    }
+};
 
 // What the pawn moves of one colour differ in.
 template <int Us> struct PawnGeometry {
@@ -189,20 +152,21 @@ template <int Us> Bitboard push_targets(const Position& position) {
 }
 
 template <int Us, typename Sink>
-Sink generate_promoting_pushes(const Position& position, Sink sink) {
+inline void generate_promoting_pushes(const Position& position, Sink& sink) {
     using Geometry = PawnGeometry<Us>;
-    return add_promotions(sink, push_targets<Us>(position) & Geometry::LAST_RANK, Geometry::PUSH,
-                          FLAG_PROMOTION);
+    sink.add_promotions(push_targets<Us>(position) & Geometry::LAST_RANK, Geometry::PUSH,
+                        FLAG_PROMOTION);
 }
 
 // Single and double pushes that do not promote.
-template <int Us, typename Sink> Sink generate_quiet_pushes(const Position& position, Sink sink) {
+template <int Us, typename Sink>
+inline void generate_quiet_pushes(const Position& position, Sink& sink) {
     using Geometry = PawnGeometry<Us>;
     const Bitboard single = push_targets<Us>(position);
     const Bitboard twice =
         forward_squares(single & Geometry::FIRST_STEP_RANK, Us) & ~position.all_pieces;
-    sink = add_pawn_moves(sink, single & ~Geometry::LAST_RANK, Geometry::PUSH, FLAG_QUIET);
-    return add_pawn_moves(sink, twice, 2 * Geometry::PUSH, FLAG_DOUBLE_PUSH);
+    sink.add_pawn_moves(single & ~Geometry::LAST_RANK, Geometry::PUSH, FLAG_QUIET);
+    sink.add_pawn_moves(twice, 2 * Geometry::PUSH, FLAG_DOUBLE_PUSH);
 }
 
 // Requires ep_square != NO_SQUARE.
@@ -212,7 +176,8 @@ template <int Us> bool ep_capture_possible_for(const Position& position) {
            (forward_squares(ep, Us ^ 1) & position.pieces[Us ^ 1][PAWN]) != 0;
 }
 
-template <int Us, typename Sink> Sink generate_pawn_captures(const Position& position, Sink sink) {
+template <int Us, typename Sink>
+inline void generate_pawn_captures(const Position& position, Sink& sink) {
     using Geometry = PawnGeometry<Us>;
     const Bitboard pawns = position.pieces[Us][PAWN];
     const Bitboard enemies = position.occupied[Us ^ 1];
@@ -220,40 +185,38 @@ template <int Us, typename Sink> Sink generate_pawn_captures(const Position& pos
     const Bitboard wide = Geometry::wide(pawns) & enemies;
     const Bitboard last = Geometry::LAST_RANK;
     if ((narrow | wide) & last) {
-        sink = add_promotions(sink, narrow & last, Geometry::NARROW, FLAG_PROMOTION_CAPTURE);
-        sink = add_promotions(sink, wide & last, Geometry::WIDE, FLAG_PROMOTION_CAPTURE);
+        sink.add_promotions(narrow & last, Geometry::NARROW, FLAG_PROMOTION_CAPTURE);
+        sink.add_promotions(wide & last, Geometry::WIDE, FLAG_PROMOTION_CAPTURE);
     }
-    sink = add_pawn_moves(sink, narrow & ~last, Geometry::NARROW, FLAG_CAPTURE);
-    sink = add_pawn_moves(sink, wide & ~last, Geometry::WIDE, FLAG_CAPTURE);
+    sink.add_pawn_moves(narrow & ~last, Geometry::NARROW, FLAG_CAPTURE);
+    sink.add_pawn_moves(wide & ~last, Geometry::WIDE, FLAG_CAPTURE);
     if (position.ep_square != NO_SQUARE && ep_capture_possible_for<Us>(position)) {
         Bitboard capturers = pawns & pawn_attacks[Us ^ 1][position.ep_square];
         while (capturers != 0)
-            sink = add_en_passant(sink, pop_lowest(capturers), position.ep_square);
+            sink.add_en_passant(pop_lowest(capturers), position.ep_square);
     }
-    return sink;
 }
 
 // The pawn moves, but for the promoting pushes of CAPTURES, which come after all other captures.
 template <int Us, MoveKind Kind, typename Sink>
-Sink generate_pawn_moves(const Position& position, Sink sink) {
+inline void generate_pawn_moves(const Position& position, Sink& sink) {
     if constexpr (Kind == ALL_MOVES)
-        sink = generate_promoting_pushes<Us>(position, sink);
+        generate_promoting_pushes<Us>(position, sink);
     if constexpr (Kind != CAPTURES)
-        sink = generate_quiet_pushes<Us>(position, sink);
+        generate_quiet_pushes<Us>(position, sink);
     if constexpr (Kind != QUIETS)
-        sink = generate_pawn_captures<Us>(position, sink);
-    return sink;
+        generate_pawn_captures<Us>(position, sink);
 }
 
 // The moves of one piece type, KNIGHT to KING, to squares inside target.
 template <int Us, int Type, MoveKind Kind, typename Sink>
-inline Sink generate_piece_moves(const Position& position, Sink sink, Bitboard target) {
+inline void generate_piece_moves(const Position& position, Sink& sink, Bitboard target) {
     for (Bitboard movers = position.pieces[Us][Type]; movers != 0;) {
         const int from = pop_lowest(movers);
         const Bitboard attacks = attacks_from<Type>(from, Us, position.all_pieces);
-        sink = add_piece_moves<Type, Kind>(sink, from, attacks & target, position.occupied[Us ^ 1]);
+        sink.template add_piece_moves<Type, Kind>(from, attacks & target,
+                                                  position.occupied[Us ^ 1]);
     }
-    return sink;
 }
 
 template <int Us> inline bool may_castle(const Position& position, const CastlingMove& castling) {
@@ -269,31 +232,31 @@ template <int Us> inline bool may_castle(const Position& position, const Castlin
            !attacked(castling.king_to);
 }
 
-template <int Us, typename Sink> Sink generate_castling_moves(const Position& position, Sink sink) {
+template <int Us, typename Sink>
+inline void generate_castling_moves(const Position& position, Sink& sink) {
     for (const int flag : {FLAG_SHORT_CASTLING, FLAG_LONG_CASTLING}) {
         const CastlingMove& castling = castling_move(Us, flag);
         if (may_castle<Us>(position, castling))
-            sink = add_castling(sink, castling, flag);
+            sink.add_castling(castling, flag);
     }
-    return sink;
 }
 
 // All moves of a kind, however many they are.
 template <int Us, MoveKind Kind, typename Sink>
-Sink generate_kind(const Position& position, Sink sink) {
+inline void generate_kind(const Position& position, Sink& sink) {
     const Bitboard target = Kind == ALL_MOVES  ? ~position.occupied[Us]
                             : Kind == CAPTURES ? position.occupied[Us ^ 1]
                                                : ~position.all_pieces;
-    sink = generate_pawn_moves<Us, Kind>(position, sink);
-    sink = generate_piece_moves<Us, KNIGHT, Kind>(position, sink, target);
-    sink = generate_piece_moves<Us, BISHOP, Kind>(position, sink, target);
-    sink = generate_piece_moves<Us, ROOK, Kind>(position, sink, target);
-    sink = generate_piece_moves<Us, QUEEN, Kind>(position, sink, target);
-    sink = generate_piece_moves<Us, KING, Kind>(position, sink, target);
+    generate_pawn_moves<Us, Kind>(position, sink);
+    generate_piece_moves<Us, KNIGHT, Kind>(position, sink, target);
+    generate_piece_moves<Us, BISHOP, Kind>(position, sink, target);
+    generate_piece_moves<Us, ROOK, Kind>(position, sink, target);
+    generate_piece_moves<Us, QUEEN, Kind>(position, sink, target);
+    generate_piece_moves<Us, KING, Kind>(position, sink, target);
     if constexpr (Kind == CAPTURES)
-        return generate_promoting_pushes<Us>(position, sink);
+        generate_promoting_pushes<Us>(position, sink);
     else
-        return generate_castling_moves<Us>(position, sink);
+        generate_castling_moves<Us>(position, sink);
 }
 
 // No side ever has more pseudo-legal moves than this: 63 pieces of up to 27 moves.
@@ -312,15 +275,18 @@ inline bool moves_must_fit(const Position& position) {
 template <int Us, MoveKind Kind>
 [[gnu::noinline]] Move* write_by_overflow_buffer(const Position& position, Move* out) {
     Move all[UNLIMITED_MOVES];
-    const Move* const end = generate_kind<Us, Kind>(position, all);
-    return std::copy_n(all, std::min<std::ptrdiff_t>(end - all, MAX_MOVES), out);
+    MoveWriter writer{all};
+    generate_kind<Us, Kind>(position, writer);
+    return std::copy_n(all, std::min<std::ptrdiff_t>(writer.out - all, MAX_MOVES), out);
 }
 
 // Writes straight into the caller's buffer whenever the moves must fit.
 template <int Us, MoveKind Kind> Move* write_moves_of(const Position& position, Move* out) {
     if (!moves_must_fit(position)) [[unlikely]]
         return write_by_overflow_buffer<Us, Kind>(position, out);
-    return generate_kind<Us, Kind>(position, out);
+    MoveWriter writer{out};
+    generate_kind<Us, Kind>(position, writer);
+    return writer.out;
 }
 
 template <MoveKind Kind> Move* write_moves(const Position& position, Move* out) {
@@ -328,11 +294,13 @@ template <MoveKind Kind> Move* write_moves(const Position& position, Move* out) 
                                   : write_moves_of<BLACK, Kind>(position, out);
 }
 
-template <bool Pins> int count_legal_of(const CountedPosition& counted) {
-    const LegalMoveCounter<Pins> none{&counted, 0};
-    return counted.position.side == WHITE
-               ? generate_kind<WHITE, ALL_MOVES>(counted.position, none).count
-               : generate_kind<BLACK, ALL_MOVES>(counted.position, none).count;
+template <bool Pins> int count_legal_of(const Position& position, const LegalityMasks& masks) {
+    LegalMoveCounter<Pins> counter{position, masks};
+    if (position.side == WHITE)
+        generate_kind<WHITE, ALL_MOVES>(position, counter);
+    else
+        generate_kind<BLACK, ALL_MOVES>(position, counter);
+    return counter.count;
 }
 
 } // namespace
@@ -363,10 +331,10 @@ int count_legal(const Position& position) {
         generate_legal(position, legal);
         return legal.count;
     }
-    const CountedPosition counted{position, legality_masks(position)};
-    const Bitboard pinned =
-        counted.masks.needs_full_test & position.occupied[position.side] & ~kings;
-    return pinned != 0 ? count_legal_of<true>(counted) : count_legal_of<false>(counted);
+    const LegalityMasks masks = legality_masks(position);
+    const Bitboard pinned = masks.needs_full_test & position.occupied[position.side] & ~kings;
+    return pinned != 0 ? count_legal_of<true>(position, masks)
+                       : count_legal_of<false>(position, masks);
 }
 
 } // namespace brindlemoth

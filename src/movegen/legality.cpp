@@ -8,36 +8,28 @@ namespace brindlemoth {
 namespace {
 
 struct PairTable {
-    Bitboard squares[64][64];
+    Bitboard squares[SQUARE_COUNT][SQUARE_COUNT];
 };
 
-// The squares strictly between two squares of one rank, file or diagonal; none for other pairs.
 constexpr PairTable BETWEEN = [] {
     PairTable table{};
-    for (int from = 0; from < SQUARE_COUNT; ++from) {
-        for (int file_step = -1; file_step <= 1; ++file_step) {
-            for (int rank_step = -1; rank_step <= 1; ++rank_step) {
-                if (file_step == 0 && rank_step == 0)
-                    continue;
-                Bitboard passed = 0;
-                int file = file_of(from) + file_step;
-                int rank = rank_of(from) + rank_step;
-                while (on_board(file, rank)) {
-                    const int to = make_square(file, rank);
-                    table.squares[from][to] = passed;
-                    passed |= square_bit(to);
-                    file += file_step;
-                    rank += rank_step;
-                }
-            }
-        }
-    }
+    for (int a = 0; a < SQUARE_COUNT; ++a)
+        for (int b = 0; b < SQUARE_COUNT; ++b)
+            table.squares[a][b] = squares_between(a, b);
     return table;
 }();
 
-// Plays the move as far as an attack on the king can tell: who stands where of the mover's side
-// does not matter, only which squares are occupied, what is taken, and where the king is. Never
-// inlined, so that king moves, which are far more frequent, pass without a stack frame.
+// The pawns, knights and kings of the opponent that attack the square.
+inline Bitboard find_leaper_attackers(const Position& position, int square) {
+    const int us = position.side;
+    const Bitboard* const by = position.pieces[us ^ 1];
+    return (pawn_attacks[us][square] & by[PAWN]) | (knight_attacks[square] & by[KNIGHT]) |
+           (king_attacks[square] & by[KING]);
+}
+
+// The full legality test of a move. It needs only what an attack on the king depends on after the
+// move: the occupied squares, the captured piece and the square of the king. Never inlined, so that
+// the king moves of the only king, which are far more frequent, need no stack frame.
 [[gnu::noinline]] bool king_is_safe_after(const Position& position, Move move) {
     const int us = position.side;
     const Bitboard from = square_bit(move_from(move));
@@ -61,12 +53,10 @@ constexpr PairTable BETWEEN = [] {
 
     const int square = lowest_square(king);
     const Bitboard* const by = position.pieces[us ^ 1];
-    const Bitboard leapers = (pawn_attacks[us][square] & by[PAWN]) |
-                             (knight_attacks[square] & by[KNIGHT]) |
-                             (king_attacks[square] & by[KING]);
     const Bitboard diagonal = (by[BISHOP] | by[QUEEN]) & ~taken;
     const Bitboard straight = (by[ROOK] | by[QUEEN]) & ~taken;
-    return (leapers & ~taken) == 0 && (bishop_attacks(square, occupancy) & diagonal) == 0 &&
+    return (find_leaper_attackers(position, square) & ~taken) == 0 &&
+           (bishop_attacks(square, occupancy) & diagonal) == 0 &&
            (rook_attacks(square, occupancy) & straight) == 0;
 }
 
@@ -79,8 +69,7 @@ LegalityMasks legality_masks(const Position& position) {
         return {0, 0, 0};
     const int king = lowest_square(kings);
     const Bitboard* const by = position.pieces[us ^ 1];
-    Bitboard checkers = (pawn_attacks[us][king] & by[PAWN]) | (knight_attacks[king] & by[KNIGHT]) |
-                        (king_attacks[king] & by[KING]);
+    Bitboard checkers = find_leaper_attackers(position, king);
     Bitboard needs_full_test = kings;
     Bitboard check_rays = 0;
 
@@ -108,8 +97,8 @@ LegalityMasks legality_masks(const Position& position) {
 bool move_is_legal(const Position& position, Move move) {
     const int us = position.side;
     const Bitboard from = square_bit(move_from(move));
-    // The only king leaves its square and changes nothing else that its attackers see: the rook of
-    // castling comes from the edge and stands between the king and what it passed.
+    // The only king moves. Its attackers depend on no other change of the board: the rook of
+    // castling comes from the edge and ends between the king and the square that the king left.
     if (position.pieces[us][KING] == from)
         return !square_attacked(move_to(move), us ^ 1, position.all_pieces ^ from, position);
     return king_is_safe_after(position, move);

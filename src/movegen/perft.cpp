@@ -11,16 +11,13 @@ std::uint64_t perft(Position& position, int depth) {
         return 1;
     if (depth == 1)
         return static_cast<std::uint64_t>(count_legal(position));
-    Move buffer[MAX_MOVES];
-    const Move* const end = generate_pseudo_legal(position, buffer);
-    const LegalityMasks masks = legality_masks(position);
+    MoveList legal;
+    generate_legal(position, legal);
     std::uint64_t count = 0;
-    for (const Move* move = buffer; move != end; ++move) {
-        if (!move_is_legal(position, masks, *move))
-            continue;
-        make_move(position, *move);
+    for (int i = 0; i < legal.count; ++i) {
+        make_move(position, legal.moves[i]);
         count += perft(position, depth - 1);
-        unmake_move(position, *move);
+        unmake_move(position, legal.moves[i]);
     }
     return count;
 }

@@ -17,53 +17,39 @@ constexpr int EVASION_GOOD_CAPTURE_SCORE = 1000000;
 constexpr int EVASION_PROMOTION_SCORE = 900000;
 constexpr int EVASION_BAD_CAPTURE_SCORE = -500000;
 
-// Whether make_move() keeps the position consistent for a special move. A hash move can belong to
-// another position with the same key.
-bool special_move_fits(const Position& position, Move move) {
-    const int flag = move_flag(move);
-    const int us = position.side;
-    if (flag == FLAG_QUIET || flag == FLAG_CAPTURE)
-        return true;
-    if (flag == FLAG_SHORT_CASTLING || flag == FLAG_LONG_CASTLING) {
-        const CastlingMove& castling = castling_move(us, flag);
-        return move_from(move) == castling.king_from && move_to(move) == castling.king_to &&
-               position.board[castling.king_from] == make_piece(us, KING) &&
-               position.board[castling.rook_from] == make_piece(us, ROOK) &&
-               position.board[castling.rook_to] == EMPTY_SQUARE &&
-               position.board[castling.king_to] == EMPTY_SQUARE;
-    }
-    if (position.board[move_from(move)] != make_piece(us, PAWN))
-        return false;
-    const int behind = move_to(move) - forward_step(us);
-    if (flag == FLAG_EN_PASSANT)
-        return behind >= 0 && behind < SQUARE_COUNT &&
-               position.board[behind] == make_piece(us ^ 1, PAWN) &&
-               position.board[move_to(move)] == EMPTY_SQUARE;
-    if (flag == FLAG_DOUBLE_PUSH)
-        return rank_of(move_from(move)) == (us == WHITE ? 1 : 6);
-    return true;
-}
-
-// Whether the hash move fits the board. The path of a slider, the geometry of pawn moves and
-// castling rights are not tested: they can be wrong only if two positions have the same key, and
-// then the position stays consistent all the same.
+// Whether the hash move, which can belong to another position with the same key, leaves the
+// position consistent when it is made. Not tested are the path of a slider, the geometry of pawn
+// moves and castling rights: such a move would be wrong, but do no harm.
 bool is_playable(const Position& position, Move move) {
     if (move == MOVE_NONE || move == MOVE_NULL)
         return false;
     const int us = position.side;
-    const int moved = position.board[move_from(move)];
-    const int target = position.board[move_to(move)];
-    if (moved == EMPTY_SQUARE || piece_colour(moved) != us)
-        return false;
     const int flag = move_flag(move);
-    if (is_capture(move)) {
-        if (flag != FLAG_EN_PASSANT && (target == EMPTY_SQUARE || piece_colour(target) == us))
-            return false;
-    } else if (flag != FLAG_SHORT_CASTLING && flag != FLAG_LONG_CASTLING &&
-               target != EMPTY_SQUARE) {
-        return false;
+    const int from = move_from(move);
+    const int to = move_to(move);
+    const auto& board = position.board;
+    if (is_castling(move)) {
+        const CastlingMove& castling = castling_move(us, flag);
+        return from == castling.king_from && to == castling.king_to &&
+               board[from] == make_piece(us, KING) &&
+               board[castling.rook_from] == make_piece(us, ROOK) &&
+               board[castling.rook_to] == EMPTY_SQUARE && board[to] == EMPTY_SQUARE;
     }
-    return special_move_fits(position, move);
+    if (board[from] == EMPTY_SQUARE || piece_colour(board[from]) != us)
+        return false;
+    if (is_capture(move) && flag != FLAG_EN_PASSANT
+            ? board[to] == EMPTY_SQUARE || piece_colour(board[to]) == us
+            : board[to] != EMPTY_SQUARE)
+        return false;
+    if (flag == FLAG_QUIET || flag == FLAG_CAPTURE)
+        return true;
+    if (board[from] != make_piece(us, PAWN))
+        return false;
+    if (flag == FLAG_DOUBLE_PUSH)
+        return rank_of(from) == (us == WHITE ? 1 : 6);
+    const int behind = to - forward_step(us);
+    return flag != FLAG_EN_PASSANT ||
+           (behind >= 0 && behind < SQUARE_COUNT && board[behind] == make_piece(us ^ 1, PAWN));
 }
 
 // Starts a stage with the moves that a generator has written up to `end`.
