@@ -1,5 +1,5 @@
 // The cost of finding moves, of telling the legal ones, and of playing them.
-#include "movegen/movegen.h"
+#include "movegen/generate.h"
 #include "positions.h"
 
 #include <cstddef>

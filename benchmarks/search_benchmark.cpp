@@ -1,5 +1,5 @@
 // The cost of exchanges and of handing out the moves of a node.
-#include "movegen/movegen.h"
+#include "movegen/generate.h"
 #include "positions.h"
 #include "search/move_picker.h"
 #include "search/see.h"

@@ -28,36 +28,34 @@ constexpr CastlingMask castling_mask = [] {
     return mask;
 }();
 
-// What debug builds check around every change (one at a time: the memory is a single one): the
-// distance of the running sums from their values from scratch never changes. It is not always zero:
-// psq keeps an old sum when the style of the evaluation changes, and key lacks the castling term
-// after a failed FEN.
-struct Drift {
+// The difference of the incremental values from those computed from scratch. It need not be zero:
+// psq keeps its sum when the style of the evaluation changes, and key lacks the castling term after
+// a failed FEN. But no move changes it, which debug builds check.
+struct IncrementalError {
     Key key;
     Key pawn_key;
     Score psq;
-    bool operator==(const Drift&) const = default;
+    bool operator==(const IncrementalError&) const = default;
 };
 
-Drift drift_before{};
+IncrementalError error_before{};
 
-Drift current_drift(const Position& position) {
+IncrementalError find_error(const Position& position) {
     return {position.key ^ compute_key(position), position.pawn_key ^ compute_pawn_key(position),
             position.psq - compute_psq(position)};
 }
 
-[[maybe_unused]] bool remember_drift(const Position& position) {
-    drift_before = current_drift(position);
+[[maybe_unused]] bool remember_error(const Position& position) {
+    error_before = find_error(position);
     return true;
 }
 
-[[maybe_unused]] bool drift_unchanged(const Position& position) {
-    return views_agree(position) && current_drift(position) == drift_before;
+[[maybe_unused]] bool is_consistent(const Position& position) {
+    return views_agree(position) && find_error(position) == error_before;
 }
 
-// Piece and colour bitboards, board and psq in one step each. The union of the colours and the keys
-// are the callers' business: they set the one at the end, and taking a move back restores the
-// others from the undo record.
+// These update pieces, occupied, board and psq. The callers set all_pieces when all pieces have
+// moved, and the keys: make computes them, unmake restores them from the undo record.
 
 inline void put_piece(Position& position, int colour, int type, int square) {
     const int piece = make_piece(colour, type);
@@ -93,7 +91,7 @@ inline void replace_piece(Position& position, int colour, int old_type, int new_
     put_piece(position, colour, new_type, square);
 }
 
-// Saves the state that no move gives back. The record is the caller's to complete.
+// Saves the state that unmake cannot compute. The caller sets `captured`.
 inline UndoRecord& push_undo(Position& position) {
     assert(position.undo_count >= 0 && position.undo_count < MAX_UNDO);
     UndoRecord& record = position.undo[position.undo_count++];
@@ -113,7 +111,7 @@ inline const UndoRecord& pop_undo(Position& position) {
     return record;
 }
 
-// A counter from a FEN may stand at its limit; it then wraps instead of overflowing.
+// A counter of a FEN may be at the limit of its type. It wraps then.
 inline int add_one(int counter) {
     return static_cast<int>(static_cast<unsigned>(counter) + 1U);
 }
@@ -164,7 +162,6 @@ template <int Us> void make_move_of(Position& position, Move move) {
             position.ep_square = from + forward_step(Us);
             key ^= ep_file_keys[file_of(from)];
         } else if (is_promotion(move)) {
-            // The pawn has come to the last rank and changes there.
             const int promoted = promoted_type(move);
             replace_piece(position, Us, PAWN, promoted, to);
             key ^= piece_keys[piece][to] ^ piece_keys[make_piece(Us, promoted)][to];
@@ -201,7 +198,7 @@ template <int Us> void unmake_move_of(Position& position, Move move) {
     if constexpr (Us == BLACK)
         position.fullmove = subtract_one(position.fullmove);
 
-    // The mover leaves the to-square before the captured piece comes back to it.
+    // The moved piece leaves the to-square before the captured piece is put there.
     if (is_promotion(move))
         replace_piece(position, Us, promoted_type(move), PAWN, to);
     shift_piece(position, Us, position.board[to] - make_piece(Us, PAWN), to, from);
@@ -218,34 +215,34 @@ template <int Us> void unmake_move_of(Position& position, Move move) {
 } // namespace
 
 void make_move(Position& position, Move move) {
-    assert(remember_drift(position));
+    assert(remember_error(position));
     position.side == WHITE ? make_move_of<WHITE>(position, move)
                            : make_move_of<BLACK>(position, move);
-    assert(drift_unchanged(position));
+    assert(is_consistent(position));
 }
 
 void unmake_move(Position& position, Move move) {
-    assert(position.undo_count > 0 && remember_drift(position));
+    assert(position.undo_count > 0 && remember_error(position));
     position.side == BLACK ? unmake_move_of<WHITE>(position, move)
                            : unmake_move_of<BLACK>(position, move);
-    assert(drift_unchanged(position));
+    assert(is_consistent(position));
 }
 
 void make_null_move(Position& position) {
-    assert(remember_drift(position));
+    assert(remember_error(position));
     push_undo(position);
     clear_ep_square(position);
     position.key ^= side_key;
     position.side ^= 1;
     position.halfmove = add_one(position.halfmove);
-    assert(drift_unchanged(position));
+    assert(is_consistent(position));
 }
 
 void unmake_null_move(Position& position) {
-    assert(position.undo_count > 0 && remember_drift(position));
+    assert(position.undo_count > 0 && remember_error(position));
     pop_undo(position);
     position.side ^= 1;
-    assert(drift_unchanged(position));
+    assert(is_consistent(position));
 }
 
 } // namespace brindlemoth

@@ -1,7 +1,8 @@
+#include "movegen/generate.h"
+
 #include "board/bitboard.h"
 #include "board/castling.h"
 #include "movegen/legality.h"
-#include "movegen/movegen.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -10,7 +11,7 @@ namespace brindlemoth {
 
 namespace {
 
-// Which moves are asked for.
+// Which moves to generate.
 enum MoveKind { ALL_MOVES, CAPTURES, QUIETS };
 
 // The generators below find sets of moves and give them to a sink with its add_...() functions.
@@ -259,28 +260,29 @@ inline void generate_kind(const Position& position, Sink& sink) {
         generate_castling_moves<Us>(position, sink);
 }
 
-// No side ever has more pseudo-legal moves than this: 63 pieces of up to 27 moves.
-constexpr int UNLIMITED_MOVES = 64 * 27;
+constexpr int MAX_QUEEN_MOVES = 27;
+constexpr int MAX_OTHER_MOVES = 14; // of any other piece
 
-// An upper bound of the side's moves: a queen has at most 27, any other piece 14. Nearly every
-// position of a real game stays within MAX_MOVES by this count.
+// Whether MAX_MOVES is enough by an upper bound from the piece counts: a queen has at most 27
+// moves, any other piece 14. This holds in nearly every position of a game.
 inline bool moves_must_fit(const Position& position) {
     const int us = position.side;
-    return 14 * popcount(position.occupied[us]) + 13 * popcount(position.pieces[us][QUEEN]) <=
-           MAX_MOVES;
+    const int queens = popcount(position.pieces[us][QUEEN]);
+    const int others = popcount(position.occupied[us]) - queens;
+    return MAX_QUEEN_MOVES * queens + MAX_OTHER_MOVES * others <= MAX_MOVES;
 }
 
-// Generates into a larger buffer first, for moves that may not fit. Never inlined: the buffer must
-// not stand in the stack frames of the search.
+// Generates into a larger buffer first. Never inlined, to keep that buffer out of the stack frames
+// of the search.
 template <int Us, MoveKind Kind>
 [[gnu::noinline]] Move* write_by_overflow_buffer(const Position& position, Move* out) {
-    Move all[UNLIMITED_MOVES];
+    Move all[SQUARE_COUNT * MAX_QUEEN_MOVES];
     MoveWriter writer{all};
     generate_kind<Us, Kind>(position, writer);
     return std::copy_n(all, std::min<std::ptrdiff_t>(writer.out - all, MAX_MOVES), out);
 }
 
-// Writes straight into the caller's buffer whenever the moves must fit.
+// Generates into the caller's buffer if the moves must fit.
 template <int Us, MoveKind Kind> Move* write_moves_of(const Position& position, Move* out) {
     if (!moves_must_fit(position)) [[unlikely]]
         return write_by_overflow_buffer<Us, Kind>(position, out);

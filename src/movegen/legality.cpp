@@ -1,7 +1,7 @@
 #include "movegen/legality.h"
 
 #include "board/castling.h"
-#include "movegen/movegen.h"
+#include "movegen/generate.h"
 
 namespace brindlemoth {
 

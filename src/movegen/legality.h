@@ -1,6 +1,6 @@
-// Attack tests and legality: a move is legal exactly when the mover's king is not attacked after
-// it. A side without a king has no legal moves and is never in check; of several kings the one on
-// the lowest square counts.
+// Attack tests and legality. A move is legal if the king of the side that makes it is not attacked
+// afterwards. A side without a king has no legal moves and is never in check. Of several kings,
+// only the one on the lowest square counts.
 #pragma once
 
 #include "board/attacks.h"
@@ -9,7 +9,8 @@
 
 namespace brindlemoth {
 
-// True when a piece of by_colour attacks the square; sliders look through `occupancy`.
+// Whether a piece of by_colour attacks the square. `occupancy` holds the squares that block
+// sliders.
 inline bool square_attacked(int square, int by_colour, Bitboard occupancy,
                             const Position& position) {
     const Bitboard* const by = position.pieces[by_colour];

@@ -1,8 +1,8 @@
 #include "movegen/perft.h"
 
 #include "board/make_move.h"
+#include "movegen/generate.h"
 #include "movegen/legality.h"
-#include "movegen/movegen.h"
 
 namespace brindlemoth {
 

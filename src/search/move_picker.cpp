@@ -1,7 +1,7 @@
 #include "search/move_picker.h"
 
 #include "board/castling.h"
-#include "movegen/movegen.h"
+#include "movegen/generate.h"
 #include "search/see.h"
 
 namespace brindlemoth {

@@ -1,7 +1,7 @@
 #include "board/make_move.h"
 #include "eval/evaluate.h"
+#include "movegen/generate.h"
 #include "movegen/legality.h"
-#include "movegen/movegen.h"
 #include "search/limit_check.h"
 #include "search/scored_moves.h"
 #include "search/search.h"

@@ -2,8 +2,8 @@
 
 #include "board/fen.h"
 #include "board/make_move.h"
+#include "movegen/generate.h"
 #include "movegen/legality.h"
-#include "movegen/movegen.h"
 #include "movegen/perft.h"
 #include "platform/clock.h"
 #include "platform/standard_output.h"

@@ -1,7 +1,7 @@
 #include "tablebase/root_probe.h"
 
+#include "movegen/generate.h"
 #include "movegen/legality.h"
-#include "movegen/movegen.h"
 #include "tablebase/probe.h"
 #include "tablebase/syzygy.h"
 

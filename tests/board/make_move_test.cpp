@@ -1,8 +1,8 @@
 #include "board/bitboard.h"
 #include "board/keys.h"
 #include "board/make_move.h"
+#include "movegen/generate.h"
 #include "movegen/legality.h"
-#include "movegen/movegen.h"
 #include "support/support.h"
 
 #include <gtest/gtest.h>

@@ -1,7 +1,7 @@
 #include "board/fen.h"
 #include "board/make_move.h"
+#include "movegen/generate.h"
 #include "movegen/legality.h"
-#include "movegen/movegen.h"
 #include "support/support.h"
 
 #include <algorithm>

@@ -1,7 +1,7 @@
 #include "board/keys.h"
 #include "board/make_move.h"
+#include "movegen/generate.h"
 #include "movegen/legality.h"
-#include "movegen/movegen.h"
 #include "search/move_picker.h"
 #include "support/support.h"
 

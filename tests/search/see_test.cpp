@@ -1,6 +1,6 @@
 #include "board/attacks.h"
 #include "board/bitboard.h"
-#include "movegen/movegen.h"
+#include "movegen/generate.h"
 #include "search/see.h"
 #include "support/support.h"
 
