@@ -121,14 +121,17 @@ void search_root(Position& position, const SearchLimits& limits) {
     print_best_move(best_move != MOVE_NONE ? best_move : root_moves.moves[0]);
 }
 
-void print_info(int depth, int line_index, int score, const Move* pv, int pv_length) {
+unsigned long long nodes_per_second(std::uint64_t nodes, std::int64_t milliseconds) {
     constexpr std::uint64_t MILLISECONDS_PER_SECOND = 1000;
+    return milliseconds > 0
+               ? nodes * MILLISECONDS_PER_SECOND / static_cast<std::uint64_t>(milliseconds)
+               : 0;
+}
+
+void print_info(int depth, int line_index, int score, const Move* pv, int pv_length) {
     constexpr int MAX_HEAD = 256; // characters before the moves
     constexpr int MAX_MOVE = 6;   // characters of a move with its blank
     const std::int64_t elapsed = tick_count() - search_time.start_time;
-    const std::uint64_t nps =
-        elapsed > 0 ? node_count * MILLISECONDS_PER_SECOND / static_cast<std::uint64_t>(elapsed)
-                    : 0;
 
     // The line is one write, so that the reply to an isready never stands inside it.
     char line[MAX_HEAD + MAX_PLY * MAX_MOVE];
@@ -147,7 +150,7 @@ void print_info(int depth, int line_index, int score, const Move* pv, int pv_len
     else
         append(" score cp %d", score);
     append(" nodes %llu nps %llu time %lld pv", static_cast<unsigned long long>(node_count),
-           static_cast<unsigned long long>(nps), static_cast<long long>(elapsed));
+           nodes_per_second(node_count, elapsed), static_cast<long long>(elapsed));
     for (int i = 0; i < pv_length; ++i)
         append(" %s", move_to_text(pv[i]));
     *out++ = '\n';

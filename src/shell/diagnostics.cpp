@@ -113,7 +113,6 @@ void perft_suite() {
 }
 
 void cmd_bench(int depth) {
-    constexpr std::uint64_t MILLISECONDS_PER_SECOND = 1000;
     if (depth < 1)
         depth = DEFAULT_BENCH_DEPTH;
     const std::int64_t start = tick_count();
@@ -121,13 +120,11 @@ void cmd_bench(int depth) {
     for (int i = 0; i < BENCH_POSITION_COUNT; ++i)
         nodes += bench_position(perft_cases[i].fen, depth);
     const std::int64_t elapsed = tick_count() - start;
-    const std::uint64_t nps =
-        elapsed > 0 ? nodes * MILLISECONDS_PER_SECOND / static_cast<std::uint64_t>(elapsed) : 0;
     print("\n=== Bench ===\n");
     print("Depth   : %d\n", depth);
     print("Nodes   : %llu\n", static_cast<unsigned long long>(nodes));
     print("Time    : %lld ms\n", static_cast<long long>(elapsed));
-    print("NPS     : %llu\n", static_cast<unsigned long long>(nps));
+    print("NPS     : %llu\n", nodes_per_second(nodes, elapsed));
 }
 
 void cmd_dupcheck(const Position& position) {

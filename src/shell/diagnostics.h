@@ -17,7 +17,7 @@ void perft_divide(Position& position, int depth);
 void perft_suite();
 
 // Searches five positions to the depth, from cleared search memory, and prints the total of nodes.
-// A depth below 1 means the default, 10. The total depends only on depth and options: it is the
+// A depth below 1 means the default. The total depends only on depth and options: it is the
 // signature of the program.
 void cmd_bench(int depth);
 
