@@ -225,7 +225,7 @@ export class App {
     this.game.ply = Math.max(0, Math.min(ply, this.game.positions.length - 1));
     const { san, white } = this.game.position;
     this.changed(san ? `${white ? "Black" : "White"}: ${san}` : "First position");
-    if (this.mode === "analyse" && this.work !== "evaluation") void this.think();
+    if (this.mode === "analyse" && this.analysisWanted) void this.think();
   }
 
   setMode(mode: "play" | "analyse"): void {
@@ -328,10 +328,8 @@ export class App {
 
   /** Keeps a file for the engine's next start, or returns what is wrong with it. */
   private async takeFile(file: File): Promise<string | undefined> {
-    const start = await file
-      .slice(0, BOOK_ENTRY_BYTES)
-      .arrayBuffer()
-      .catch(() => undefined);
+    const reading = file.slice(0, BOOK_ENTRY_BYTES).arrayBuffer();
+    const start = await reading.catch(() => undefined);
     const isTable = TABLE_NAME.test(file.name);
     if (!start?.byteLength) return "is empty or cannot be read";
     if (!isTable && !file.name.endsWith(".bin")) return "is neither a book nor an endgame table";

@@ -10,6 +10,7 @@ import { App } from "./app";
 import { Board } from "./board";
 import { Graph } from "./graph";
 import { page } from "./page";
+import type { Position } from "./position";
 
 const app = new App(draw);
 render(page(app), document.body);
@@ -19,6 +20,7 @@ const board = new Board(
   (position, move) => void app.play(position, move),
   (from, to) => app.refuse(from, to),
 );
+let listed: Position | undefined;
 const graph = new Graph(find("#graph"), (ply) => app.walkTo(ply));
 
 function draw(): void {
@@ -30,11 +32,19 @@ function draw(): void {
   if (!game) return;
   board.show(game.position, app.takesMoves, app.whiteBelow, app.bestMove);
   graph.show(game);
-  find(".moves [aria-current]")?.scrollIntoView({ block: "nearest" });
+  if (listed !== game.position) scrollMoves();
+  listed = game.position;
+}
+
+/** Brings the current move into the list's view, without a scroll of the page. */
+function scrollMoves(): void {
+  const list = find(".moves");
+  const current = find(".moves [aria-current]");
+  list.scrollTop = current ? current.offsetTop - list.clientHeight / 2 : 0;
 }
 
 function takeKey(event: KeyboardEvent): void {
-  const typing = (event.target as Element).closest("input, select, .log");
+  const typing = (event.target as Element).closest("input, select, #log");
   if (event.defaultPrevented || event.ctrlKey || event.metaKey || event.altKey || typing || !app.game) return;
   const actions: Record<string, () => void> = {
     ArrowLeft: () => app.walkTo(app.game.ply - 1),
@@ -54,7 +64,9 @@ function takeDrag(event: DragEvent): void {
   if (!event.dataTransfer?.types.includes("Files")) return;
   event.preventDefault();
   document.body.classList.toggle("dropping", event.type === "dragover");
-  if (event.type === "drop") void app.giveFiles([...event.dataTransfer.files]);
+  if (event.type !== "drop") return;
+  find("#engine").setAttribute("open", "");
+  void app.giveFiles([...event.dataTransfer.files]);
 }
 
 document.addEventListener("keydown", takeKey);
