@@ -112,7 +112,7 @@ export class App {
   private talk(line: string, sent: boolean): void {
     this.log.push((sent ? "› " : "") + line);
     this.log.splice(0, this.log.length - LOG_MAX_LINES);
-    void this.drawSoon();
+    if (!sent) void this.drawSoon();
   }
 
   /** Draws what the engine says, not more often than a reader can follow and the machine can draw. */

@@ -121,8 +121,8 @@ export class Searcher {
     for (const command of commands) this.onTalk(command, true);
     this.searching = last !== READY;
     const answer = this.engine?.ask(commands.join("\n"), last, (line) => {
-      this.onTalk(line, false);
       each(line);
+      this.onTalk(line, false);
     });
     // An end of the program is told by `onEnd`.
     const lines = await answer?.catch(() => []);
