@@ -39,7 +39,8 @@ export class App {
   /** What a screen reader is to say. */
   news = "";
   loaded = "No book and no tables.";
-  loading: { done: number; total: number } | undefined;
+  /** The part of the given files that was read, while they are. */
+  loading = 0;
   readonly log: string[] = [];
 
   /** The lines that a search found, the best first: all, and those that are written. */
@@ -207,7 +208,8 @@ export class App {
     if (!current()) return;
     if (this.mode === "play") this.game.append(next);
     else this.game.branch(next);
-    this.news = `${position.white ? "White" : "Black"}: ${next.san}. ${this.game.outcome(this.game.positions.indexOf(next))}`;
+    const outcome = this.game.outcome(this.game.positions.indexOf(next));
+    this.news = `${position.white ? "White" : "Black"}: ${next.san}. ${outcome}`;
     return this.think();
   }
 
@@ -310,7 +312,7 @@ export class App {
   async giveFiles(files: File[]): Promise<void> {
     const faults: string[] = [];
     for (const [at, file] of files.entries()) {
-      this.loading = { done: at + 1, total: files.length };
+      this.loading = (at + 1) / files.length;
       this.loaded = `Reading file ${at + 1} of ${files.length}…`;
       this.changed();
       const fault = await this.takeFile(file);
@@ -321,7 +323,7 @@ export class App {
     const book = this.files[BOOK_PATH];
     const hasBook = book ? `Book of ${counted(book.size / BOOK_ENTRY_BYTES, "entry")}` : "No book";
     const hasTables = tables > 0 ? `tables of ${counted(tables, "endgame")}` : "no tables";
-    this.loading = undefined;
+    this.loading = 0;
     this.loaded = [`${hasBook}, ${hasTables}.`, ...faults, ...remarks].join(" ");
     this.changed();
   }

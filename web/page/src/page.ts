@@ -26,12 +26,13 @@ function select(id: string, label: string, options: object, chosen: unknown, tak
   const change = (event: Event): void => take((event.target as HTMLSelectElement).value);
   const option = ([value, text]: [string, string]): Part =>
     html`<option value=${value} ?selected=${value === String(chosen)}>${text}</option>`;
-  return html`<label>${label} <select id=${id} @change=${change}>${Object.entries(options).map(option)}</select></label>`;
+  const choices = Object.entries(options).map(option);
+  return html`<label>${label} <select id=${id} @change=${change}>${choices}</select></label>`;
 }
 
-function button(id: string, text: string, action: () => void, disabled = false, label?: string): Part {
+function button(id: string, text: string, act: () => void, off = false, label?: string): Part {
   const name = label ?? nothing;
-  return html`<button id=${id} title=${name} aria-label=${name} ?disabled=${disabled} @click=${action}>${text}</button>`;
+  return html`<button id=${id} title=${name} aria-label=${name} ?disabled=${off} @click=${act}>${text}</button>`;
 }
 
 /** A form of one field, which is handed over. */
@@ -184,27 +185,27 @@ function positionCard(app: App): Part {
 
 function engineCard(app: App): Part {
   const { options, loading } = app;
-  const styles = { PeSTO: "PeSTO", Linear: "Linear" };
+  const ownBook = options.get("OwnBook") === "true";
   const own = (event: Event): void => app.setOption("OwnBook", String((event.target as HTMLInputElement).checked));
   const choose = ({ target }: Event): void => void app.giveFiles([...((target as HTMLInputElement).files ?? [])]);
   return html`<details id="engine" class="card">
     <summary>Engine</summary>
     <div class="fields">
       ${select("hash", "Hash", HASH_SIZES, 64, (size) => app.setOption("Hash", size))}
-      ${select("style", "Style", styles, "PeSTO", (style) => app.setOption("Style", style))}
+      ${select("style", "Style", { PeSTO: "PeSTO", Linear: "Linear" }, "PeSTO", (style) => app.setOption("Style", style))}
     </div>
     <p class="drop">
       <label>
-        Drop a book (<code>.bin</code>) or endgame tables (<code>.rtbw</code>, <code>.rtbz</code>) anywhere on this page, or
+        Drop a book (<code>.bin</code>) or endgame tables (<code>.rtbw</code>, <code>.rtbz</code>) on this page, or
         <input id="files" type="file" multiple accept=".bin,.rtbw,.rtbz" @change=${choose} />
       </label>
       <label>
-        <input type="checkbox" ?disabled=${!options.has("BookFile")} .checked=${options.get("OwnBook") === "true"} @change=${own} />
+        <input type="checkbox" ?disabled=${!options.has("BookFile")} .checked=${ownBook} @change=${own} />
         Play from the book
       </label>
     </p>
     <p id="loaded" role="status">${app.loaded}</p>
-    <progress aria-label="Loading files" ?hidden=${!loading} max=${loading?.total ?? 1} value=${loading?.done ?? 0}></progress>
+    <progress aria-label="Loading files" ?hidden=${!loading} value=${loading}></progress>
   </details>`;
 }
 
@@ -234,13 +235,13 @@ export function page(app: App): Part {
     <main>
       ${stage(app)}
       <div class="side">
-        ${app.mode === "play" ? playCard(app) : analysisCard(app)} ${gameCard(app)} ${positionCard(app)} ${engineCard(app)}
-        ${consoleCard(app)}
+        ${app.mode === "play" ? playCard(app) : analysisCard(app)} ${gameCard(app)} ${positionCard(app)}
+        ${engineCard(app)} ${consoleCard(app)}
       </div>
     </main>
     <footer>
-      Brindlemoth runs on this device. Nothing is stored or sent. Keys: ← → Home End to walk, F to flip, A to analyse. Pieces
-      by Cburnett and Rfc1394,
+      Brindlemoth runs on this device. Nothing is stored or sent. Keys: ← → Home End to walk, F to flip, A to analyse.
+      Pieces by Cburnett and Rfc1394,
       <a href="https://creativecommons.org/licenses/by-sa/3.0/" rel="noreferrer">CC BY-SA 3.0</a>.
       <a href="./licences.txt">All licences</a>.
     </footer>
