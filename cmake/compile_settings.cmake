@@ -9,6 +9,12 @@ target_compile_options(brindlemoth_settings INTERFACE
 # The portable x86-64 build needs nothing newer than the population count.
 if(BRINDLEMOTH_NATIVE)
   target_compile_options(brindlemoth_settings INTERFACE -march=native)
+  # A program at a fixed address needs no register for the address of a table: 5% fewer
+  # instructions, 2% less time. Packages keep the system's default.
+  if(CMAKE_SYSTEM_NAME STREQUAL Linux)
+    target_compile_options(brindlemoth_settings INTERFACE -fno-pie)
+    target_link_options(brindlemoth_settings INTERFACE -no-pie)
+  endif()
 elseif(BRINDLEMOTH_MARCH)
   target_compile_options(brindlemoth_settings INTERFACE -march=${BRINDLEMOTH_MARCH})
 elseif(CMAKE_SYSTEM_PROCESSOR MATCHES "^(x86_64|AMD64)$")

@@ -93,7 +93,9 @@ struct Balance {
     int value;
 };
 
-constexpr int BALANCE_CACHE_SIZE = 1 << 13;
+// Four times as many slots would answer 22% of all calls instead of 19%, but they take more of the
+// processor's cache from everything else than that saves.
+constexpr int BALANCE_CACHE_SIZE = 1 << 11;
 
 // Direct-mapped by the low bits of the key and never cleared.
 Balance balance_cache[BALANCE_CACHE_SIZE];
