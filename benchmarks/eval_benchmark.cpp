@@ -10,13 +10,13 @@
 namespace brindlemoth {
 namespace {
 
-// A value that is at hand from before.
+// The evaluation cache holds each value.
 void bm_evaluate_again(benchmark::State& state) {
     over_positions(state, evaluate);
 }
 BENCHMARK(bm_evaluate_again);
 
-// With another sum of placement each time, no value from before serves.
+// Each call has another piece-square sum, so the evaluation cache never holds the value.
 void bm_evaluate_anew(benchmark::State& state) {
     std::vector<Position> list = benchmark_positions();
     for (auto _ : state)
@@ -29,50 +29,68 @@ void bm_evaluate_anew(benchmark::State& state) {
 }
 BENCHMARK(bm_evaluate_anew);
 
-void bm_survey(benchmark::State& state) {
-    over_positions(state, survey_board);
-}
-BENCHMARK(bm_survey);
+struct AttackInfo {
+    PawnInfo pawns;
+    PieceInfo white_pieces;
+};
 
-// A term of White that is given its survey.
-template <typename Term> void over_surveys(benchmark::State& state, Term term) {
+AttackInfo collect_attack_info(const Position& position) {
+    const PawnInfo pawns = collect_pawns(position);
+    return {pawns, collect_pieces<WHITE>(position, pawns)};
+}
+
+void bm_attack_info(benchmark::State& state) {
+    over_positions(state, collect_attack_info);
+}
+BENCHMARK(bm_attack_info);
+
+// A term that uses the collected attack information.
+template <typename Term> void over_attack_infos(benchmark::State& state, Term term) {
     const std::vector<Position>& list = benchmark_positions();
-    std::vector<Survey> surveys;
+    std::vector<AttackInfo> infos;
     for (const Position& position : list)
-        surveys.push_back(survey_board(position));
+        infos.push_back(collect_attack_info(position));
     for (auto _ : state)
         for (std::size_t i = 0; i < list.size(); ++i)
-            benchmark::DoNotOptimize(term(list[i], surveys[i]));
+            benchmark::DoNotOptimize(term(list[i], infos[i]));
     state.SetItemsProcessed(static_cast<std::int64_t>(list.size()) *
                             static_cast<std::int64_t>(state.iterations()));
 }
 
 void bm_outposts(benchmark::State& state) {
-    over_surveys(state, outposts<WHITE>);
+    over_attack_infos(state, [](const Position& position, const AttackInfo& info) {
+        return evaluate_outposts<WHITE>(position, info.pawns);
+    });
 }
 BENCHMARK(bm_outposts);
 
 void bm_rooks(benchmark::State& state) {
-    over_surveys(state, rooks<WHITE>);
+    over_attack_infos(state, [](const Position& position, const AttackInfo& info) {
+        return evaluate_rooks<WHITE>(position, info.pawns);
+    });
 }
 BENCHMARK(bm_rooks);
 
 void bm_threats(benchmark::State& state) {
-    over_surveys(state, threats<WHITE>);
+    over_attack_infos(state, [](const Position& position, const AttackInfo& info) {
+        return evaluate_threats<WHITE>(position, info.pawns, info.white_pieces);
+    });
 }
 BENCHMARK(bm_threats);
 
 void bm_king_danger(benchmark::State& state) {
-    over_surveys(state, [](const Position& position, const Survey& survey) {
-        return king_danger<WHITE>(position, survey);
+    over_attack_infos(state, [](const Position& position, const AttackInfo& info) {
+        return king_danger<BLACK>(position, info.pawns, info.white_pieces);
     });
 }
 BENCHMARK(bm_king_danger);
 
-void bm_passed_extras(benchmark::State& state) {
-    over_surveys(state, passed_extras<WHITE>);
+void bm_passed_pawns(benchmark::State& state) {
+    over_attack_infos(state, [](const Position& position, const AttackInfo& info) {
+        return evaluate_passed_pawns<WHITE>(position, info.pawns);
+    });
 }
-BENCHMARK(bm_passed_extras);
+BENCHMARK(bm_passed_pawns);
 
 void bm_pawns_cached(benchmark::State& state) {
     over_positions(state, evaluate_pawns);

@@ -7,6 +7,7 @@
 #include "board/keys.h"
 #include "board/make_move.h"
 #include "eval/evaluate.h"
+#include "eval/kpk.h"
 #include "movegen/legality.h"
 
 #include <benchmark/benchmark.h>

@@ -23,11 +23,6 @@ constexpr Bitboard file_mask(int file) {
 constexpr Bitboard rank_mask(int rank) {
     return RANK_1 << (8 * rank);
 }
-// The files beside the given one: two, or one at the board's edge.
-constexpr Bitboard adjacent_files_mask(int file) {
-    const Bitboard mask = file_mask(file);
-    return ((mask & ~FILE_A) >> 1) | ((mask & ~FILE_H) << 1);
-}
 
 // The squares strictly between two squares of one rank, file or diagonal; none for other squares.
 constexpr Bitboard squares_between(int a, int b) {

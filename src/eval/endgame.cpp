@@ -4,13 +4,29 @@
 #include "eval/kpk.h"
 
 #include <algorithm>
+#include <limits>
 
 namespace brindlemoth {
 
 namespace {
 
-// Bishop and knight against a bare king: where the weak king stands when the bishop moves on the
-// squares of a1's colour. Rank 1 in the first row, the a-file in the first column.
+// Ranks counted from 0.
+constexpr int FIFTH_RANK = 4;
+constexpr int SIXTH_RANK = 5;
+constexpr int SEVENTH_RANK = 6;
+constexpr int EIGHTH_RANK = 7;
+
+// Combined with a square by exclusive or.
+constexpr int MIRROR_RANKS = 56;
+constexpr int MIRROR_FILES = 7;
+
+// A queen or rook against a bare king: the base value, and what each square of distance takes off.
+constexpr int HEAVY_PIECE_MATE = 130;
+constexpr int WEAK_KING_TO_EDGE = -20;
+constexpr int KING_TO_KING = -10;
+
+// Bishop and knight against a bare king, by square of the weak king, if the bishop is on squares of
+// a1's colour. Rank 1 is the first row, and the a-file the first column.
 // clang-format off
 constexpr int MATING_CORNER[64] = {
     200, 190, 180, 170, 160, 150, 140, 130,
@@ -24,8 +40,26 @@ constexpr int MATING_CORNER[64] = {
 };
 // clang-format on
 
-// By the distance of the two kings.
+// Added to it by the distance of the two kings.
 constexpr int KING_CLOSENESS[8] = {0, 0, 100, 80, 60, 40, 20, 10};
+
+// Rook and pawn about to promote against rook: the base value, and what each file between the weak
+// king and the pawn adds.
+constexpr int BRIDGE = 300;
+constexpr int BRIDGE_PER_FILE = 20;
+
+constexpr int QUEEN_POINTS = 9;
+constexpr int ROOK_POINTS = 5;
+constexpr int MINOR_POINTS = 3;
+
+// A factor and the highest number to which it applies, in ascending order.
+struct ScaleStep {
+    int max;
+    int scale;
+};
+constexpr int NO_MAX = std::numeric_limits<int>::max();
+constexpr ScaleStep PAWNLESS_SCALE[] = {{3, 16}, {5, 64}, {8, 128}, {NO_MAX, FULL_SCALE}};
+constexpr ScaleStep OPPOSITE_BISHOPS_SCALE[] = {{2, 32}, {4, 96}, {NO_MAX, 160}}; // by pawns
 
 bool exactly_one(Bitboard b) {
     return std::has_single_bit(b);
@@ -39,7 +73,7 @@ int distance_to_edge(int square) {
     return std::min({file_of(square), 7 - file_of(square), rank_of(square), 7 - rank_of(square)});
 }
 
-// The strong side mates a bare king with one heavy piece or with bishop and knight.
+// The bonus for mating a bare king with one queen or rook, or with bishop and knight.
 int mating_bonus(const Position& position, int strong) {
     const Bitboard* const own = position.pieces[strong];
     if (own[PAWN] != 0)
@@ -49,7 +83,8 @@ int mating_bonus(const Position& position, int strong) {
     const Bitboard minors = own[KNIGHT] | own[BISHOP];
     const Bitboard heavies = own[ROOK] | own[QUEEN];
     if (minors == 0 && exactly_one(heavies))
-        return 10 * (13 - 2 * distance_to_edge(weak_king) - distance(strong_king, weak_king));
+        return HEAVY_PIECE_MATE + WEAK_KING_TO_EDGE * distance_to_edge(weak_king) +
+               KING_TO_KING * distance(strong_king, weak_king);
     if (heavies == 0 && exactly_one(own[BISHOP]) && exactly_one(own[KNIGHT])) {
         const bool mirrored = square_parity(lowest_square(own[BISHOP])) != 0;
         return MATING_CORNER[mirrored ? flip_rank(weak_king) : weak_king] +
@@ -66,19 +101,19 @@ bool rook_and_pawn_against_rook(const Position& position, int strong) {
            exactly_one(own[PAWN]) && exactly_one(own[ROOK]) && exactly_one(enemy[ROOK]);
 }
 
-// The pawn on the seventh with its king on or beside the promotion square, and the weak
-// king cut off: a win by building a bridge.
+// The bonus for the win by building a bridge: the pawn on the seventh rank, its king in front of it
+// or beside that square, and the weak king cut off by at least one file.
 int bridge_bonus(const Position& position, int strong) {
     if (!rook_and_pawn_against_rook(position, strong))
         return 0;
     const int pawn = lowest_square(position.pieces[strong][PAWN]);
     const int strong_king = king_square(position, strong);
-    const int cut_off = file_distance(king_square(position, strong ^ 1), pawn);
-    const bool knight_to_bishop_file = file_of(pawn) >= 1 && file_of(pawn) <= 6;
-    if (relative_rank(pawn, strong) == 6 && knight_to_bishop_file &&
-        relative_rank(strong_king, strong) == 7 && file_distance(strong_king, pawn) <= 1 &&
-        cut_off >= 2)
-        return 20 * (15 + cut_off);
+    const int weak_king_files = file_distance(king_square(position, strong ^ 1), pawn);
+    const bool rook_pawn = (square_bit(pawn) & (FILE_A | FILE_H)) != 0;
+    if (relative_rank(pawn, strong) == SEVENTH_RANK && !rook_pawn &&
+        relative_rank(strong_king, strong) == EIGHTH_RANK &&
+        file_distance(strong_king, pawn) <= 1 && weak_king_files >= 2)
+        return BRIDGE + BRIDGE_PER_FILE * weak_king_files;
     return 0;
 }
 
@@ -87,34 +122,31 @@ int bonus_for(const Position& position, int strong) {
                                            : bridge_bonus(position, strong);
 }
 
-// King and a lone pawn against a bare king, looked up from the side of the pawn.
-bool kpk_is_drawn(const Position& position, int strong) {
-    int pawn = lowest_square(position.pieces[strong][PAWN]);
-    int strong_king = king_square(position, strong);
-    int weak_king = king_square(position, strong ^ 1);
-    if (strong == BLACK) {
-        pawn = flip_rank(pawn);
-        strong_king = flip_rank(strong_king);
-        weak_king = flip_rank(weak_king);
-    }
-    if (file_of(pawn) >= 4) {
-        pawn ^= 7;
-        strong_king ^= 7;
-        weak_king ^= 7;
-    }
-    if (rank_of(pawn) == 0 || rank_of(pawn) == 7)
-        return true;
-    const int weak_to_move = position.side == strong ? 0 : 1;
-    return kpk_table[kpk_index(strong_king, weak_king, weak_to_move, pawn)] != KPK_WIN;
-}
-
 bool is_kpk(const Position& position, int strong) {
     const Bitboard* const own = position.pieces[strong];
     return exactly_one(own[PAWN]) && position.occupied[strong] == (own[KING] | own[PAWN]) &&
            bare_king(position, strong ^ 1);
 }
 
-// Rook pawns that promote on a corner which no bishop of theirs controls, the weak king there.
+// Looks king and pawn against king up. Mirrors the board so that the strong side is White and its
+// pawn is on files a to d.
+bool kpk_is_drawn(const Position& position, int strong) {
+    int pawn = lowest_square(position.pieces[strong][PAWN]);
+    int strong_king = king_square(position, strong);
+    int weak_king = king_square(position, strong ^ 1);
+    const int mirror =
+        (strong == BLACK ? MIRROR_RANKS : 0) | (file_of(pawn) >= 4 ? MIRROR_FILES : 0);
+    pawn ^= mirror;
+    strong_king ^= mirror;
+    weak_king ^= mirror;
+    if (rank_of(pawn) == 0 || rank_of(pawn) == EIGHTH_RANK)
+        return true;
+    const int weak_to_move = position.side == strong ? 0 : 1;
+    return kpk_table[kpk_index(strong_king, weak_king, weak_to_move, pawn)] != KPK_WIN;
+}
+
+// Rook pawns on one file and bishops that do not control the promotion corner, against a bare king
+// in or beside the corner: a draw.
 bool wrong_bishop(const Position& position, int strong) {
     const Bitboard* const own = position.pieces[strong];
     if (own[BISHOP] == 0 || own[PAWN] == 0 || (own[KNIGHT] | own[ROOK] | own[QUEEN]) != 0 ||
@@ -124,24 +156,48 @@ bool wrong_bishop(const Position& position, int strong) {
     const bool on_h_file = (own[PAWN] & ~FILE_H) == 0;
     if (!on_a_file && !on_h_file)
         return false;
-    const int corner = make_square(on_a_file ? 0 : 7, strong == WHITE ? 7 : 0);
+    const int corner = make_square(on_a_file ? 0 : 7, strong == WHITE ? EIGHTH_RANK : 0);
     return (own[BISHOP] & squares_of_parity(square_parity(corner))) == 0 &&
            distance(king_square(position, strong ^ 1), corner) <= 1;
+}
+
+// Rook and pawn against rook: 0 for two drawn patterns, FULL_SCALE otherwise.
+int krpkr_scale(const Position& position, int strong) {
+    if (!rook_and_pawn_against_rook(position, strong))
+        return FULL_SCALE;
+    const int weak = strong ^ 1;
+    const int mirror = strong == WHITE ? 0 : MIRROR_RANKS; // so that the pawn moves up the board
+    const int pawn = lowest_square(position.pieces[strong][PAWN]) ^ mirror;
+    const int strong_king = king_square(position, strong) ^ mirror;
+    const int weak_king = king_square(position, weak) ^ mirror;
+    const int weak_rook = lowest_square(position.pieces[weak][ROOK]) ^ mirror;
+    const int tempo = position.side == strong ? 1 : 0;
+
+    const int promotion_square = make_square(file_of(pawn), EIGHTH_RANK);
+    const bool third_rank_defence = distance(weak_king, promotion_square) <= 1 &&
+                                    rank_of(strong_king) <= FIFTH_RANK &&
+                                    rank_of(weak_rook) == SIXTH_RANK;
+    const bool blockade = weak_king == pawn + 8 && distance(strong_king, pawn) - tempo >= 2 &&
+                          distance(strong_king, weak_rook) - tempo >= 2;
+    const bool drawn = rank_of(pawn) <= FIFTH_RANK && (third_rank_defence || blockade);
+    return drawn ? 0 : FULL_SCALE;
+}
+
+int scale_for(const ScaleStep* step, int number) {
+    while (number > step->max)
+        ++step;
+    return step->scale;
 }
 
 // The factor for a strong side without pawns, by its surplus in pieces.
 int pawnless_scale(const Position& position, int strong) {
     const Bitboard* const own = position.pieces[strong];
     const Bitboard* const enemy = position.pieces[strong ^ 1];
-    const int points =
-        9 * (popcount(own[QUEEN]) - popcount(enemy[QUEEN])) +
-        5 * (popcount(own[ROOK]) - popcount(enemy[ROOK])) +
-        3 * (popcount(own[KNIGHT] | own[BISHOP]) - popcount(enemy[KNIGHT] | enemy[BISHOP]));
-    if (points <= 3)
-        return 16;
-    if (points <= 5)
-        return 64;
-    return points <= 8 ? 128 : FULL_SCALE;
+    const int points = QUEEN_POINTS * (popcount(own[QUEEN]) - popcount(enemy[QUEEN])) +
+                       ROOK_POINTS * (popcount(own[ROOK]) - popcount(enemy[ROOK])) +
+                       MINOR_POINTS * (popcount(own[KNIGHT] | own[BISHOP]) -
+                                       popcount(enemy[KNIGHT] | enemy[BISHOP]));
+    return scale_for(PAWNLESS_SCALE, points);
 }
 
 int opposite_bishops_scale(const Position& position) {
@@ -152,39 +208,16 @@ int opposite_bishops_scale(const Position& position) {
         !exactly_one(white[BISHOP]) || !exactly_one(black[BISHOP]) ||
         !exactly_one((white[BISHOP] | black[BISHOP]) & EVEN_SQUARES))
         return FULL_SCALE;
-    const int pawns = popcount(white[PAWN] | black[PAWN]);
-    if (pawns <= 2)
-        return 32;
-    return pawns <= 4 ? 96 : 160;
+    return scale_for(OPPOSITE_BISHOPS_SCALE, popcount(white[PAWN] | black[PAWN]));
 }
 
 } // namespace
 
 int endgame_bonus(const Position& position) {
-    // Every pattern that fits is worth more than nothing.
+    // Every pattern is worth more than 0.
     if (const int bonus = bonus_for(position, WHITE); bonus != 0)
         return bonus;
     return -bonus_for(position, BLACK);
-}
-
-int krpkr_scale(const Position& position, int strong) {
-    if (!rook_and_pawn_against_rook(position, strong))
-        return FULL_SCALE;
-    const int weak = strong ^ 1;
-    const int mirror = strong == WHITE ? 0 : 56; // the pawn moves up the board
-    const int pawn = lowest_square(position.pieces[strong][PAWN]) ^ mirror;
-    const int strong_king = king_square(position, strong) ^ mirror;
-    const int weak_king = king_square(position, weak) ^ mirror;
-    const int weak_rook = lowest_square(position.pieces[weak][ROOK]) ^ mirror;
-    const int tempo = position.side == strong ? 1 : 0;
-
-    if (rank_of(pawn) > 4)
-        return FULL_SCALE;
-    const bool third_rank_defence = distance(weak_king, make_square(file_of(pawn), 7)) <= 1 &&
-                                    rank_of(strong_king) <= 4 && rank_of(weak_rook) == 5;
-    const bool blockade = weak_king == pawn + 8 && distance(strong_king, pawn) - tempo >= 2 &&
-                          distance(strong_king, weak_rook) - tempo >= 2;
-    return third_rank_defence || blockade ? 0 : FULL_SCALE;
 }
 
 int endgame_scale(const Position& position, int value) {

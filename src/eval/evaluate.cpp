@@ -1,8 +1,8 @@
 #include "eval/evaluate.h"
 
 #include "board/keys.h"
+#include "eval/attack_info.h"
 #include "eval/endgame.h"
-#include "eval/geometry.h"
 #include "eval/king_safety.h"
 #include "eval/passed_pawns.h"
 #include "eval/pawns.h"
@@ -16,12 +16,8 @@ namespace {
 
 constexpr int TEMPO = 20;
 
-int tempo_of(const Position& position) {
-    return position.side == WHITE ? TEMPO : -TEMPO;
-}
-
-// Drawn whatever the placement: neither side can force mate.
-bool dead_material(const Position& position) {
+// True if the material is drawn wherever it stands: neither side can force mate.
+bool insufficient_material(const Position& position) {
     const Bitboard* const white = position.pieces[WHITE];
     const Bitboard* const black = position.pieces[BLACK];
     if ((white[PAWN] | white[ROOK] | white[QUEEN] | black[PAWN] | black[ROOK] | black[QUEEN]) != 0)
@@ -36,89 +32,69 @@ bool dead_material(const Position& position) {
     const Bitboard bishops = white[BISHOP] | black[BISHOP];
     if (white_minors != black_minors)
         return bishops == 0; // two knights against a bare king
-    const bool one_colour = (bishops & EVEN_SQUARES) == 0 || (bishops & ~EVEN_SQUARES) == 0;
-    return knights == 0 && one_colour;
+    const bool same_colour = (bishops & EVEN_SQUARES) == 0 || (bishops & ~EVEN_SQUARES) == 0;
+    return knights == 0 && same_colour;
 }
 
-// What tapers of one colour, beside placement and pawn structure. Its attack on the enemy king is
-// its own gain. Needs the pawns surveyed.
-template <int us> Score rate_side(const Position& position, Survey& survey) {
-    survey_pieces<us>(position, survey);
-    Score score = survey.mobility[us];
-    score += outposts<us>(position, survey);
-    score += rooks<us>(position, survey);
-    score += threats<us>(position, survey);
-    score += make_score(king_danger<us ^ 1>(position, survey), 0);
-    score += make_score(0, passed_extras<us>(position, survey));
-    if (more_than_one(position.pieces[us][BISHOP]))
-        score += BISHOP_PAIR;
-    return score;
+// The tapered terms of one colour, except placement and pawn structure. The danger to the enemy
+// king counts for this colour.
+template <int us> Score evaluate_side(const Position& position, const PawnInfo& pawns) {
+    const PieceInfo pieces = collect_pieces<us>(position, pawns);
+    return pieces.mobility + evaluate_outposts<us>(position, pawns) +
+           evaluate_bishop_pair(position, us) + evaluate_rooks<us>(position, pawns) +
+           evaluate_threats<us>(position, pawns, pieces) +
+           make_score(king_danger<us ^ 1>(position, pawns, pieces),
+                      evaluate_passed_pawns<us>(position, pawns));
 }
 
-// Everything that tapers, White minus Black.
-Score sum_of_terms(const Position& position) {
-    Survey survey;
-    survey_pawns<WHITE>(position, survey);
-    survey_pawns<BLACK>(position, survey);
-    Score sum = position.psq + evaluate_pawns(position);
-    sum += rate_side<WHITE>(position, survey);
-    sum -= rate_side<BLACK>(position, survey);
-    return sum;
+// All tapered terms, White minus Black, tapered to centipawns.
+int tapered_terms(const Position& position, int phase) {
+    const PawnInfo pawns = collect_pawns(position);
+    const Score sum = position.psq + evaluate_pawns(position) +
+                      evaluate_side<WHITE>(position, pawns) - evaluate_side<BLACK>(position, pawns);
+    return (mg_value(sum) * phase + eg_value(sum) * (MAX_GAME_PHASE - phase)) / MAX_GAME_PHASE;
 }
 
-// Which man stands on each square, so that equal placements are equal boards.
+// The value of a known ending, both before and after from White's point of view.
+int with_endgame_knowledge(const Position& position, int value) {
+    value += endgame_bonus(position);
+    return value * endgame_scale(position, value) / FULL_SCALE;
+}
+
+// The piece on each square, as four bit sets. Equal placements are equal boards.
 struct Placement {
-    Bitboard not_white; // an empty slot, all zeros, stands for no board
-    Bitboard types[3];  // the bits of the type, counted from 1
+    Bitboard not_white; // so that the zeros of an empty slot equal no board
+    Bitboard types[3];  // bit by bit the piece type plus 1; 0 for an empty square
     bool operator==(const Placement&) const = default;
 };
 
 Placement placement_of(const Position& position) {
-    Bitboard men[KING + 1];
+    Bitboard both[KING + 1];
     for (int type = PAWN; type <= KING; ++type)
-        men[type] = position.pieces[WHITE][type] | position.pieces[BLACK][type];
+        both[type] = position.pieces[WHITE][type] | position.pieces[BLACK][type];
     return {~position.occupied[WHITE],
-            {men[PAWN] | men[BISHOP] | men[QUEEN], men[KNIGHT] | men[BISHOP] | men[KING],
-             men[ROOK] | men[QUEEN] | men[KING]}};
+            {both[PAWN] | both[BISHOP] | both[QUEEN], both[KNIGHT] | both[BISHOP] | both[KING],
+             both[ROOK] | both[QUEEN] | both[KING]}};
 }
 
-// What tapers, in centipawns, White minus Black, where nothing but the tempo comes to it: both
-// kings are there and no ending is known, so that it is the same for either side to move. Found by
-// the key without the side, it serves again after a null move. The whole placement is compared,
-// since boards can be made up whose keys are equal. It says nothing of Style, but where the sum of
-// the squares is the same, Style makes no difference.
-struct Balance {
+// One slot of the evaluation cache. Its invariants:
+// - A filled slot holds tapered_terms() of a position with that placement and that psq. Nothing
+//   else enters these terms, so the value is valid for either side to move and in either style.
+// - Its position had both kings and was no known ending, so evaluate() adds only the tempo.
+// - An unused slot is all zeros, which equals no placement.
+// The whole placement is compared because different positions can have equal keys.
+struct CachedEvaluation {
     Placement placement;
     Score psq;
-    int value;
+    int tapered;
 };
 
 // Four times as many slots would answer 22% of all calls instead of 19%, but they take more of the
 // processor's cache from everything else than that saves.
-constexpr int BALANCE_CACHE_SIZE = 1 << 11;
+constexpr int EVALUATION_CACHE_SIZE = 1 << 11;
 
-// Direct-mapped by the low bits of the key and never cleared.
-Balance balance_cache[BALANCE_CACHE_SIZE];
-
-// From White's point of view. Fills the slot if it can be of use again.
-int evaluate_anew(const Position& position, Balance& slot) {
-    if (position.pieces[WHITE][KING] == 0 || position.pieces[BLACK][KING] == 0)
-        return 0;
-    const Score sum = sum_of_terms(position);
-    const int phase = game_phase(position);
-    const int balance =
-        (mg_value(sum) * phase + eg_value(sum) * (MAX_GAME_PHASE - phase)) / MAX_GAME_PHASE;
-    int value = balance + tempo_of(position);
-    if (!is_known_ending(position, phase)) {
-        slot = {placement_of(position), position.psq, balance};
-        return value;
-    }
-    if (dead_material(position))
-        return 0;
-    value += endgame_bonus(position);
-    const int scale = endgame_scale(position, value);
-    return scale == FULL_SCALE ? value : value * scale / FULL_SCALE;
-}
+// Direct-mapped by the low bits of the key without its side to move, and never cleared.
+CachedEvaluation evaluation_cache[EVALUATION_CACHE_SIZE];
 
 } // namespace
 
@@ -132,11 +108,27 @@ int game_phase(const Position& position) {
 }
 
 int evaluate(const Position& position) {
-    const Key key = position.side == WHITE ? position.key : position.key ^ side_key;
-    Balance& slot = balance_cache[key & (BALANCE_CACHE_SIZE - 1)];
-    const bool kept = slot.psq == position.psq && slot.placement == placement_of(position);
-    const int value = kept ? slot.value + tempo_of(position) : evaluate_anew(position, slot);
-    return position.side == WHITE ? value : -value;
+    const bool white_to_move = position.side == WHITE;
+    const int tempo = white_to_move ? TEMPO : -TEMPO;
+    const Key key = white_to_move ? position.key : position.key ^ side_key;
+    CachedEvaluation& slot = evaluation_cache[key & (EVALUATION_CACHE_SIZE - 1)];
+    int value; // from White's point of view
+    if (slot.psq == position.psq && slot.placement == placement_of(position)) {
+        value = slot.tapered + tempo;
+    } else {
+        if (position.pieces[WHITE][KING] == 0 || position.pieces[BLACK][KING] == 0)
+            return 0;
+        const int phase = game_phase(position);
+        const int tapered = tapered_terms(position, phase);
+        value = tapered + tempo;
+        if (!is_known_ending(position, phase))
+            slot = {placement_of(position), position.psq, tapered};
+        else if (insufficient_material(position))
+            return 0;
+        else
+            value = with_endgame_knowledge(position, value);
+    }
+    return white_to_move ? value : -value;
 }
 
 } // namespace brindlemoth

@@ -1,5 +1,6 @@
-// Squares, ranks and distances as the terms of this folder use them. In front of a pawn is nearer
-// to its promotion rank; relative ranks count from 0 at the colour's own first rank.
+// Squares, ranks and distances as the terms of this folder use them. "In front of" a square means
+// nearer to the colour's promotion rank. A relative rank counts from 0 at the colour's own first
+// rank.
 #pragma once
 
 #include "board/bitboard.h"
@@ -14,12 +15,7 @@ constexpr int relative_rank(int square, int colour) {
     return colour == WHITE ? rank_of(square) : 7 - rank_of(square);
 }
 
-// The squares one step forward; what leaves the board is gone.
-template <int colour> constexpr Bitboard push_squares(Bitboard squares) {
-    return colour == WHITE ? squares << 8 : squares >> 8;
-}
-
-// The squares to the left and right of the squares.
+// The squares directly to the left and right of the given ones.
 constexpr Bitboard beside_squares(Bitboard squares) {
     return ((squares & ~FILE_A) >> 1) | ((squares & ~FILE_H) << 1);
 }
@@ -30,8 +26,8 @@ template <int colour> constexpr Bitboard ranks_in_front(int square) {
                            : ~Bitboard{0} >> 8 >> (56 - (square & 56));
 }
 
-// The squares and all those in front of them on their files.
-template <int colour> constexpr Bitboard fill_forward(Bitboard squares) {
+// The given squares and all squares in front of them on their files.
+template <int colour> constexpr Bitboard front_fill(Bitboard squares) {
     if constexpr (colour == WHITE) {
         squares |= squares << 8;
         squares |= squares << 16;
@@ -44,7 +40,7 @@ template <int colour> constexpr Bitboard fill_forward(Bitboard squares) {
     return squares;
 }
 
-// All squares of the files that are given by their squares on rank 1.
+// All squares of the files that are given as their squares on rank 1.
 constexpr Bitboard whole_files(Bitboard rank_1_squares) {
     return rank_1_squares * FILE_A;
 }
@@ -56,7 +52,7 @@ constexpr Bitboard squares_of_parity(int parity) {
     return parity == 0 ? EVEN_SQUARES : ~EVEN_SQUARES;
 }
 
-// The square of the king, of several kings the lowest, of none a1.
+// The square of the king: the lowest if there are several, a1 if there is none.
 inline int king_square(const Position& position, int colour) {
     return lowest_square(position.pieces[colour][KING]) & 63;
 }
@@ -65,7 +61,7 @@ inline int file_distance(int a, int b) {
     return std::abs(file_of(a) - file_of(b));
 }
 
-// King moves from one square to the other on an empty board.
+// The number of king moves from one square to the other on an empty board.
 inline int distance(int a, int b) {
     return std::max(file_distance(a, b), std::abs(rank_of(a) - rank_of(b)));
 }

@@ -2,7 +2,7 @@
 
 #include "board/attacks.h"
 #include "board/bitboard.h"
-#include "eval/evaluate.h"
+#include "eval/geometry.h"
 
 namespace brindlemoth {
 
@@ -10,35 +10,36 @@ std::uint8_t kpk_table[KPK_SIZE];
 
 namespace {
 
-// What one pawn is worth, by square of the strong king: the squares of the weak king with which the
-// strong side wins. So all 64 are decided at once.
+// All won positions with the pawn on one square. Each element belongs to a square of the strong
+// king and holds the squares of the weak king with which the strong side wins, so that one
+// operation on a bitboard decides 64 positions.
 struct PawnWins {
     Bitboard strong_to_move[SQUARE_COUNT];
     Bitboard weak_to_move[SQUARE_COUNT];
 };
 
-// Every square that a king on one of these squares attacks.
+// All squares that a king on one of the given squares attacks.
 Bitboard king_attack_set(Bitboard kings) {
-    const Bitboard beside = ((kings & ~FILE_A) >> 1) | ((kings & ~FILE_H) << 1);
+    const Bitboard beside = beside_squares(kings);
     const Bitboard rows = kings | beside;
     return beside | rows << 8 | rows >> 8;
 }
 
-// Where the weak king may stand, whoever is to move.
+// The squares of the weak king that are legal with either side to move.
 Bitboard weak_king_squares(int strong_king, int pawn) {
     return strong_king == pawn
                ? 0
                : ~(king_attacks[strong_king] | square_bit(strong_king) | square_bit(pawn));
 }
 
-// The squares of the weak king with which a move of the pawn wins.
+// The squares of the weak king with which a pawn move wins.
 Bitboard wins_by_pawn_move(const PawnWins wins[], int strong_king, int pawn) {
     const int stop = pawn + 8;
     if (strong_king == stop)
         return 0;
     Bitboard won;
     if (rank_of(pawn) == 6) {
-        // A promotion that the weak king can take counts as no move at all.
+        // A promotion that the weak king can capture does not count as a move.
         const bool guarded = (king_attacks[strong_king] & square_bit(stop)) != 0;
         won = guarded ? ~Bitboard{0} : ~king_attacks[stop];
     } else {
@@ -49,8 +50,8 @@ Bitboard wins_by_pawn_move(const PawnWins wins[], int strong_king, int pawn) {
     return won & ~square_bit(stop);
 }
 
-// Wins with the weak king to move, as far as those with the strong side to move are known: he has
-// no move to a square from which he holds, and is in check if he has no move at all.
+// The wins with the weak king to move that follow from the known wins with the strong side to move:
+// each move of the weak king loses, and it is in check if it has no move.
 Bitboard weak_to_move_wins(Bitboard strong_to_move_wins, int strong_king, int pawn) {
     const Bitboard checks = pawn_attacks[WHITE][pawn];
     const Bitboard safe = ~(king_attacks[strong_king] | checks);
@@ -58,7 +59,7 @@ Bitboard weak_to_move_wins(Bitboard strong_to_move_wins, int strong_king, int pa
            (king_attack_set(safe) | checks);
 }
 
-// Requires the pawns further up the file to be solved.
+// Repeats until no win is added. Requires the pawns further up the file to be solved.
 void solve_pawn(PawnWins wins[], int pawn) {
     PawnWins& known = wins[pawn];
     for (bool changed = true; changed;) {
@@ -76,12 +77,12 @@ void solve_pawn(PawnWins wins[], int pawn) {
     }
 }
 
-// The entry of one position, once the pawn is solved. From a square where the weak king may stand
-// and does not lose it holds for ever.
+// The table's value of one position, given the wins of its pawn. A legal position that is not won
+// is a draw.
 std::uint8_t kpk_classify(const PawnWins& wins, int strong_king, int weak_king, int weak_to_move,
                           int pawn) {
     const Bitboard king = square_bit(weak_king);
-    // In check out of turn is no position of the game.
+    // A side in check must be to move.
     const Bitboard attacked = weak_to_move != 0 ? 0 : pawn_attacks[WHITE][pawn];
     if ((weak_king_squares(strong_king, pawn) & ~attacked & king) == 0)
         return KPK_INVALID;

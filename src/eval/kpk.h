@@ -1,6 +1,6 @@
-// King and pawn against king, every position solved once at start-up. Positions are stored as if
-// the side with the pawn, the strong side, were White and the pawn on files a to d: the caller
-// mirrors. Used to tell drawn positions from won ones.
+// King and pawn against king, with every position solved once at start-up. The strong side is the
+// one with the pawn. The table holds positions in which it is White and its pawn is on files a to
+// d; the caller mirrors all others.
 #pragma once
 
 #include "board/types.h"
@@ -18,6 +18,9 @@ enum : std::uint8_t {
 constexpr int KPK_SIZE = 6 * 4 * 2 * 64 * 64;
 
 extern std::uint8_t kpk_table[KPK_SIZE];
+
+// Fills kpk_table. Needs the attack tables.
+void kpk_init();
 
 // Requires a pawn on files a to d and ranks 2 to 7.
 constexpr int kpk_index(int strong_king, int weak_king, int weak_to_move, int pawn) {

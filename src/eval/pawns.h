@@ -1,4 +1,4 @@
-// Pawn structure: the terms that look at pawns alone, cached by pawn_key.
+// Pawn structure: the terms that depend on pawns alone, cached by pawn_key.
 // Called by evaluate() and the trace.
 #pragma once
 
@@ -13,18 +13,18 @@ struct PawnEntry {
 
 constexpr int PAWN_CACHE_SIZE = 8192;
 
-// Direct-mapped by the low bits of pawn_key and never cleared. The zero slot that it starts with
-// is right as it stands: no pawns have key 0 and score 0.
+// Direct-mapped by the low bits of pawn_key and never cleared. The initial zeros are a valid entry:
+// a position without pawns has the key 0 and the score 0.
 extern PawnEntry pawn_cache[PAWN_CACHE_SIZE];
 
-// Pawn structure, White minus Black, term by term.
-Score rate_pawn_structure(const Position& position);
+// Computes the pawn structure, White minus Black.
+Score compute_pawn_structure(const Position& position);
 
-// The same through the cache.
+// The same, from the cache if it is there.
 inline Score evaluate_pawns(const Position& position) {
     PawnEntry& entry = pawn_cache[position.pawn_key & (PAWN_CACHE_SIZE - 1)];
     if (entry.key != position.pawn_key)
-        entry = {position.pawn_key, rate_pawn_structure(position)};
+        entry = {position.pawn_key, compute_pawn_structure(position)};
     return entry.score;
 }
 

@@ -3,6 +3,7 @@
 #include "board/attacks.h"
 #include "board/keys.h"
 #include "eval/evaluate.h"
+#include "eval/kpk.h"
 #include "search/search.h"
 #include "search/transposition.h"
 #include "shell/options.h"

@@ -72,10 +72,10 @@ TEST(EndgameScale, Factors) {
     }
 }
 
-TEST(DeadMaterial, IsWorthExactlyNothing) {
+TEST(InsufficientMaterial, IsWorthExactlyNothing) {
     const struct {
         const char* board;
-        bool dead;
+        bool drawn;
     } cases[] = {{"4k3/8/8/8/8/8/8/4K3", true},
                  {"4k3/8/8/8/8/8/8/4KB2", true},
                  {"4k3/8/8/8/8/8/8/3NKN2", true},
@@ -84,12 +84,13 @@ TEST(DeadMaterial, IsWorthExactlyNothing) {
                  {"4k3/8/8/8/8/8/8/2B1KB2", false},
                  {"8/8/8/8/8/8/8/k1KNNN2", false},
                  {"k7/8/8/8/8/8/8/2K4R", false},
-                 // Nor is a board worth anything where a king is missing.
+                 // A position without one of the kings is worth nothing either.
                  {"8/8/8/3Q4/8/8/8/4K3", true},
                  {"4k3/8/8/3Q4/8/8/8/8", true}};
     for (const auto& c : cases)
         for (const char* side : {" w - - 0 1", " b - - 0 1"})
-            EXPECT_EQ(evaluate(position_from(c.board + std::string(side))) == 0, c.dead) << c.board;
+            EXPECT_EQ(evaluate(position_from(c.board + std::string(side))) == 0, c.drawn)
+                << c.board;
 }
 
 TEST(Kpk, Counts) {

@@ -19,7 +19,7 @@ char& at(std::string& fen, int square) {
 
 } // namespace
 
-void for_random_placements(int count, const std::string& men, int max_others,
+void for_random_placements(int count, const std::string& pieces, int max_others,
                            const std::function<void(Position&)>& visit) {
     std::mt19937_64 random(52);
     for (; count > 0; --count) {
@@ -30,7 +30,7 @@ void for_random_placements(int count, const std::string& men, int max_others,
                 square = static_cast<int>(random() % 64);
             at(fen, square) = letter;
         };
-        for (const char letter : "Kk" + men)
+        for (const char letter : "Kk" + pieces)
             put(letter);
         for (std::size_t n = random() % static_cast<std::size_t>(max_others + 1); n > 0; --n)
             put("PPPPNBRQppppnbrq"[random() % 16]);

@@ -1,9 +1,7 @@
 #include "board/make_move.h"
 #include "eval/endgame.h"
 #include "eval/evaluate.h"
-#include "eval/king_safety.h"
 #include "eval/pawns.h"
-#include "eval/piece_terms.h"
 #include "eval_support.h"
 #include "support/support.h"
 
@@ -14,12 +12,8 @@ namespace {
 
 using Value = std::int64_t (*)(const Position&);
 
-template <Score (*term)(const Position&, int)> std::int64_t both_sides(const Position& position) {
-    return raw(term(position, WHITE)) - 3LL * raw(term(position, BLACK));
-}
-
-// The value with either side to move and for another sum of placement: what is kept of one of
-// them must not serve for another.
+// The value with either side to move and with another piece-square sum. The cached evaluation of
+// one of them must not be used for another.
 std::int64_t values(const Position& position) {
     Position copy = position;
     std::int64_t sum = evaluate(copy);
@@ -29,10 +23,9 @@ std::int64_t values(const Position& position) {
     return sum + std::int64_t{5} * evaluate(copy);
 }
 
-// Totals over boards strewn with men and over endings, each weighted by its place in the row, so
-// that no two errors cancel. The rules of the evaluation fix them: a change that is to make it
-// faster keeps them, and one of a term shows in that term.
-TEST(Evaluate, TotalsOverStrewnMen) {
+// Totals over random placements and endings. Each value is weighted by its position in the list, so
+// that errors do not cancel. A change for speed keeps all totals.
+TEST(Evaluate, TotalsOverRandomPlacements) {
     const struct {
         const char* term;
         int style;
@@ -47,15 +40,6 @@ TEST(Evaluate, TotalsOverStrewnMen) {
         {"phase", 0, [](const Position& p) { return std::int64_t{game_phase(p)}; }, 5397666},
         {"pawns", 0, [](const Position& p) { return std::int64_t{raw(evaluate_pawns(p))}; },
          -291302892197},
-        {"mobility", 0, both_sides<evaluate_mobility>, -9093801077521},
-        {"outposts", 0, both_sides<evaluate_outposts>, -117796425875},
-        {"rooks", 0, both_sides<evaluate_rooks>, -842951587513},
-        {"threats", 0, both_sides<evaluate_threats>, -482718043925},
-        {"danger", 0,
-         [](const Position& p) {
-             return king_danger(p, WHITE) - std::int64_t{3} * king_danger(p, BLACK);
-         },
-         -138695810},
         {"bonus", 0, [](const Position& p) { return std::int64_t{endgame_bonus(p)}; }, 280230},
         {"scale", 0,
          [](const Position& p) {
@@ -71,12 +55,12 @@ TEST(Evaluate, TotalsOverStrewnMen) {
         const auto add = [&](Position& position) {
             total += (place++ % 97 + 1) * row.value(position);
         };
-        for (const int men : {5, 24, 40})
-            for_random_placements(2000, "", men, add);
-        for (const char* const men :
+        for (const int max_others : {5, 24, 40})
+            for_random_placements(2000, "", max_others, add);
+        for (const char* const pieces :
              {"",   "N",   "NN",  "Bb",  "R",  "q",  "BN",  "nb",    "P",       "p",
               "BP", "bpp", "RPr", "rpR", "Rr", "Qr", "RRq", "BPPbp", "BPPbppp", "BPnpp"})
-            for_random_placements(1000, men, 0, add);
+            for_random_placements(1000, pieces, 0, add);
         EXPECT_EQ(total, row.total) << row.term;
     }
 }
@@ -89,8 +73,8 @@ TEST(PackedScore, HalvesKeepTheBorrow) {
     EXPECT_EQ(S(-35, 12) + S(82, 94), S(47, 106));
 }
 
-// Boards can be made up that agree in key and placement sum.
-TEST(Evaluate, EqualKeysAreNoEqualBoards) {
+// These positions were constructed to have equal keys and equal piece-square sums.
+TEST(Evaluate, EqualKeysOfDifferentPositions) {
     const Position one = position_from("b2n2k1/4pb2/3pRp2/P1p2p2/Q5p1/3p3P/p6P/5BK1 w - - 0 1");
     const Position two = position_from("1r2b1kQ/1p6/6p1/1n4p1/8/2P5/2P1P3/1B1nB1K1 w - - 0 1");
     ASSERT_EQ(one.key, two.key);
@@ -99,23 +83,29 @@ TEST(Evaluate, EqualKeysAreNoEqualBoards) {
     EXPECT_EQ(evaluate(two), 154);
 }
 
-// Black to move has a rook on an open file and two bishops. The negative middle-game half of a
-// score takes one from its end game, which a half that is turned afterwards does not.
-TEST(EvalTrace, Lines) {
+std::string trace_of(const char* fen) {
     testing::internal::CaptureStdout();
-    eval_trace(position_from("r1b1kb2/5ppp/8/8/2p5/3R4/3Q4/4K3 b - - 0 1"));
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), "=== Evaluation Trace ===\n"
-                                                      "Phase: 10/24\n"
-                                                      "Material+PST      MG:   -49  EG:    -9\n"
-                                                      "Pawns             MG:   -65  EG:  -118\n"
-                                                      "Mobility          MG:   -90  EG:   -45\n"
-                                                      "RooksW            MG:   +47  EG:   +26\n"
-                                                      "RooksB            MG:   -47  EG:   -26\n"
-                                                      "Threats           MG:   -60  EG:   -16\n"
-                                                      "BishopPair          -22\n"
-                                                      "KingSafety        W: 52  B: 68  net: +16\n"
-                                                      "---\n"
-                                                      "Total (side-to-move): +269 cp\n");
+    eval_trace(position_from(fen));
+    return testing::internal::GetCapturedStdout();
+}
+
+// Black has a rook on an open file and two bishops, so both RooksB and BishopPair show its sign.
+TEST(EvalTrace, Lines) {
+    EXPECT_EQ(trace_of("r1b1kb2/5ppp/8/8/2p5/3R4/3Q4/4K3 b - - 0 1"),
+              "=== Evaluation Trace ===\n"
+              "Phase: 10/24\n"
+              "Material+PST      MG:   -49  EG:    -9\n"
+              "Pawns             MG:   -65  EG:  -118\n"
+              "Mobility          MG:   -90  EG:   -45\n"
+              "RooksW            MG:   +47  EG:   +26\n"
+              "RooksB            MG:   -47  EG:   -26\n"
+              "Threats           MG:   -60  EG:   -16\n"
+              "BishopPair          -22\n"
+              "KingSafety        W: 52  B: 68  net: +16\n"
+              "---\n"
+              "Total (side-to-move): +269 cp\n");
+    const std::string without_king = trace_of("8/8/8/8/8/8/8/4Q2K w - - 0 1");
+    EXPECT_NE(without_king.find("W: 40  B: 0  net: -40\n"), std::string::npos) << without_king;
 }
 
 } // namespace
