@@ -40,8 +40,8 @@ tools/check_layers.sh
 step "Everything without a warning of g++, and the tests in that build"
 ./test.sh strict
 
-step "The programs without a warning of clang++"
-build clang-strict
+step "The programs and the fuzz targets without a warning of clang++"
+build fuzz
 
 step "Tests under the sanitizers: ${sanitized[*]}"
 build asan "${sanitized[@]/%/_tests}"
