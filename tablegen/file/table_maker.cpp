@@ -144,7 +144,8 @@ static void for_cells(const Part& part, const Candidate& candidate, std::uint64_
     std::array<Cell, CELL_BATCH> cell;
     std::uint64_t reported = first;
     for (std::uint64_t index = first; index < last;) {
-        const std::size_t count = std::min<std::uint64_t>(take_cells(walk, number), last - index);
+        const std::size_t count =
+            std::min<std::uint64_t>(take_cells(walk, number, last - index), last - index);
         for (std::size_t i = 0; i < count; ++i)
             number[i] = static_cast<std::uint32_t>(place_of_cell(number[i] - first_cell));
         for (std::size_t i = 0; i < count; ++i)

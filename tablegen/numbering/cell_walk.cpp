@@ -65,11 +65,11 @@ static void add_terms(CellWalk& walk) {
         walk.sum[man + 1] = walk.sum[man] + term(walk, man, walk.walk.squares[man]);
 }
 
-std::size_t take_cells(CellWalk& walk, CellBatch& cells) {
+std::size_t take_cells(CellWalk& walk, CellBatch& cells, std::uint64_t wanted) {
     const std::size_t men = walk.layout.men;
     Row row;
     std::size_t count = 0;
-    while (count + row.square.size() <= cells.size()) {
+    while (count < wanted && count + row.square.size() <= cells.size()) {
         const std::size_t moving = moving_man(*walk.walk.numbering);
         if (!walk.has_term[moving]) {
             Placement placement = placement_of(walk);

@@ -28,9 +28,9 @@ CellWalk cells_from(const Layout& layout, const Numbering& numbering, std::uint6
 constexpr std::size_t CELL_BATCH = 512;
 using CellBatch = std::array<std::uint32_t, CELL_BATCH>;
 
-// The cells of the next indices, as many rows as fit in; returns how many. After the last index
-// comes the first.
-std::size_t take_cells(CellWalk& walk, CellBatch& cells);
+// The cells of the next indices, row by row, until there are as many as wanted or no further row
+// fits in; returns how many. After the last index comes the first.
+std::size_t take_cells(CellWalk& walk, CellBatch& cells, std::uint64_t wanted = CELL_BATCH);
 
 // Where the men stand at an index.
 Placement placement_at(const Layout& layout, const Numbering& numbering, std::uint64_t index);
