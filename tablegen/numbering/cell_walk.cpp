@@ -6,6 +6,9 @@ namespace brindlemoth::tablegen {
 
 constexpr std::uint8_t NO_SQUARE = 64;
 
+// The cells of all squares of the white king are found together for rows of at least this length.
+constexpr std::size_t LONG_ROW = 8;
+
 static Placement placement_of(const CellWalk& walk) {
     Placement placement{};
     for (std::size_t man = 0; man < walk.layout.men; ++man)
@@ -74,6 +77,13 @@ std::size_t take_cells(CellWalk& walk, CellBatch& cells, std::uint64_t wanted) {
         if (!walk.has_term[moving]) {
             Placement placement = placement_of(walk);
             take_row(walk.walk, row);
+            if (walk.layout.pawns == 0 && row.length >= LONG_ROW) {
+                // The man who folds a board without pawns is the white king.
+                const auto by_king = cells_by_white_king(walk.layout, placement);
+                for (std::size_t i = 0; i < row.length; ++i)
+                    cells[count++] = static_cast<std::uint32_t>(by_king[row.square[i]]);
+                continue;
+            }
             for (std::size_t i = 0; i < row.length; ++i) {
                 placement[walk.slot[moving]] = row.square[i];
                 cells[count++] = static_cast<std::uint32_t>(cell_of(walk.layout, placement));
