@@ -108,6 +108,7 @@ static std::string make_files(Shelf& shelf, const Signature& signature,
                               const std::vector<FileKind>& kinds, const Progress& progress,
                               Summary& summary, std::string& sizes) {
     std::vector<TableFile> files;
+    files.reserve(kinds.size());
     for (const FileKind kind : kinds)
         files.push_back(empty_file(kind, signature));
     solve_from(
@@ -204,7 +205,8 @@ int make_tables(const CommandLine& line) {
             return complain(failure);
         if (kinds.size() == 1)
             name += extension_of(kinds[0]);
-        finish_table(name + ": " + sizes + " bytes, " + duration_text(seconds_since(table_start)));
+        name += ": " + sizes + " bytes, " + duration_text(seconds_since(table_start));
+        finish_table(name);
         to_come.erase(to_come.begin());
     }
     finish_table(std::to_string(summary.made) + " tables made, " + std::to_string(summary.skipped) +

@@ -149,12 +149,15 @@ int verify_tables(const CommandLine& line) {
             bad_files += bad ? 1 : 0;
             if (!bad && reader.kind == FileKind::WDL)
                 shelf.trusted.insert(name_of(signature));
-            finish_table(!fault.empty()
-                             ? path + " " + fault
-                             : path + ": " + std::to_string(verdict.positions) + " positions, " +
-                                   (bad ? std::to_string(verdict.wrong) + " wrong, the first" +
-                                              verdict.first_wrong
-                                        : "all right"));
+            std::string message = path;
+            if (!fault.empty())
+                message.append(" ").append(fault);
+            else
+                message +=
+                    ": " + std::to_string(verdict.positions) + " positions, " +
+                    (bad ? std::to_string(verdict.wrong) + " wrong, the first" + verdict.first_wrong
+                         : "all right");
+            finish_table(message);
         }
     }
     clear_progress();

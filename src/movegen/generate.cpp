@@ -242,9 +242,10 @@ inline void generate_castling_moves(const Position& position, Sink& sink) {
     }
 }
 
-// All moves of a kind, however many they are.
+// All moves of a kind, however many they are. Always inlined, so that the sink stays in registers:
+// 2% of the time of perft.
 template <int Us, MoveKind Kind, typename Sink>
-inline void generate_kind(const Position& position, Sink& sink) {
+[[gnu::always_inline]] inline void generate_kind(const Position& position, Sink& sink) {
     const Bitboard target = Kind == ALL_MOVES  ? ~position.occupied[Us]
                             : Kind == CAPTURES ? position.occupied[Us ^ 1]
                                                : ~position.all_pieces;

@@ -48,11 +48,12 @@ static std::vector<FileSquares> list_men(std::size_t count) {
     // The first man's squares: those of the triangle a1-d1-d4 off the diagonal, then those on it.
     constexpr std::array<std::uint8_t, 10> TRIANGLE = {1, 2, 3, 10, 11, 19, 0, 9, 18, 27};
     auto on_diagonal = [](int square) { return square % 8 == square / 8; };
+    const std::uint8_t thirds = count == 3 ? SQUARES : 1;
     std::vector<FileSquares> list;
     for (std::size_t row = 0; row <= count; ++row) {
         for (const std::uint8_t first : TRIANGLE) {
             for (std::uint8_t second = 0; second < SQUARES; ++second) {
-                for (std::uint8_t third = 0; third < (count == 3 ? SQUARES : 1); ++third) {
+                for (std::uint8_t third = 0; third < thirds; ++third) {
                     const FileSquares men = {first, second, third};
                     const auto* const end = men.begin() + count;
                     const auto* const off = std::find_if_not(men.begin(), end, on_diagonal);

@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <cstdint>
 #include <fcntl.h>
+#include <memory>
 #include <sys/mman.h>
 #include <unistd.h>
 
@@ -37,12 +38,9 @@ unsigned long process_id() {
 
 void prefer_large_pages([[maybe_unused]] void* memory, [[maybe_unused]] std::size_t bytes) {
 #ifdef MADV_HUGEPAGE
-    constexpr std::uintptr_t LARGE_PAGE = 1 << 21;
-    const auto start = reinterpret_cast<std::uintptr_t>(memory);
-    const std::uintptr_t first = (start + LARGE_PAGE - 1) / LARGE_PAGE * LARGE_PAGE;
-    const std::uintptr_t end = (start + bytes) / LARGE_PAGE * LARGE_PAGE;
-    if (first < end)
-        madvise(reinterpret_cast<void*>(first), end - first, MADV_HUGEPAGE);
+    constexpr std::size_t LARGE_PAGE = 1 << 21;
+    if (std::align(LARGE_PAGE, LARGE_PAGE, memory, bytes) != nullptr)
+        madvise(memory, bytes / LARGE_PAGE * LARGE_PAGE, MADV_HUGEPAGE);
 #endif
 }
 
