@@ -1,4 +1,4 @@
-// The moves of the book: with records made here, and with genuine books where they are available.
+// The moves of the book: with records made here.
 #include "board/fen.h"
 #include "board/make_move.h"
 #include "book/book.h"
@@ -10,8 +10,6 @@
 #include <algorithm>
 #include <cstdlib>
 #include <gtest/gtest.h>
-#include <map>
-#include <set>
 
 namespace brindlemoth {
 namespace {
@@ -93,53 +91,6 @@ TEST(BookProbe, OnlyTheFirst64RecordsOfAPositionCount) {
     // An unsorted book is loaded, and just gives misses.
     ASSERT_TRUE(load_records({{key, 0, 1}, {key - 1, 0, 1}, {key - 2, 0, 1}}));
     EXPECT_EQ(book_probe(position), MOVE_NONE);
-}
-
-// Visits the position and, recursively, every position of the book that a legal move reaches.
-// Counts the entries of these positions and checks that each is a legal move.
-void visit_book(Position& position, std::set<std::uint64_t>& seen, int& entries) {
-    const auto before = [](const BookEntry& a, const BookEntry& b) { return a.key < b.key; };
-    const auto [first, last] = std::equal_range(book_entries, book_entries + book_entry_count,
-                                                BookEntry{polyglot_key(position), 0, 0}, before);
-    const Move answer = book_probe(position);
-    ASSERT_TRUE(first != last || answer == MOVE_NONE);
-    if (first == last || !seen.insert(first->key).second)
-        return;
-    MoveList legal;
-    generate_legal(position, legal);
-    std::map<int, Move> by_code;
-    for (int i = 0; i < legal.count; ++i)
-        by_code[book_move(legal.moves[i])] = legal.moves[i];
-    std::set<Move> weighted;
-    for (const BookEntry* entry = first; entry != last; ++entry, ++entries) {
-        ASSERT_EQ(by_code.count(entry->move), 1U) << "entry " << entry - book_entries;
-        if (entry->weight > 0)
-            weighted.insert(by_code[entry->move]);
-    }
-    ASSERT_EQ(weighted.count(answer), weighted.empty() ? 0U : 1U);
-    for (int i = 0; i < legal.count; ++i) {
-        make_move(position, legal.moves[i]);
-        visit_book(position, seen, entries);
-        unmake_move(position, legal.moves[i]);
-    }
-}
-
-// A few positions of a book are reachable only through positions that are not in it.
-TEST(GenuineBook, EntriesThatAWalkReachesAreLegalMoves) {
-    const struct {
-        const char* file;
-        double share_reached;
-    } ROWS[] = {{"book-large.bin", 0.97}, {"book-small.bin", 1.0}};
-    for (const auto& row : ROWS) {
-        if (!book_load((shared_directory() + "/books/" + row.file).c_str()))
-            GTEST_SKIP() << "needs the shared book " << row.file;
-        Position position = position_from(starting_fen);
-        std::set<std::uint64_t> seen;
-        int entries = 0;
-        visit_book(position, seen, entries);
-        EXPECT_LE(entries, book_entry_count);
-        EXPECT_GE(entries, row.share_reached * book_entry_count);
-    }
 }
 
 } // namespace

@@ -17,9 +17,8 @@ constexpr int NO_PROBE = -1;
 class TablesInTree : public testing::Test {
 protected:
     void SetUp() override {
-        const std::string tables = shared_directory() + "/syzygy";
-        if (shared_directory().empty() || !syzygy_init(tables.c_str()) || syzygy_max_men < 4)
-            GTEST_SKIP() << "needs tables of 3 and 4 men";
+        syzygy_init(tables_directory().c_str());
+        ASSERT_EQ(syzygy_max_men, 4U);
         syzygy_probe_limit = static_cast<std::int32_t>(syzygy_max_men);
         tt_resize(1);
         clear_search_memory();

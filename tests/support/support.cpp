@@ -24,6 +24,10 @@ std::string shared_directory() {
     return std::filesystem::is_directory(directory) ? directory.string() : std::string();
 }
 
+std::string tables_directory() {
+    return BRINDLEMOTH_TEST_TABLES;
+}
+
 const std::vector<std::string>& sample_fens() {
     static const std::vector<std::string> fens = [] {
         std::vector<std::string> lines;

@@ -18,9 +18,13 @@ using Lines = std::vector<std::string>;
 // A position set up from a FEN text.
 Position position_from(const std::string& fen);
 
-// The directory of shared test data (books, tables, positions), or an empty text when it is not
-// there: tests that need it then call GTEST_SKIP().
+// The directory of shared test data (published tables, positions), or an empty text when it is not
+// there. It only adds to what the tests check.
 std::string shared_directory();
+
+// The directory of the tables of 3 and 4 men that tablegen has made for the tests. Only a build
+// without tablegen may lack them.
+std::string tables_directory();
 
 // Positions to start random games from: the shared collection when it is there, otherwise a
 // few of our own.

@@ -1,6 +1,7 @@
 // Damaged tables: for any content of a file, a probe ends and reads nothing outside the file. The
 // files are in memory. One program tries all the damage, another a part of it.
 
+#include "support/support.h"
 #include "tablebase/memory_files.h"
 #include "tablebase/probe.h"
 #include "tablebase/registry.h"
@@ -57,19 +58,20 @@ std::size_t probe_all(const std::vector<ProbeBoard>& boards) {
 
 } // namespace
 
-// Damages a copy of a genuine file in each of these ways, and probes it at 200 positions.
+// Damages a copy of a table file in each of these ways, and probes it at 200 positions.
 static void damage(const std::string& file) {
     SCOPED_TRACE(file);
-    put_genuine_tables();
+    put_made_tables();
     ASSERT_TRUE(syzygy_init(MEMORY_DIRECTORY));
     const std::string signature = file.substr(0, file.find('.'));
     std::mt19937 random(17);
     std::vector<ProbeBoard> boards;
     while (boards.size() < POSITIONS)
         boards.push_back(random_board(signature, random));
-    ASSERT_EQ(probe_all(boards), POSITIONS + POSITIONS / DISTANCE_PROBES) << "the genuine file";
+    ASSERT_EQ(probe_all(boards), POSITIONS + POSITIONS / DISTANCE_PROBES)
+        << "the file as it is made";
 
-    const std::string genuine = read_file(syzygy_directory() + "/" + file);
+    const std::string content = read_file(tables_directory() + "/" + file);
     std::uint8_t* const bytes = memory_file_bytes(file);
     const auto probe_changed = [&](std::size_t offset, unsigned flip) {
         map_again(signature);
@@ -79,18 +81,18 @@ static void damage(const std::string& file) {
     };
 
     testing::internal::CaptureStderr();
-    for (std::size_t offset = 0; offset < std::min(HEAD, genuine.size()); ++offset) {
+    for (std::size_t offset = 0; offset < std::min(HEAD, content.size()); ++offset) {
         for (unsigned flip = 1; flip < 256; flip += FLIP_STEP)
             probe_changed(offset, flip);
     }
     for (int i = 0; i < RANDOM_CHANGES; ++i)
-        probe_changed(random() % genuine.size(), static_cast<unsigned>(1 + random() % 255));
+        probe_changed(random() % content.size(), static_cast<unsigned>(1 + random() % 255));
     map_again(signature);
     EXPECT_EQ(probe_all(boards), POSITIONS + POSITIONS / DISTANCE_PROBES) << "the file as it was";
 
-    for (std::size_t size = TABLE_TAIL; size < genuine.size(); size += TRUNCATION_STEP) {
+    for (std::size_t size = TABLE_TAIL; size < content.size(); size += TRUNCATION_STEP) {
         map_again(signature);
-        put_memory_file(file, genuine.substr(0, size));
+        put_memory_file(file, content.substr(0, size));
         probe_all(boards);
     }
     // All messages are the same.
@@ -104,7 +106,6 @@ static void damage(const std::string& file) {
 }
 
 TEST(Corruption, EveryProbeEnds) {
-    SKIP_WITHOUT_TABLES();
     for (const char* const file : {"KPvKP.rtbw", "KQvKP.rtbz", "KNNvK.rtbw"})
         damage(file);
     for (const std::string& name : signatures_of(3))

@@ -1,6 +1,7 @@
 #include "tablebase/memory_files.h"
 
 #include "platform/file_mapping.h"
+#include "support/support.h"
 #include "tablebase/table_support.h"
 
 #include <algorithm>
@@ -39,13 +40,13 @@ int memory_file_uses() {
     return uses;
 }
 
-void put_genuine_tables() {
+void put_made_tables() {
     remove_memory_files();
     const std::vector<std::string> all = all_signatures();
     for (std::size_t i = 0; i < 35; ++i) {
         for (const char* extension : {".rtbw", ".rtbz"})
             put_memory_file(all[i] + extension,
-                            read_file(syzygy_directory() + "/" + all[i] + extension));
+                            read_file(tables_directory() + "/" + all[i] + extension));
     }
 }
 

@@ -20,8 +20,8 @@ std::uint8_t* memory_file_bytes(const std::string& name);
 // Open files, views and mappings together.
 int memory_file_uses();
 
-// Makes the genuine tables the only files.
-void put_genuine_tables();
+// Makes the tables of 3 and 4 men the only files.
+void put_made_tables();
 
 // The operation that fails from now on.
 enum class FailingOperation { NONE, SIZE, MAPPING, VIEW, UNMAP, CLOSE_MAPPING };

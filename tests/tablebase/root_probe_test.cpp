@@ -20,8 +20,8 @@ namespace {
 
 struct RootProbe : testing::Test {
     void SetUp() override {
-        SKIP_WITHOUT_TABLES();
-        syzygy_init(syzygy_directory().c_str());
+        syzygy_init(tables_directory().c_str());
+        ASSERT_EQ(syzygy_max_men, 4U);
     }
     void TearDown() override { syzygy_init(""); }
 };
@@ -120,7 +120,7 @@ TEST_F(RootProbe, KeepsTheValueAndTheDistance) {
 
 TEST_F(RootProbe, GoAnswersInTwoLines) {
     EngineProcess engine;
-    engine.send("setoption name SyzygyPath value " + syzygy_directory());
+    engine.send("setoption name SyzygyPath value " + tables_directory());
     const struct {
         const char* fen;
         const char* move;

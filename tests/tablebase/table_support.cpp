@@ -12,7 +12,7 @@
 
 namespace brindlemoth {
 
-std::string syzygy_directory() {
+std::string published_tables() {
     const std::string path = shared_directory() + "/syzygy";
     return std::filesystem::is_directory(path) ? path : std::string();
 }

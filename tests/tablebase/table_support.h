@@ -1,4 +1,4 @@
-// What the table tests share: the genuine tables, signatures, and boards.
+// What the table tests share: signatures and boards.
 #pragma once
 
 #include "support/book_file.h"
@@ -10,13 +10,8 @@
 
 namespace brindlemoth {
 
-// The directory of the genuine 3- and 4-men tables, or an empty text when it is not there.
-std::string syzygy_directory();
-
-// Leaves the test by name when the genuine tables are not there.
-#define SKIP_WITHOUT_TABLES()                                                                      \
-    if (syzygy_directory().empty())                                                                \
-    GTEST_SKIP() << "no genuine tables"
+// The directory of published tables of 3 and 4 men, or an empty text when it is not there.
+std::string published_tables();
 
 // All signatures, and those of so many men, in the order of discovery.
 std::vector<std::string> all_signatures();

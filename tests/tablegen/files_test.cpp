@@ -21,7 +21,7 @@ static void write_solved(const TemporaryDirectory& directory,
         write_files(solved_table(name), directory.path);
 }
 
-// And the files are about as small as the genuine ones.
+// And the files are about as small as the published ones.
 TEST(TablegenFiles, TheEngineReadsWhatWasSolved) {
     const TemporaryDirectory directory;
     for (std::size_t men = 3; men <= (ALL_POSITIONS ? 4 : 3); ++men) {
@@ -32,14 +32,14 @@ TEST(TablegenFiles, TheEngineReadsWhatWasSolved) {
         for (const std::string& name :
              men == 3 ? names : std::vector<std::string>{"KPvKP", "KRvKN"})
             expect_engine_agrees(name, men == 3 ? 3 : 1);
-        if (syzygy_directory().empty())
+        if (published_tables().empty())
             continue;
         std::uintmax_t bytes[2] = {0, 0};
         for (const std::string& name : names)
             for (const std::string& file : {name + ".rtbw", name + ".rtbz"})
-                for (const bool genuine : {false, true})
-                    bytes[genuine] += std::filesystem::file_size(
-                        (genuine ? syzygy_directory() : directory.path) + "/" + file);
+                for (const bool published : {false, true})
+                    bytes[published] += std::filesystem::file_size(
+                        (published ? published_tables() : directory.path) + "/" + file);
         EXPECT_LE(100 * bytes[0], 107 * bytes[1]);
     }
     syzygy_init("");

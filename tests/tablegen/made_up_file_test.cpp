@@ -1,6 +1,7 @@
-// Files that hold what small genuine tables do not: values that no chess position has, drawn at
-// random, lead the engine's reader and the generator's own through every corner of the format. Both
-// must find each value at its place. Two programs take this file: one with files of up to four men.
+// Files that hold what small tables of real endgames do not: values that no chess position has,
+// drawn at random, lead the engine's reader and the generator's own through every corner of the
+// format. Both must find each value at its place. Two programs take this file: one with files of up
+// to four men.
 #include "file/table_reader.h"
 #include "tablebase/probe.h"
 #include "tablebase/syzygy.h"
