@@ -19,6 +19,40 @@ static void close_descriptor(int& descriptor) {
     descriptor = -1;
 }
 
+// The words that start a program.
+static std::vector<std::string> command_words(const std::string& program,
+                                              const std::vector<std::string>& arguments) {
+    std::istringstream emulator(BRINDLEMOTH_EMULATOR);
+    std::vector<std::string> words{std::istream_iterator<std::string>(emulator), {}};
+    words.push_back(program);
+    words.insert(words.end(), arguments.begin(), arguments.end());
+    return words;
+}
+
+ProgramRun run_program(const std::string& program, const std::vector<std::string>& arguments,
+                       const std::string& script) {
+    std::vector<std::string> words = command_words(program, arguments);
+    if (!script.empty())
+        words.insert(words.begin(), {"sh", "-c", script + "; exec \"$@\"", "sh"});
+    int ends[2] = {-1, -1};
+    EXPECT_TRUE(make_pipe(ends));
+    int no_input = open_to_read(null_device);
+    const std::intptr_t process = start_process(words, no_input, ends[1], ends[1]);
+    EXPECT_NE(process, -1);
+    close_descriptor(no_input);
+    close_descriptor(ends[1]);
+    ProgramRun run;
+    std::array<char, MOST_AT_ONCE> buffer;
+    for (auto count = read(ends[0], buffer.data(), MOST_AT_ONCE); count > 0;
+         count = read(ends[0], buffer.data(), MOST_AT_ONCE))
+        run.output.append(buffer.data(), static_cast<std::size_t>(count));
+    close_descriptor(ends[0]);
+    for (std::size_t end = 0; (end = run.output.find(line_end, end)) != std::string::npos; ++end)
+        run.output.replace(end, std::string(line_end).size(), "\n");
+    run.status = wait_for_process(process);
+    return run;
+}
+
 EngineProcess::EngineProcess(const std::vector<std::string>& arguments,
                              const std::string& input_file) {
     int input_ends[2] = {-1, -1};
@@ -31,11 +65,8 @@ EngineProcess::EngineProcess(const std::vector<std::string>& arguments,
     error_file = open_scratch();
     EXPECT_GE(error_file, 0);
 
-    std::istringstream emulator(BRINDLEMOTH_EMULATOR);
-    std::vector<std::string> words{std::istream_iterator<std::string>(emulator), {}};
-    words.emplace_back(BRINDLEMOTH_ENGINE);
-    words.insert(words.end(), arguments.begin(), arguments.end());
-    process = start_process(words, input_ends[0], output_ends[1], error_file);
+    process = start_process(command_words(BRINDLEMOTH_ENGINE, arguments), input_ends[0],
+                            output_ends[1], error_file);
     EXPECT_NE(process, -1);
     close_descriptor(input_ends[0]);
     close_descriptor(output_ends[1]);

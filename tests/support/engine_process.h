@@ -57,6 +57,16 @@ struct EngineProcess {
     std::string pending;         // output read, not yet taken by read_line()
 };
 
+// Runs a program to its end, without input. Returns its exit status, or the negative number of the
+// signal that ended it, and what it printed on standard output and standard error, its line ends as
+// line feeds. With a script, a POSIX shell runs that first and then becomes the program.
+struct ProgramRun {
+    int status;
+    std::string output;
+};
+ProgramRun run_program(const std::string& program, const std::vector<std::string>& arguments,
+                       const std::string& script = "");
+
 // How many of the lines begin so.
 int count_beginning(const std::vector<std::string>& lines, const std::string& prefix);
 

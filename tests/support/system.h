@@ -3,7 +3,6 @@
 #pragma once
 
 #include <cstdint>
-#include <cstdio>
 #include <string>
 #include <vector>
 
@@ -36,11 +35,6 @@ void kill_process(std::intptr_t process);
 // Lets the test program end when that many seconds have passed without another call; 0 lifts it.
 // Where the system has no alarm, the limit that CTest sets has to do.
 void set_hang_guard(unsigned seconds);
-
-// Starts a command of the system's shell, to read what it prints, standard error included;
-// nullptr on failure. Closing waits for its end, and returns its exit status.
-std::FILE* open_command(const std::string& command);
-int close_command(std::FILE* pipe);
 
 // Makes a pipe that has a name. False where the system has none.
 bool make_named_pipe(const std::string& path);

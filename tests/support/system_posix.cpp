@@ -74,15 +74,6 @@ void set_hang_guard(unsigned seconds) {
     alarm(seconds);
 }
 
-std::FILE* open_command(const std::string& command) {
-    return popen(("{ " + command + "; } 2>&1").c_str(), "r");
-}
-
-int close_command(std::FILE* pipe) {
-    const int raw = pclose(pipe);
-    return WIFEXITED(raw) ? WEXITSTATUS(raw) : -1;
-}
-
 bool make_named_pipe(const std::string& path) {
     EXPECT_EQ(mkfifo(path.c_str(), 0600), 0);
     return true;

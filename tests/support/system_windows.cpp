@@ -82,15 +82,6 @@ void kill_process(std::intptr_t process) {
 
 void set_hang_guard(unsigned) {}
 
-std::FILE* open_command(const std::string& command) {
-    // The shell takes off the outer quotation marks.
-    return _popen(("\"" + command + " 2>&1\"").c_str(), "r");
-}
-
-int close_command(std::FILE* pipe) {
-    return _pclose(pipe);
-}
-
 bool make_named_pipe(const std::string&) {
     return false;
 }
