@@ -1,11 +1,6 @@
 #include "shelf.h"
 
-#include "file/table_reader.h"
-#include "numbering/cell_walk.h"
-#include "system/parallel.h"
-#include "system/progress.h"
-
-#include <atomic>
+#include "file/read_table.h"
 
 namespace brindlemoth::tablegen {
 
@@ -60,48 +55,11 @@ bool read_back(Shelf& shelf, const Signature& signature, const Progress& progres
         return false;
     const double provided =
         provide_conversions(shelf, signature, true, reading_work_of(signature), progress);
-    std::unique_ptr<Table> table = make_table(signature, shelf.tables, FIFTY_MOVES, true);
-    std::atomic<bool> whole{true};
-    // The last of the steps is to complete the values.
-    constexpr double READ = 0.6;
-    SharedProgress shares{[&](double share) { progress(provided + (1 - provided) * READ * share); },
-                          std::vector<double>(reader.streams.size()),
-                          {}};
-    parallel_for(shelf.threads, reader.streams.size(), [&](std::size_t i) {
-        const Side side = i % reader.sides == 0 ? WHITE : BLACK;
-        CellWalk walk = cells_from(table->layout, reader.streams[i].numbering, 0);
-        CellBatch cells;
-        std::size_t batch = 0; // cells of the batch, and how many of them have been met
-        std::size_t met = 0;
-        std::uint64_t done = 0;
-        const Progress report = progress_of_piece(shares, i);
-        const auto set = [&](std::span<const std::uint16_t> values) {
-            for (const std::uint16_t value : values) {
-                if (met == batch) {
-                    batch = take_cells(walk, cells);
-                    met = 0;
-                }
-                const std::size_t cell = cells[met++];
-                const unsigned code = value + 1U; // as in WordValues
-                const std::size_t king = cell % 64;
-                WordValues& word = table->values[side][cell / 64];
-                // An image may have been there before, with another value that does as well.
-                for (std::size_t k = 0; k < word.size(); ++k)
-                    word[k] = (word[k] & ~(Squares{1} << king)) | Squares{code >> k & 1} << king;
-            }
-            done += values.size();
-            report(static_cast<double>(done) /
-                   static_cast<double>(reader.streams[i].numbering.positions));
-        };
-        if (!read_values(reader, reader.streams[i], set))
-            whole = false;
-    });
-    if (!whole)
+    std::unique_ptr<Table> table =
+        read_table(reader, shelf.tables, shelf.threads,
+                   [&](double share) { progress(provided + (1 - provided) * share); });
+    if (table == nullptr)
         return false;
-    share_values(*table);
-    if (reader.sides == 1)
-        table->values[BLACK] = exchange_colours(*table)->values[BLACK];
-    complete_values(*table, shelf.threads);
     shelf.tables[name] = std::move(table);
     return true;
 }

@@ -1,5 +1,6 @@
 #include "solver/solver.h"
 
+#include "solver/zeroing_moves.h"
 #include "system/parallel.h"
 #include "system/system.h"
 
@@ -13,8 +14,6 @@
 #include <utility>
 
 namespace brindlemoth::tablegen {
-
-constexpr std::size_t PIECES_OF_WORK = 64;
 
 // Shares of a part's work, about. How many plies the spreading takes is known only in the end: each
 // takes the same part of what is left.
@@ -85,18 +84,6 @@ struct Chunk {
 };
 
 } // namespace
-
-// Runs work(first, last) over stretches of numbers below the count.
-template <typename Work>
-static void for_stretches(int threads, std::size_t count, const Work& work) {
-    if (threads == 1) {
-        work(std::size_t{0}, count);
-        return;
-    }
-    const std::size_t stretch = std::max<std::size_t>(count / PIECES_OF_WORK, 64);
-    parallel_for(threads, (count + stretch - 1) / stretch,
-                 [&](std::size_t i) { work(i * stretch, std::min((i + 1) * stretch, count)); });
-}
 
 // Calls visit(word) for each word of the set that may not be empty, in rising order in each thread.
 template <typename Visit>
@@ -419,7 +406,7 @@ static void solve_part(Table& table, Part& part, int threads, const Progress& pr
 
 Table& solve(const Signature& signature, TableSet& solved, int threads, const VisitPart& visit,
              const Progress& progress, int limit) {
-    std::unique_ptr<Table> made = make_table(signature, solved, limit);
+    std::unique_ptr<Table> made = prepare_table(signature, solved, limit);
     Table& table = *made;
     // The threads share out the parts, or the words of a lone one.
     const auto parts = static_cast<std::size_t>(file_positions(signature));
@@ -433,23 +420,6 @@ Table& solve(const Signature& signature, TableSet& solved, int threads, const Vi
     });
     solved[name_of(signature)] = std::move(made);
     return table;
-}
-
-void complete_values(Table& table, int threads) {
-    for_stretches(threads, words_of(table.layout), [&](std::size_t first, std::size_t last) {
-        for (std::size_t word = first; word < last; ++word) {
-            const Placement placement = placement_of(table.layout, word);
-            for (const Side side : {WHITE, BLACK}) {
-                const Squares legal = legal_squares(table.layout, placement, side);
-                AtLeast values = unpack(table.values[side][word]);
-                const AtLeast captures =
-                    legal != 0 ? best_captures(table, placement, side) : AtLeast{};
-                for (std::size_t value = 0; value < values.size(); ++value)
-                    values[value] = (values[value] | captures[value]) & legal;
-                table.values[side][word] = pack(values);
-            }
-        }
-    });
 }
 
 } // namespace brindlemoth::tablegen

@@ -70,7 +70,4 @@ using VisitPart = std::function<void(const Part&, int threads, const Progress&)>
 Table& solve(const Signature& signature, TableSet& solved, int threads, const VisitPart& visit = {},
              const Progress& progress = {}, int limit = FIFTY_MOVES);
 
-// Makes true values of those that a WDL file holds, which may be anything at or below a capture's.
-void complete_values(Table& table, int threads);
-
 } // namespace brindlemoth::tablegen

@@ -1,6 +1,7 @@
 // Runs independent pieces of work on several threads; the caller's thread is one of them.
 #pragma once
 
+#include <algorithm>
 #include <atomic>
 #include <cstddef>
 #include <exception>
@@ -44,6 +45,19 @@ template <typename Work> void parallel_for(int threads, std::size_t count, const
     for (const std::exception_ptr& exception : thrown)
         if (exception != nullptr)
             std::rethrow_exception(exception);
+}
+
+// Shares a range out in stretches: calls work(first, last) for each, `last` not included.
+template <typename Work> void for_stretches(int threads, std::size_t count, const Work& work) {
+    constexpr std::size_t MOST_STRETCHES = 64;
+    constexpr std::size_t LEAST_LENGTH = 64;
+    if (threads == 1) {
+        work(std::size_t{0}, count);
+        return;
+    }
+    const std::size_t length = std::max(count / MOST_STRETCHES, LEAST_LENGTH);
+    parallel_for(threads, (count + length - 1) / length,
+                 [&](std::size_t i) { work(i * length, std::min((i + 1) * length, count)); });
 }
 
 } // namespace brindlemoth::tablegen

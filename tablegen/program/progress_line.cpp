@@ -1,4 +1,4 @@
-#include "progress_line.h"
+#include "program/progress_line.h"
 
 #include "system/system.h"
 

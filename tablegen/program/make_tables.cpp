@@ -1,10 +1,10 @@
 // Makes the tables that the command line names, each after those that it converts into.
 #include "file/table_maker.h"
 #include "file/table_reader.h"
-#include "progress_line.h"
+#include "program/progress_line.h"
+#include "program/tasks.h"
 #include "shelf.h"
 #include "system/system.h"
-#include "tasks.h"
 
 #include <algorithm>
 #include <cerrno>

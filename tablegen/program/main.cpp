@@ -1,7 +1,7 @@
 // The endgame table generator: see docs/tablegen.md, and command_line.cpp for what it takes.
-#include "command_line.h"
-#include "progress_line.h"
-#include "tasks.h"
+#include "program/command_line.h"
+#include "program/progress_line.h"
+#include "program/tasks.h"
 
 #include <cstdio>
 #include <exception>

@@ -1,10 +1,10 @@
 // Judges all tables of a directory by solving their endgames afresh.
 #include "file/table_file.h"
-#include "progress_line.h"
+#include "program/progress_line.h"
+#include "program/tasks.h"
 #include "shelf.h"
 #include "system/parallel.h"
 #include "system/system.h"
-#include "tasks.h"
 #include "verification/judge.h"
 
 #include <algorithm>

@@ -2,7 +2,7 @@
 // error where something is wrong.
 #pragma once
 
-#include "command_line.h"
+#include "program/command_line.h"
 
 #include <string>
 
