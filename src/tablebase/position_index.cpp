@@ -85,12 +85,13 @@ constexpr auto pawn_slot = by_square(
     [](int file, int rank) { return rank == 0 || rank == 7 ? 0 : 6 * fold(file) + rank - 1; });
 
 // The number of a pair of men that do not touch, by the cell of the first and the square of the
-// second; -1 for a pair that does. Three sweeps hand out the numbers. With the first man on the
-// diagonal, the squares above the diagonal are left at -1: those pairs are reflections of others.
+// second; -1 for a pair that touches. Three ranges of numbers follow each other: the first man
+// below the diagonal, only the second man below it, both men on it. With the first man on the
+// diagonal and the second above it the entry is -1, because the pair is a reflection of another.
 constexpr auto two_king_index = [] {
     std::array<std::array<std::int16_t, 64>, TRIANGLE_CELLS> table{};
     std::int16_t next = 0;
-    const auto sweep = [&](int first_cell, int last_cell, auto wanted) {
+    const auto number_pairs = [&](int first_cell, int last_cell, auto wanted) {
         for (int cell = first_cell; cell <= last_cell; ++cell) {
             const int king = TRIANGLE_SQUARES[static_cast<std::size_t>(cell)];
             for (int square = 0; square < 64; ++square) {
@@ -106,9 +107,9 @@ constexpr auto two_king_index = [] {
     };
     for (auto& row : table)
         row.fill(-1);
-    sweep(0, FIRST_DIAGONAL_CELL - 1, [](int) { return true; });
-    sweep(FIRST_DIAGONAL_CELL, TRIANGLE_CELLS - 1, [](int side) { return side < 0; });
-    sweep(FIRST_DIAGONAL_CELL, TRIANGLE_CELLS - 1, [](int side) { return side == 0; });
+    number_pairs(0, FIRST_DIAGONAL_CELL - 1, [](int) { return true; });
+    number_pairs(FIRST_DIAGONAL_CELL, TRIANGLE_CELLS - 1, [](int side) { return side < 0; });
+    number_pairs(FIRST_DIAGONAL_CELL, TRIANGLE_CELLS - 1, [](int side) { return side == 0; });
     return table;
 }();
 

@@ -82,7 +82,7 @@ std::uint16_t syzygy_root(const ProbeBoard& board) {
             continue;
         }
         const int score = score_move(next, root_dtz, success);
-        // Distances of genuine files are far below the limit. A damaged file may hold any number.
+        // Distances of undamaged files are far below the limit. A damaged file may hold any number.
         if (success == PROBE_FAILED || score >= ILLEGAL_MOVE || score <= -ILLEGAL_MOVE)
             return ROOT_FAILED;
         if (score == 0)

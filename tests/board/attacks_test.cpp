@@ -4,8 +4,7 @@
 #include <gtest/gtest.h>
 #include <random>
 
-namespace brindlemoth {
-namespace {
+using namespace brindlemoth;
 
 TEST(Magics, FixedSeedFindsTheSameNumbersEveryTime) {
     EXPECT_EQ(bishop_magics[A1].magic, 0x4020011001010028ULL);
@@ -37,6 +36,3 @@ TEST(SliderLookup, EqualsTheRayWalkForEveryOccupancy) {
         }
     }
 }
-
-} // namespace
-} // namespace brindlemoth

@@ -6,8 +6,7 @@
 
 #include <gtest/gtest.h>
 
-namespace brindlemoth {
-namespace {
+using namespace brindlemoth;
 
 TEST(Keys, FixedSeedGivesTheSameKeysEveryTime) {
     const Position position = position_from(starting_fen);
@@ -63,6 +62,3 @@ TEST(Fen, FieldsAndDefaults) {
         EXPECT_EQ(position.key, compute_key(position) ^ (row.usable ? 0 : castling_keys[0]));
     }
 }
-
-} // namespace
-} // namespace brindlemoth

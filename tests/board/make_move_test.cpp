@@ -7,8 +7,7 @@
 
 #include <gtest/gtest.h>
 
-namespace brindlemoth {
-namespace {
+using namespace brindlemoth;
 
 TEST(MakeMove, KeepsEveryFieldExactOverRandomPositions) {
     for_random_positions(10000, 11, [](Position& position) {
@@ -38,6 +37,3 @@ TEST(MakeMove, KeepsEveryFieldExactOverRandomPositions) {
         ASSERT_TRUE(same_position(position, before));
     });
 }
-
-} // namespace
-} // namespace brindlemoth

@@ -7,8 +7,7 @@
 #include <functional>
 #include <gtest/gtest.h>
 
-namespace brindlemoth {
-namespace {
+using namespace brindlemoth;
 
 const std::vector<BookRecord> TWO_RECORDS = {{0x0123456789ABCDEF, 0x1234, 0x5678},
                                              {0xFEDCBA9876543210, 0xFFFF, 1}};
@@ -29,7 +28,7 @@ TEST(BookLoad, ReadsRecordsMostSignificantByteFirstWhateverTheFileIsCalled) {
 }
 
 // A sparse file: long, and without any data.
-std::string write_sparse(const TemporaryDirectory& directory, std::uintmax_t size) {
+static std::string write_sparse(const TemporaryDirectory& directory, std::uintmax_t size) {
     std::string path = directory.write("sparse", "");
     std::error_code failure;
     std::filesystem::resize_file(path, size, failure);
@@ -78,6 +77,3 @@ TEST(BookLoad, AnythingElseLeavesNoBookSilently) {
         EXPECT_EQ(book_entry_count, 0) << row.what;
     }
 }
-
-} // namespace
-} // namespace brindlemoth

@@ -5,8 +5,7 @@
 
 #include <gtest/gtest.h>
 
-namespace brindlemoth {
-namespace {
+using namespace brindlemoth;
 
 const Lines UCI_BLOCK = {
     "id name Brindlemoth",
@@ -22,7 +21,7 @@ const Lines UCI_BLOCK = {
 };
 
 // All that a fresh engine prints for this input, which it gets in one piece.
-Lines answer(const std::string& text, const Lines& arguments = {}) {
+static Lines answer(const std::string& text, const Lines& arguments = {}) {
     EngineProcess engine(arguments);
     engine.send_text(text);
     return engine.finish();
@@ -78,7 +77,8 @@ TEST(Conversation, LongLinesArriveInPiecesAndAnyLineEndWorks) {
         {"isready\n", ready, {"perfttests"}},
     };
     for (const auto& row : ROWS)
-        EXPECT_EQ(answer(row.text, row.arguments), row.expected) << &row - ROWS;
+        EXPECT_EQ(answer(row.text, row.arguments), row.expected)
+            << testing::PrintToString(row.arguments) << testing::PrintToString(row.text);
     // A game that is longer than a line is played as far as the first piece reaches: 24
     // characters, then five for each move.
     std::string game = "position startpos moves ";
@@ -120,6 +120,3 @@ TEST(Conversation, NewGameForgetsWhatSearchesLearnedButNoOption) {
     EXPECT_NE(searches[1], searches[0]) << "the table is still warm";
     EXPECT_EQ(searches[2], searches[0]);
 }
-
-} // namespace
-} // namespace brindlemoth

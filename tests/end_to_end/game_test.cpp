@@ -7,8 +7,7 @@
 #include <algorithm>
 #include <gtest/gtest.h>
 
-namespace brindlemoth {
-namespace {
+using namespace brindlemoth;
 
 TEST(Game, WholeGameEndsByTheRules) {
     constexpr std::size_t LONGEST_LINE = 4000; // what the engine reads as one line
@@ -33,6 +32,3 @@ TEST(Game, WholeGameEndsByTheRules) {
              std::count(keys.begin(), keys.end(), position.key) < 3);
     EXPECT_EQ(engine.finish(), Lines());
 }
-
-} // namespace
-} // namespace brindlemoth

@@ -13,20 +13,19 @@
 #include <algorithm>
 #include <gtest/gtest.h>
 
-namespace brindlemoth {
-namespace {
+using namespace brindlemoth;
 
 using Random = std::mt19937_64;
 
 // One of the texts between the bars.
-std::string one_of(Random& random, std::string_view texts) {
+static std::string one_of(Random& random, std::string_view texts) {
     for (auto skip = random() % (1 + std::count(texts.begin(), texts.end(), '|')); skip > 0; --skip)
         texts.remove_prefix(texts.find('|') + 1);
     return std::string(texts.substr(0, texts.find('|')));
 }
 
 // The text with up to four edits: a part cut out, a byte or a word put in.
-std::string damaged(Random& random, std::string text) {
+static std::string damaged(Random& random, std::string text) {
     for (std::size_t edits = random() % 5; edits > 0; --edits) {
         const std::size_t place = random() % (text.size() + 1);
         if (random() % 4 == 0)
@@ -44,7 +43,7 @@ std::string damaged(Random& random, std::string text) {
 
 // The FEN of a position from a game, or of random pieces in any number on random squares, with a
 // few random edits.
-std::string malformed_fen(Random& random) {
+static std::string malformed_fen(Random& random) {
     const std::string men =
         one_of(random, "1111PNBRQKpnbrqk|1111111111111PNBRQKpnbrqk|11QKk|1p|11111111111111111Pp");
     const std::string& sound = sample_fens()[random() % sample_fens().size()];
@@ -53,7 +52,7 @@ std::string malformed_fen(Random& random) {
 
 // A board with many pieces of both colours has very long capture sequences: a search of it takes a
 // million nodes before it ends.
-bool may_be_searched(const Position& position) {
+static bool may_be_searched(const Position& position) {
     constexpr int MOST_OFFICERS = 18;
     const Bitboard pawns = position.pieces[WHITE][PAWN] | position.pieces[BLACK][PAWN];
     return popcount(position.all_pieces & ~pawns) <= MOST_OFFICERS ||
@@ -61,7 +60,7 @@ bool may_be_searched(const Position& position) {
 }
 
 // Runs the line and returns what it printed.
-std::string run(const std::string& line, Position& position) {
+static std::string run(const std::string& line, Position& position) {
     // A buffer of the exact size lets a sanitizer see a read beyond it.
     const std::vector<char> text(line.c_str(), line.c_str() + line.size() + 1);
     return joined(output_of([&] { dispatch_command(text.data(), position); }));
@@ -108,7 +107,7 @@ TEST(MalformedInput, AnyPositionIsSafeForEveryCommand) {
 }
 
 // Returns a command that does not take long: the depths are fixed, and a search has a node limit.
-std::string malformed_command(Random& random) {
+static std::string malformed_command(Random& random) {
     if (random() % 10 == 0)
         return one_of(random, "perft 2|bench 1|setoption name Hash value 2");
     const std::string line = damaged(
@@ -156,6 +155,3 @@ TEST(MalformedInput, RandomBytesOnStandardInputAreSafe) {
     ASSERT_FALSE(lines.empty());
     EXPECT_EQ(lines.back(), "readyok");
 }
-
-} // namespace
-} // namespace brindlemoth

@@ -7,8 +7,7 @@
 
 #include <gtest/gtest.h>
 
-namespace brindlemoth {
-namespace {
+using namespace brindlemoth;
 
 TEST(OptionsAndBook, BookAnswersEveryGoButAnInfiniteOne) {
     const TemporaryDirectory directory;
@@ -25,6 +24,3 @@ TEST(OptionsAndBook, BookAnswersEveryGoButAnInfiniteOne) {
     EXPECT_EQ(beginnings(engine.finish(), {book, info, other}),
               (Lines{info, other, book, book, book, info, other, info, other, book, info, other}));
 }
-
-} // namespace
-} // namespace brindlemoth

@@ -6,16 +6,15 @@
 
 #include <gtest/gtest.h>
 
-namespace brindlemoth {
-namespace {
+using namespace brindlemoth;
 
 // Starts a search that only input can end, and waits until it polls its input.
-void begin_search(EngineProcess& engine) {
+static void begin_search(EngineProcess& engine) {
     engine.send("go infinite");
     engine.read_until("info depth 3");
 }
 
-Lines answer_file(const std::string& text) {
+static Lines answer_file(const std::string& text) {
     const TemporaryDirectory directory;
     EngineProcess engine({}, directory.write("input", text));
     return engine.finish();
@@ -181,6 +180,3 @@ TEST(SearchInput, OnlyOneSearchIsStopped) {
         EXPECT_EQ(count_beginning(lines, "Side:"), 16) << text;
     }
 }
-
-} // namespace
-} // namespace brindlemoth

@@ -5,9 +5,7 @@
 
 #include <gtest/gtest.h>
 
-namespace brindlemoth {
-namespace {
-
+using namespace brindlemoth;
 using namespace std::string_literals;
 
 TEST(EndgameBonus, Patterns) {
@@ -101,6 +99,3 @@ TEST(Kpk, Counts) {
     EXPECT_EQ(count[1][KPK_WIN], 48802);
     EXPECT_EQ(count[0][KPK_DRAW] + count[1][KPK_DRAW], 54394);
 }
-
-} // namespace
-} // namespace brindlemoth

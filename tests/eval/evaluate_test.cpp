@@ -1,20 +1,46 @@
 #include "board/make_move.h"
 #include "eval/endgame.h"
 #include "eval/evaluate.h"
+#include "eval/king_safety.h"
 #include "eval/pawns.h"
-#include "eval_support.h"
 #include "support/support.h"
 
+#include <functional>
 #include <gtest/gtest.h>
+#include <random>
 
-namespace brindlemoth {
-namespace {
+using namespace brindlemoth;
 
 using Value = std::int64_t (*)(const Position&);
 
+// Visits `count` random placements of one king a side, the given pieces (letters as in a FEN), and
+// up to max_others more. Pawns may stand on any rank, and the side not to move may be in check.
+static void for_random_placements(int count, const std::string& pieces, int max_others,
+                                  const std::function<void(Position&)>& visit) {
+    std::mt19937_64 random(52);
+    for (; count > 0; --count) {
+        std::string fen = "11111111/11111111/11111111/11111111/11111111/11111111/11111111/11111111";
+        fen += random() % 2 == 0 ? " w - - 0 1" : " b - - 0 1";
+        const auto put = [&](char letter) {
+            char* at = nullptr;
+            do {
+                const int square = static_cast<int>(random() % 64);
+                at = &fen[static_cast<std::size_t>(9 * (7 - rank_of(square)) + file_of(square))];
+            } while (*at != '1');
+            *at = letter;
+        };
+        for (const char letter : "Kk" + pieces)
+            put(letter);
+        for (std::size_t n = random() % static_cast<std::size_t>(max_others + 1); n > 0; --n)
+            put("PPPPNBRQppppnbrq"[random() % 16]);
+        Position position = position_from(fen);
+        visit(position);
+    }
+}
+
 // The value with either side to move and with another piece-square sum. The cached evaluation of
 // one of them must not be used for another.
-std::int64_t values(const Position& position) {
+static std::int64_t values(const Position& position) {
     Position copy = position;
     std::int64_t sum = evaluate(copy);
     make_null_move(copy);
@@ -83,7 +109,7 @@ TEST(Evaluate, EqualKeysOfDifferentPositions) {
     EXPECT_EQ(evaluate(two), 154);
 }
 
-std::string trace_of(const char* fen) {
+static std::string trace_of(const char* fen) {
     testing::internal::CaptureStdout();
     eval_trace(position_from(fen));
     return testing::internal::GetCapturedStdout();
@@ -108,5 +134,19 @@ TEST(EvalTrace, Lines) {
     EXPECT_NE(without_king.find("W: 40  B: 0  net: -40\n"), std::string::npos) << without_king;
 }
 
-} // namespace
-} // namespace brindlemoth
+TEST(KingDanger, Cases) {
+    const struct {
+        const char* what;
+        const char* board;
+        int expected; // for Black's king
+    } cases[] = {{"the lowest of several kings", "3k4/8/8/8/8/8/8/k7", 40},
+                 {"three open files", "3k4/8/8/8/8/8/8/8", 60},
+                 {"only the higher queen can check", "k7/pp6/8/8/8/8/PP6/QN1Q4", 0},
+                 {"beyond the table's end", "8/QQQQQQQQ/Q6Q/Q6Q/Q2k3Q/Q6Q/QQQQQQQQ/8", 860 + 60}};
+    for (const auto& c : cases) {
+        const Position position = position_from(std::string(c.board) + " w - - 0 1");
+        const PawnInfo pawns = collect_pawns(position);
+        const PieceInfo attackers = collect_pieces<WHITE>(position, pawns);
+        EXPECT_EQ(king_danger<BLACK>(position, pawns, attackers), c.expected) << c.what;
+    }
+}

@@ -5,8 +5,7 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
-namespace brindlemoth {
-namespace {
+using namespace brindlemoth;
 
 constexpr std::size_t PENDING_CAPACITY = 16;
 constexpr std::size_t PIECE_LENGTH = PENDING_LINE_SIZE - 1;
@@ -19,7 +18,8 @@ struct Traffic {
     std::size_t isreadys = 0;
 };
 
-Traffic random_traffic(std::mt19937_64& random, std::size_t min_size, std::size_t max_length) {
+static Traffic random_traffic(std::mt19937_64& random, std::size_t min_size,
+                              std::size_t max_length) {
     Traffic traffic;
     while (traffic.text.size() < min_size) {
         const std::size_t length = random() % (random() % 8 == 0 ? max_length : 70);
@@ -35,7 +35,7 @@ Traffic random_traffic(std::mt19937_64& random, std::size_t min_size, std::size_
 }
 
 // The lines as they leave the queue, which cuts them into pieces, and the input buffer behind it.
-Lines expected_before_stop(const Lines& sent) {
+static Lines expected_before_stop(const Lines& sent) {
     Lines lines;
     for (std::string line : sent) {
         for (; lines.size() < PENDING_CAPACITY && line.size() > PIECE_LENGTH;
@@ -47,7 +47,7 @@ Lines expected_before_stop(const Lines& sent) {
 }
 
 // What the command loop reads, up to the line "end".
-Lines take_lines() {
+static Lines take_lines() {
     Lines lines;
     char line[PROMPT_LINE_SIZE];
     while (take_pending_line(line) || read_line(line, PROMPT_LINE_SIZE)) {
@@ -109,6 +109,3 @@ TEST_F(PollInput, LinesKeepTheirOrderAndAreWholeBehindAStopOrQuit) {
         EXPECT_EQ(take_lines(), expected);
     }
 }
-
-} // namespace
-} // namespace brindlemoth

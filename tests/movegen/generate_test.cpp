@@ -2,25 +2,25 @@
 #include "board/make_move.h"
 #include "movegen/generate.h"
 #include "movegen/legality.h"
+#include "movegen/perft.h"
 #include "support/support.h"
 
 #include <algorithm>
 #include <gtest/gtest.h>
 #include <set>
 
-namespace brindlemoth {
-namespace {
+using namespace brindlemoth;
 
 using Generator = Move* (*)(const Position&, Move*);
 
 // The castling moves among all.
-Move* castling_moves(const Position& position, Move* out) {
+static Move* castling_moves(const Position& position, Move* out) {
     Move moves[MAX_MOVES];
     return std::copy_if(moves, generate_pseudo_legal(position, moves), out, is_castling);
 }
 
 // The moves as text with their flags, "e2e4/1 ...", in the order generated.
-std::string listed(const Position& position, Generator generate) {
+static std::string listed(const Position& position, Generator generate) {
     Move moves[MAX_MOVES];
     std::string text;
     const Move* const end = generate(position, moves);
@@ -69,7 +69,7 @@ TEST(Generators, OrderOfEmission) {
 }
 
 // Whether the side to move attacks the square, by walking the rays and not by the lookups.
-bool attacked_by_rays(const Position& position, int square) {
+static bool attacked_by_rays(const Position& position, int square) {
     const Bitboard* const by = position.pieces[position.side];
     const Bitboard all = position.all_pieces;
     return ((bishop_attacks_slow(square, all) & (by[BISHOP] | by[QUEEN])) |
@@ -109,7 +109,7 @@ TEST(Legality, EqualsPlayingTheMove) {
     for (const std::string& fen : fens) {
         SCOPED_TRACE(fen);
         Position position = position_from(fen);
-        compare(position);
+        ASSERT_NO_FATAL_FAILURE(compare(position));
     }
 }
 
@@ -135,5 +135,26 @@ TEST(Generators, SurplusMovesAreDropped) {
     }
 }
 
-} // namespace
-} // namespace brindlemoth
+// The suite at its full depth is the perfttest command's; these counts are as telling and quick
+// enough for every build.
+TEST(Perft, KnownCounts) {
+    struct Row {
+        const char* fen;
+        std::uint64_t counts[4]; // depth 1 upward
+    };
+    const Row rows[] = {
+        {starting_fen, {20, 400, 8902, 197281}},
+        {"r3k2r/p1ppqpb1/bn2pnp1/3PN3/1p2P3/2N2Q1p/PPPBBPPP/R3K2R w KQkq - 0 1",
+         {48, 2039, 97862, 4085603}},
+        {"8/2p5/3p4/KP5r/1R3p1k/8/4P1P1/8 w - - 0 1", {14, 191, 2812, 43238}},
+        {"r3k2r/Pppp1ppp/1b3nbN/nP6/BBP1P3/q4N2/Pp1P2PP/R2Q1RK1 w kq - 0 1",
+         {6, 264, 9467, 422333}},
+        {"rnbq1k1r/pp1Pbppp/2p5/8/2B5/8/PPP1NnPP/RNBQK2R w KQ - 1 8", {44, 1486, 62379, 2103487}},
+    };
+    for (const Row& row : rows) {
+        Position position = position_from(row.fen);
+        EXPECT_EQ(perft(position, 0), 1U);
+        for (int depth = 1; depth <= 4 && row.counts[depth - 1] < 500000; ++depth)
+            EXPECT_EQ(perft(position, depth), row.counts[depth - 1]) << row.fen << ' ' << depth;
+    }
+}

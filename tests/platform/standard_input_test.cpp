@@ -7,8 +7,7 @@
 #include <string>
 #include <unistd.h>
 
-namespace brindlemoth {
-namespace {
+using namespace brindlemoth;
 
 class StandardInput : public testing::Test {
 protected:
@@ -93,6 +92,3 @@ TEST_F(StandardInput, WhatCannotBeReadHasEnded) {
     EXPECT_TRUE(input_waiting());
     EXPECT_EQ(receive(100), "");
 }
-
-} // namespace
-} // namespace brindlemoth

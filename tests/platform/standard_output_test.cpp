@@ -8,8 +8,7 @@
 #include <thread>
 #include <unistd.h>
 
-namespace brindlemoth {
-namespace {
+using namespace brindlemoth;
 
 // What the action writes to an output in non-blocking mode, whose reader is slower than it.
 template <typename Action> std::string written_by(int output, int input, Action action) {
@@ -54,6 +53,3 @@ TEST(StandardOutput, ANonBlockingPipeLosesNothing) {
     std::erase(received, '|');
     EXPECT_EQ(received.size(), 100 * text.size() + MAX_PRINT - 1);
 }
-
-} // namespace
-} // namespace brindlemoth

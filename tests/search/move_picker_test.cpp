@@ -10,22 +10,21 @@
 #include <random>
 #include <span>
 
-namespace brindlemoth {
-namespace {
+using namespace brindlemoth;
 
 constexpr int PLY = 5;
 
-std::vector<Move> pseudo_legal(const Position& position) {
+static std::vector<Move> pseudo_legal(const Position& position) {
     Move moves[MAX_MOVES];
     return {moves, generate_pseudo_legal(position, moves)};
 }
 
-bool is_quiet(Move move) {
+static bool is_quiet(Move move) {
     return !is_capture(move) && !is_promotion(move);
 }
 
-std::vector<Move> picked_moves(const Position& position, Move tt_move, PreviousMove previous,
-                               bool skip_quiets = false) {
+static std::vector<Move> picked_moves(const Position& position, Move tt_move, PreviousMove previous,
+                                      bool skip_quiets = false) {
     MovePicker picker;
     init_picker(picker, in_check(position), tt_move, PLY, previous);
     std::vector<Move> moves;
@@ -38,12 +37,12 @@ std::vector<Move> picked_moves(const Position& position, Move tt_move, PreviousM
     return moves;
 }
 
-std::vector<Move> sorted(std::vector<Move> moves) {
+static std::vector<Move> sorted(std::vector<Move> moves) {
     std::sort(moves.begin(), moves.end());
     return moves;
 }
 
-Move random_move(const std::vector<Move>& moves, std::mt19937_64& random) {
+static Move random_move(const std::vector<Move>& moves, std::mt19937_64& random) {
     return moves.empty() ? MOVE_NONE : moves[random() % moves.size()];
 }
 
@@ -135,6 +134,3 @@ TEST(MovePicker, NoHashMoveBreaksThePosition) {
         }
     }
 }
-
-} // namespace
-} // namespace brindlemoth

@@ -12,8 +12,7 @@
 #include <gtest/gtest.h>
 #include <regex>
 
-namespace brindlemoth {
-namespace {
+using namespace brindlemoth;
 
 class Root : public testing::Test {
 protected:
@@ -25,13 +24,13 @@ protected:
     void TearDown() override { SetUp(); }
 };
 
-Lines searched(Position& position, int depth) {
+static Lines searched(Position& position, int depth) {
     SearchLimits limits{};
     limits.depth = depth;
     return output_of([&] { search_root(position, limits); });
 }
 
-bool contains(const std::string& text, const std::string& part) {
+static bool contains(const std::string& text, const std::string& part) {
     return text.find(part) != std::string::npos;
 }
 
@@ -171,6 +170,3 @@ TEST_F(Root, CrowdedPositionsAreSearchedToTheEndWithoutATable) {
         EXPECT_TRUE(same_position(position, before)) << fen;
     }
 }
-
-} // namespace
-} // namespace brindlemoth

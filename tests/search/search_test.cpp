@@ -11,9 +11,7 @@
 #include <cstring>
 #include <gtest/gtest.h>
 
-namespace brindlemoth {
-namespace {
-
+using namespace brindlemoth;
 using namespace std::string_literals;
 
 class Search : public testing::Test {
@@ -147,6 +145,3 @@ TEST_F(Search, TheLastPlyIsEvaluated) {
     EXPECT_EQ(node_count, 2U);
     EXPECT_EQ(sel_depth, MAX_PLY);
 }
-
-} // namespace
-} // namespace brindlemoth

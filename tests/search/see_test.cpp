@@ -7,14 +7,13 @@
 #include <algorithm>
 #include <gtest/gtest.h>
 
-namespace brindlemoth {
-namespace {
+using namespace brindlemoth;
 
 // A slow second implementation: it makes one capture after the other and walks the rays each time.
 constexpr int VALUES[] = {100, 300, 300, 500, 900, 20000};
 
 // What `side` wins by capturing a piece of that value on the square, or 0 if it does not capture.
-int best_gain(const Position& position, Bitboard occupied, int square, int value, int side) {
+static int best_gain(const Position& position, Bitboard occupied, int square, int value, int side) {
     const Bitboard rook_rays = rook_attacks_slow(square, occupied);
     const Bitboard bishop_rays = bishop_attacks_slow(square, occupied);
     const Bitboard reach[] = {
@@ -27,7 +26,7 @@ int best_gain(const Position& position, Bitboard occupied, int square, int value
     return 0;
 }
 
-int slow_see(const Position& position, Move move) {
+static int slow_see(const Position& position, Move move) {
     const int victim = position.board[move_to(move)];
     const int mover = position.board[move_from(move)];
     const Bitboard occupied =
@@ -57,10 +56,8 @@ TEST(See, AgreesWithCapturesPlayedOnAPlainBoard) {
           "qQqQqQqQ/QqQqQqQq/qQqQqQqQ/QqQqQqQq/qQqQ1QqQ/QqQqQqQq/qQqQqQqK/QqQqQqkQ w - - 0 1",
           "QQQQQQQQ/QqqqqqqQ/QqqqqqqQ/QqqqrqqQ/Qqqr1rqQ/QqqqrqqQ/QqqqqqqQ/KQQQQQQk b - - 0 1",
           "n1n1k1n1/PPPPPPPP/1n3n2/pppppppp/PPPPPPPP/1N3N2/pppppppp/N1N1K1N1 w - - 0 1"}) {
+        SCOPED_TRACE(fen);
         Position position = position_from(fen);
-        compare(position);
+        ASSERT_NO_FATAL_FAILURE(compare(position));
     }
 }
-
-} // namespace
-} // namespace brindlemoth

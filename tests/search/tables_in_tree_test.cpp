@@ -8,8 +8,7 @@
 #include <cstring>
 #include <gtest/gtest.h>
 
-namespace brindlemoth {
-namespace {
+using namespace brindlemoth;
 
 constexpr int PLY = 10;
 constexpr int NO_PROBE = -1;
@@ -84,6 +83,3 @@ TEST_F(TablesInTree, SomeNodesProbeAndStoreTheResult) {
         EXPECT_EQ(entry->move, MOVE_NONE);
     }
 }
-
-} // namespace
-} // namespace brindlemoth

@@ -11,22 +11,19 @@
 #include <limits>
 #include <utility>
 
-namespace brindlemoth {
-namespace {
+using namespace brindlemoth;
 
 constexpr int LARGEST = std::numeric_limits<int>::max();
 constexpr int SMALLEST = std::numeric_limits<int>::min();
 constexpr std::int64_t CLOCK_START = std::int64_t{1} << 40;
 constexpr std::uint64_t STOP_NODES = 50'000; // the clock stops a search that no limit ends
 
-std::uint64_t nodes_per_millisecond = 1000;
-std::uint64_t stop_nodes = std::numeric_limits<std::uint64_t>::max();
-std::vector<std::uint64_t> clock_reads; // node_count at each reading after the start
-
-} // namespace
+static std::uint64_t nodes_per_millisecond = 1000;
+static std::uint64_t stop_nodes = std::numeric_limits<std::uint64_t>::max();
+static std::vector<std::uint64_t> clock_reads; // node_count at each reading after the start
 
 // The clock of this test program.
-std::int64_t tick_count() {
+std::int64_t brindlemoth::tick_count() {
     if (node_count > 0)
         clock_reads.push_back(node_count);
     if (node_count >= stop_nodes)
@@ -34,10 +31,8 @@ std::int64_t tick_count() {
     return CLOCK_START + static_cast<std::int64_t>(node_count / nodes_per_millisecond);
 }
 
-namespace {
-
 // Fills clock_reads. Returns the node counts of the info lines, whose times must be exact.
-std::vector<std::uint64_t> searched_nodes(const char* fen, const SearchLimits& limits) {
+static std::vector<std::uint64_t> searched_nodes(const char* fen, const SearchLimits& limits) {
     tt_resize(1);
     clear_search_memory();
     clock_reads.clear();
@@ -142,6 +137,3 @@ TEST(TimeBudget, EndsEverySearchAtItsLimit) {
     EXPECT_GT(soft_ends, 20);
     EXPECT_GT(hard_ends, 10);
 }
-
-} // namespace
-} // namespace brindlemoth

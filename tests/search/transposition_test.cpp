@@ -3,8 +3,7 @@
 
 #include <gtest/gtest.h>
 
-namespace brindlemoth {
-namespace {
+using namespace brindlemoth;
 
 class Transposition : public testing::Test {
 protected:
@@ -64,6 +63,3 @@ TEST_F(Transposition, MateScoresCountFromTheNodeThatStoredThem) {
         EXPECT_EQ(tt_probe(99)->score, row.stored) << row.score;
     }
 }
-
-} // namespace
-} // namespace brindlemoth

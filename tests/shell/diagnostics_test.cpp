@@ -10,8 +10,7 @@
 #include <gtest/gtest.h>
 #include <regex>
 
-namespace brindlemoth {
-namespace {
+using namespace brindlemoth;
 
 class Bench : public testing::Test {
 protected:
@@ -89,6 +88,3 @@ TEST(Illegalcheck, ReportsMovesThatLeaveTheKingInCheck) {
               "ILLEGAL (king in check): e1e2  pawn=0 knight=0 king=0 diag=0 orth=1\n"
               "ILLEGAL (king in check): e1f2  pawn=0 knight=0 king=0 diag=1 orth=0\n");
 }
-
-} // namespace
-} // namespace brindlemoth

@@ -2,11 +2,10 @@
 
 #include <gtest/gtest.h>
 
-namespace brindlemoth {
-namespace {
+using namespace brindlemoth;
 
 // The limits that are set, as text in a fixed order.
-std::string limits_of(const std::string& line) {
+static std::string limits_of(const std::string& line) {
     const SearchLimits limits = read_limits(line.c_str());
     const struct {
         const char* name;
@@ -46,6 +45,3 @@ TEST(GoCommand, Limits) {
     for (const auto& row : ROWS)
         EXPECT_EQ(limits_of(row.line), row.limits) << row.line;
 }
-
-} // namespace
-} // namespace brindlemoth

@@ -12,8 +12,7 @@
 
 #include <gtest/gtest.h>
 
-namespace brindlemoth {
-namespace {
+using namespace brindlemoth;
 
 // Every line begins with known values, and none may be answered.
 class Options : public testing::Test {
@@ -121,6 +120,3 @@ TEST_F(Options, StyleRebuildsTheTablesForPositionsSetUpLater) {
     set(" name Style value any other");
     EXPECT_EQ(raw(position_from(fen).psq), raw(before));
 }
-
-} // namespace
-} // namespace brindlemoth

@@ -4,8 +4,7 @@
 
 #include <gtest/gtest.h>
 
-namespace brindlemoth {
-namespace {
+using namespace brindlemoth;
 
 constexpr const char* BEFORE = "8/8/8/3k4/8/3K4/8/8 b - - 0 1";
 #define KINGS_AND_PAWN "8/4P2k/8/8/8/8/8/K7 w - - 0 1"
@@ -66,6 +65,3 @@ TEST(PositionCommand, TheLongestGameLeavesRoomForTheSearch) {
     EXPECT_EQ(position.undo_count, static_cast<int>(line.size() - 23) / 5);
     EXPECT_LE(position.undo_count + 128 + 1, MAX_UNDO);
 }
-
-} // namespace
-} // namespace brindlemoth

@@ -14,18 +14,6 @@ int book_move(int from, int to, int promotion) {
            (promotion << 12);
 }
 
-int book_move(Move move) {
-    const int from = move_from(move);
-    switch (move_flag(move)) {
-    case FLAG_SHORT_CASTLING:
-        return book_move(from, from + 3);
-    case FLAG_LONG_CASTLING:
-        return book_move(from, from - 4);
-    default:
-        return book_move(from, move_to(move), is_promotion(move) ? promoted_type(move) : 0);
-    }
-}
-
 static void append_big_endian(std::string& bytes, std::uint64_t value, int size) {
     for (int shift = 8 * (size - 1); shift >= 0; shift -= 8)
         bytes.push_back(static_cast<char>((value >> shift) & 0xFF));

@@ -1,4 +1,4 @@
-// Small books for the tests, written to a directory that goes away with the test.
+// Small books for the tests, and temporary directories.
 #pragma once
 
 #include "board/position.h"
@@ -18,9 +18,6 @@ struct BookRecord {
 
 // A move in the file's layout: from, to and a promotion from 0 (none), 1 (knight) to 4 (queen).
 int book_move(int from, int to, int promotion = 0);
-
-// The same for a legal move: castling is king takes own rook.
-int book_move(Move move);
 
 // The bytes of the records in the order given.
 std::string book_bytes(const std::vector<BookRecord>& records);

@@ -8,6 +8,7 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <gtest/gtest.h>
 
 namespace brindlemoth {
 
@@ -56,14 +57,22 @@ void for_random_positions(int count, std::uint64_t seed,
     std::mt19937_64 random(seed);
     const std::vector<std::string>& fens = sample_fens();
     while (count > 0) {
-        Position position = position_from(fens[random() % fens.size()]);
+        const std::string& fen = fens[random() % fens.size()];
+        Position position = position_from(fen);
+        std::string played;
         for (int ply = 0; ply < GAME_PLIES && count > 0; ++ply, --count) {
             visit(position);
+            if (testing::Test::HasFailure()) {
+                ADD_FAILURE() << "in position fen " << fen << " moves" << played;
+                return;
+            }
             MoveList legal;
             generate_legal(position, legal);
             if (legal.count == 0)
                 break;
-            make_move(position, legal.moves[random() % static_cast<unsigned>(legal.count)]);
+            const Move move = legal.moves[random() % static_cast<unsigned>(legal.count)];
+            played += std::string(" ") + move_to_text(move);
+            make_move(position, move);
         }
     }
 }

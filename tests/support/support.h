@@ -31,7 +31,8 @@ std::string tables_directory();
 const std::vector<std::string>& sample_fens();
 
 // Plays random legal games from sample_fens() with a fixed seed until `count` positions were
-// visited, and calls visit() on each. visit() may change the position only if it restores it.
+// visited, and calls visit() on each. visit() may change the position only if it restores it. The
+// first failure ends the walk and is reported with the moves that lead to its position.
 void for_random_positions(int count, std::uint64_t seed,
                           const std::function<void(Position&)>& visit);
 

@@ -13,9 +13,7 @@
 #include <random>
 #include <sstream>
 
-namespace brindlemoth {
-
-namespace {
+using namespace brindlemoth;
 
 constexpr std::size_t POSITIONS = 200;
 constexpr std::size_t DISTANCE_PROBES = 8; // one position in this many is probed for its distance
@@ -27,7 +25,7 @@ constexpr int RANDOM_CHANGES = ALL_DAMAGE ? 5000 : 200; // single bytes anywhere
 constexpr std::size_t TRUNCATION_STEP = ALL_DAMAGE ? 64 : 64 * 61;
 
 // Unmaps the files of a signature and clears its failure marks. Other tables stay mapped.
-void map_again(const std::string& signature) {
+static void map_again(const std::string& signature) {
     int counts[16];
     count_signature_men(signature.c_str(), counts);
     for (const bool mirror : {false, true}) {
@@ -38,7 +36,7 @@ void map_again(const std::string& signature) {
 }
 
 // Probes all positions in every way that reads the files; returns how many answers there were.
-std::size_t probe_all(const std::vector<ProbeBoard>& boards) {
+static std::size_t probe_all(const std::vector<ProbeBoard>& boards) {
     std::size_t answers = 0;
     for (std::size_t i = 0; i < boards.size(); ++i) {
         int success;
@@ -55,8 +53,6 @@ std::size_t probe_all(const std::vector<ProbeBoard>& boards) {
     }
     return answers;
 }
-
-} // namespace
 
 // Damages a copy of a table file in each of these ways, and probes it at 200 positions.
 static void damage(const std::string& file) {
@@ -112,5 +108,3 @@ TEST(Corruption, EveryProbeEnds) {
         for (const char* const extension : {".rtbw", ".rtbz"})
             damage(name + extension);
 }
-
-} // namespace brindlemoth

@@ -11,29 +11,27 @@
 #include <bit>
 #include <gtest/gtest.h>
 
-namespace brindlemoth {
-
-namespace {
+using namespace brindlemoth;
 
 using Answer = std::pair<int, int>; // value and success
 constexpr Answer NO_ANSWER = {0, PROBE_FAILED};
 constexpr Answer WIN = {WDL_WIN, PROBE_GOOD};
 constexpr Answer DRAW = {WDL_DRAW, PROBE_GOOD};
 
-Answer wdl(const ProbeBoard& board) {
+static Answer wdl(const ProbeBoard& board) {
     int success;
     const int value = syzygy_wdl(board, success);
     return {value, success};
 }
 
-Answer dtz(const ProbeBoard& board) {
+static Answer dtz(const ProbeBoard& board) {
     int success;
     const int value = syzygy_dtz(board, success);
     return {value, success};
 }
 
 // The messages on stderr during a probe that fails.
-std::string complaint(const ProbeBoard& board, Answer (*probe)(const ProbeBoard&) = wdl) {
+static std::string complaint(const ProbeBoard& board, Answer (*probe)(const ProbeBoard&) = wdl) {
     testing::internal::CaptureStderr();
     EXPECT_EQ(probe(board).second, PROBE_FAILED);
     return testing::internal::GetCapturedStderr();
@@ -42,21 +40,21 @@ std::string complaint(const ProbeBoard& board, Answer (*probe)(const ProbeBoard&
 const std::string CORRUPTED = "Corrupted table.\n";
 const std::string good_table = bytes_of(constant_table("KQvK", {4, 0}));
 
-ProbeBoard queen_board(bool queen_is_white, bool white_to_move) {
+static ProbeBoard queen_board(bool queen_is_white, bool white_to_move) {
     return board_from(std::string(queen_is_white ? "Q" : "q") + "7/8/5k2/8/8/2K5/8/8 " +
                       (white_to_move ? "w" : "b") + " - - 0 1");
 }
 
 constexpr std::uint64_t POSITIONS = 31332; // of KQvK
 
-std::uint64_t code_at(std::uint64_t index, std::size_t symbols) {
+static std::uint64_t code_at(std::uint64_t index, std::size_t symbols) {
     return (index * 7 + index / 100) % symbols;
 }
 
 // KQvK for one side, with codes of one length, not all of which need have a symbol. Code n is that
 // of symbol n, a leaf of the value n. One index entry serves all positions.
-tablegen::CompressedStream flat_stream(int code_length, std::size_t symbols, int block_size_log2,
-                                       std::uint32_t block_values) {
+static tablegen::CompressedStream flat_stream(int code_length, std::size_t symbols,
+                                              int block_size_log2, std::uint32_t block_values) {
     tablegen::CompressedStream stream;
     stream.block_size_log2 = block_size_log2;
     stream.index_bits = 15;
@@ -79,7 +77,7 @@ tablegen::CompressedStream flat_stream(int code_length, std::size_t symbols, int
     return stream;
 }
 
-std::string flat_table(const tablegen::CompressedStream& stream) {
+static std::string flat_table(const tablegen::CompressedStream& stream) {
     tablegen::TableFile file = constant_table("KQvK", {0});
     file.positions[0].streams[0].data = stream;
     return bytes_of(file);
@@ -103,8 +101,6 @@ struct Mapping : testing::Test {
         syzygy_init(MEMORY_DIRECTORY);
     }
 };
-
-} // namespace
 
 TEST_F(Mapping, ValuesOfConstantTables) {
     const struct {
@@ -241,8 +237,8 @@ TEST_F(Mapping, AFailedDistanceClosesTheValueToo) {
     EXPECT_EQ(wdl(queen_board(false, true)).first, WDL_LOSS);
 }
 
-// A table knows nothing of en passant: what it holds for a position whose only legal move is such
-// a capture is stalemate.
+// A table has no en passant. It holds a stalemate for a position whose only legal move is such a
+// capture.
 TEST_F(Mapping, AForcedCaptureEnPassantIsNoStalemate) {
     put_memory_file("KQvK.rtbw", good_table);
     put_memory_file("KQvKP.rtbw", bytes_of(constant_table("KQvKP", {4, 0})));
@@ -303,5 +299,3 @@ TEST_F(Mapping, OutOfMemoryFailsTheProbe) {
     }
     EXPECT_GT(failures, 8); // each of the pawn's streams at least
 }
-
-} // namespace brindlemoth

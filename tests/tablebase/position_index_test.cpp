@@ -11,7 +11,7 @@
 
 #include <gtest/gtest.h>
 
-namespace brindlemoth {
+using namespace brindlemoth;
 
 // The file position of a board and its index there.
 static std::pair<int, std::uint64_t> place_of(const ProbeBoard& board, TableEntry& entry) {
@@ -70,5 +70,3 @@ TEST(PositionIndex, IsTheOneThatTheGeneratorCountsBy) {
     }
     syzygy_init("");
 }
-
-} // namespace brindlemoth

@@ -11,25 +11,21 @@
 #include <algorithm>
 #include <gtest/gtest.h>
 
-namespace brindlemoth {
+using namespace brindlemoth;
 
-namespace {
-
-ProbeMove probe_move(Move move) {
+static ProbeMove probe_move(Move move) {
     return make_probe_move(move_from(move), move_to(move),
                            is_promotion(move) ? int{PROMOTE_QUEEN} + QUEEN - promoted_type(move)
                                               : PROMOTE_NONE);
 }
 
 // The en-passant square that a double step leaves when it counts only with a capturer at hand.
-int useful_ep_square(const Position& position) {
+static int useful_ep_square(const Position& position) {
     if (position.ep_square == NO_SQUARE)
         return 0;
     const Bitboard capturers = pawn_attacks[position.side ^ 1][position.ep_square];
     return (capturers & position.pieces[position.side][PAWN]) != 0 ? position.ep_square : 0;
 }
-
-} // namespace
 
 // Positions of whole games have more men than a table, but the rules are the same ones. The order
 // of the moves counts, for it decides between equal moves at the root.
@@ -98,7 +94,7 @@ TEST(ProbeBoard, SanityOfPositions) {
     bad[1].knights |= square_bit(H8);
     bad[2].black |= square_bit(A1);
     for (const ProbeBoard& board : bad)
-        EXPECT_FALSE(board_is_sane(board)) << &board - bad;
+        EXPECT_FALSE(board_is_sane(board)) << board_text(board);
 }
 
 TEST(MaterialKey, OfBoards) {
@@ -124,5 +120,3 @@ TEST(MaterialKey, OfBoards) {
         }
     }
 }
-
-} // namespace brindlemoth

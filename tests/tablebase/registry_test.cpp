@@ -9,11 +9,9 @@
 #include <filesystem>
 #include <gtest/gtest.h>
 
-namespace brindlemoth {
+using namespace brindlemoth;
 
-namespace {
-
-Key key_of(const std::string& signature, bool mirror = false) {
+static Key key_of(const std::string& signature, bool mirror = false) {
     int counts[16];
     count_signature_men(signature.c_str(), counts);
     return material_key_of_counts(counts, mirror);
@@ -23,14 +21,14 @@ const TableEntry* entry_of(const std::string& signature) {
     return table_slot(key_of(signature)).entry;
 }
 
-int occupied_slots() {
+static int occupied_slots() {
     return static_cast<int>(
         std::count_if(table_hash, table_hash + TABLE_HASH_SIZE,
                       [](const TableHashSlot& slot) { return slot.entry != nullptr; }));
 }
 
 // The messages on standard output and standard error while the path is set.
-std::string init_output(const std::string& path) {
+static std::string init_output(const std::string& path) {
     testing::internal::CaptureStdout();
     testing::internal::CaptureStderr();
     EXPECT_TRUE(syzygy_init(path.c_str()));
@@ -38,7 +36,7 @@ std::string init_output(const std::string& path) {
     return out + testing::internal::GetCapturedStderr();
 }
 
-std::string complaints(const std::vector<std::string>& files) {
+static std::string complaints(const std::vector<std::string>& files) {
     std::string out;
     std::string err;
     for (const std::string& file : files) {
@@ -52,8 +50,6 @@ std::string complaints(const std::vector<std::string>& files) {
 struct Registry : testing::Test {
     void TearDown() override { syzygy_init(""); }
 };
-
-} // namespace
 
 TEST_F(Registry, KnowsAllSignaturesInOrder) {
     ASSERT_EQ(all_signatures().size(), 1511U);
@@ -147,5 +143,3 @@ TEST_F(Registry, SplitsThePath) {
         EXPECT_EQ(found, expected) << path;
     }
 }
-
-} // namespace brindlemoth

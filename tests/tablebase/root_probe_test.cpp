@@ -14,9 +14,7 @@
 #include <gtest/gtest.h>
 #include <random>
 
-namespace brindlemoth {
-
-namespace {
+using namespace brindlemoth;
 
 struct RootProbe : testing::Test {
     void SetUp() override {
@@ -26,7 +24,7 @@ struct RootProbe : testing::Test {
     void TearDown() override { syzygy_init(""); }
 };
 
-int distance_after(const Position& root, Move move, int root_dtz) {
+static int distance_after(const Position& root, Move move, int root_dtz) {
     Position position = root;
     make_move(position, move);
     const ProbeBoard board = board_of(position);
@@ -40,17 +38,15 @@ int distance_after(const Position& root, Move move, int root_dtz) {
     return dtz + (dtz > 0) - (dtz < 0);
 }
 
-Lines ask(EngineProcess& engine, const std::string& position, const std::string& go = "go") {
+static Lines ask(EngineProcess& engine, const std::string& position, const std::string& go = "go") {
     engine.send("position fen " + position);
     engine.send(go);
     return engine.read_until("bestmove");
 }
 
-Lines table_answer(const std::string& move) {
+static Lines table_answer(const std::string& move) {
     return {"info depth 1 seldepth 1 score cp 0 nodes 1 tbhits 1 pv " + move, "bestmove " + move};
 }
-
-} // namespace
 
 // A FEN can have fields that no game reaches. The chosen move is legal, or there is none.
 TEST_F(RootProbe, OddFieldsOfAFen) {
@@ -146,5 +142,3 @@ TEST_F(RootProbe, GoAnswersInTwoLines) {
     EXPECT_GT(ask(engine, rows[0].fen, "go depth 3").size(), 2U);
     EXPECT_TRUE(engine.finish().empty());
 }
-
-} // namespace brindlemoth

@@ -1,13 +1,15 @@
-// Mapping whole files, and what open_file() refuses.
+// Mapping whole files, what open_file() refuses, and large blocks of memory.
 #include "platform/file_mapping.h"
+#include "platform/large_memory.h"
 #include "support/book_file.h"
 #include "support/system.h"
 
+#include <algorithm>
 #include <cstring>
 #include <gtest/gtest.h>
+#include <limits>
 
-namespace brindlemoth {
-namespace {
+using namespace brindlemoth;
 
 TEST(FileMapping, ShowsTheWholeFileAfterTheHandleIsClosed) {
     const TemporaryDirectory directory;
@@ -41,5 +43,15 @@ TEST(FileMapping, RefusesWhatIsNoFileOrEmpty) {
     EXPECT_TRUE(close_file(file));
 }
 
-} // namespace
-} // namespace brindlemoth
+TEST(LargeMemory, IsZeroedAndWritableToItsLastByte) {
+    for (const std::size_t megabytes : {1U, 2U, 3U, 64U}) {
+        const std::size_t bytes = megabytes << 20;
+        auto* const block = static_cast<unsigned char*>(allocate_large(bytes));
+        ASSERT_NE(block, nullptr);
+        EXPECT_EQ(std::count(block, block + bytes, 0), static_cast<std::ptrdiff_t>(bytes));
+        std::fill(block, block + bytes, static_cast<unsigned char>(0xFF));
+        release_large(block, bytes);
+    }
+    release_large(nullptr, 1 << 20);
+    EXPECT_EQ(allocate_large(std::numeric_limits<std::size_t>::max() / 4), nullptr);
+}
