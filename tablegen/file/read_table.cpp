@@ -17,7 +17,7 @@ constexpr double READING = 0.6;
 static bool read_stream(const TableReader& reader, const ReaderStream& stream, Table& table,
                         Side side, const Progress& progress) {
     std::vector<WordValues>& words = table.values[side];
-    CellWalk walk = cells_from(table.layout, stream.numbering, 0);
+    CellWalk walk = cell_walk_from(table.layout, stream.numbering, 0);
     CellBatch cells;
     std::size_t batch = 0; // cells of the batch, and how many of them have their value
     std::size_t filled = 0;

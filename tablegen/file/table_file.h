@@ -34,8 +34,8 @@ struct FileStream {
 struct FilePosition {
     // One stream; two in a WDL file that stores both sides to move, the first-named side's first.
     std::vector<FileStream> streams;
-    // DTZ only: the flags, and with DTZ_MAPPED the maps of wins, losses, spoilt wins and spoilt
-    // losses.
+    // DTZ only: the flags, and with DTZ_MAPPED the maps of wins, losses, cursed wins and
+    // blessed losses.
     std::uint8_t flags = 0;
     std::array<std::vector<std::uint16_t>, 4> maps;
 };

@@ -16,7 +16,7 @@ static Placement placement_of(const CellWalk& walk) {
     return placement;
 }
 
-CellWalk cells_from(const Layout& layout, const Numbering& numbering, std::uint64_t index) {
+CellWalk cell_walk_from(const Layout& layout, const Numbering& numbering, std::uint64_t index) {
     CellWalk made{layout, walk_from(numbering, index)};
     unsigned used = 0;
     for (std::size_t man = 0; man < layout.men; ++man) {
@@ -49,7 +49,7 @@ static bool folds_alike(const CellWalk& walk) {
     return true;
 }
 
-// Brings the sums up to date.
+// Updates the sums after a step of the walk.
 static void add_terms(CellWalk& walk) {
     const std::size_t men = walk.layout.men;
     std::size_t changed = walk.walk.changed;
@@ -103,7 +103,7 @@ std::size_t take_cells(CellWalk& walk, CellBatch& cells, std::uint64_t wanted) {
 }
 
 Placement placement_at(const Layout& layout, const Numbering& numbering, std::uint64_t index) {
-    return placement_of(cells_from(layout, numbering, index));
+    return placement_of(cell_walk_from(layout, numbering, index));
 }
 
 } // namespace brindlemoth::tablegen

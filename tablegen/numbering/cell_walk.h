@@ -23,7 +23,7 @@ struct CellWalk {
     Reflection reflection = 0;
     std::array<std::uint32_t, MAX_FILE_MEN + 1> sum{}; // with the terms of so many men
 };
-CellWalk cells_from(const Layout& layout, const Numbering& numbering, std::uint64_t index);
+CellWalk cell_walk_from(const Layout& layout, const Numbering& numbering, std::uint64_t index);
 
 constexpr std::size_t CELL_BATCH = 512;
 using CellBatch = std::array<std::uint32_t, CELL_BATCH>;

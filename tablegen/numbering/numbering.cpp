@@ -41,38 +41,42 @@ static void next_combination(std::uint8_t* member, std::size_t size) {
     ++member[k];
 }
 
-// The leading men without pawns, three different ones or the kings: first those whose first man off
-// the diagonal is the first of them, then the second, and so on; in the end all on the diagonal.
-// That man stands below the diagonal. Within each, the later men vary faster. Kings do not touch.
-static std::vector<FileSquares> list_men(std::size_t count) {
-    // The first man's squares: those of the triangle a1-d1-d4 off the diagonal, then those on it.
-    constexpr std::array<std::uint8_t, 10> TRIANGLE = {1, 2, 3, 10, 11, 19, 0, 9, 18, 27};
-    auto on_diagonal = [](int square) { return square % 8 == square / 8; };
-    const std::uint8_t thirds = count == 3 ? SQUARES : 1;
+// The leading pieces of a signature without pawns: three single ones, or the kings, which must not
+// touch. The list has a range for each number of first pieces that stand on the diagonal a1-h8. The
+// piece after them stands below the diagonal. The first piece is on files a to d. Later pieces vary
+// faster.
+static std::vector<FileSquares> list_pieces(std::size_t count) {
     std::vector<FileSquares> list;
-    for (std::size_t row = 0; row <= count; ++row) {
-        for (const std::uint8_t first : TRIANGLE) {
-            for (std::uint8_t second = 0; second < SQUARES; ++second) {
-                for (std::uint8_t third = 0; third < thirds; ++third) {
-                    const FileSquares men = {first, second, third};
-                    const auto* const end = men.begin() + count;
-                    const auto* const off = std::find_if_not(men.begin(), end, on_diagonal);
-                    const bool fits =
-                        off == men.begin() + row && (off == end || *off / 8 < *off % 8);
-                    const Squares near = geometry.attacks[WHITE][KING][first];
-                    const bool apart =
-                        count == 3 ? first != third && second != third : (near >> second & 1) == 0;
-                    if (fits && apart && first != second)
-                        list.push_back(men);
+    for (std::size_t on_diagonal = 0; on_diagonal <= count; ++on_diagonal) {
+        std::vector<FileSquares> range = {FileSquares{}};
+        for (std::size_t piece = 0; piece < count; ++piece) {
+            std::vector<FileSquares> longer;
+            for (const FileSquares& before : range) {
+                for (std::uint8_t square = 0; square < SQUARES; ++square) {
+                    const int file = square % 8;
+                    const int rank = square / 8;
+                    const auto* const end = before.begin() + piece;
+                    const bool touches =
+                        count == 2 && piece == 1 &&
+                        (geometry.attacks[WHITE][KING][before[0]] >> square & 1) != 0;
+                    if (touches || std::find(before.begin(), end, square) != end ||
+                        (piece == 0 && file > 3) || (piece < on_diagonal && file != rank) ||
+                        (piece == on_diagonal && file <= rank))
+                        continue;
+                    longer.push_back(before);
+                    longer.back()[piece] = square;
                 }
             }
+            range = std::move(longer);
         }
+        list.insert(list.end(), range.begin(), range.end());
     }
     return list;
 }
 
-// The leading pawns: the first walks up its file, the others come behind it in the order of all
-// pawn squares, from a2, mirror images side by side, to e7.
+// The leading pawns. The squares of the first one are those of its file, from the second rank up.
+// The others come after it in the order of pawn squares, which runs file by file from the edge and
+// up each file, mirror images side by side: a2 is the last, e7 the first.
 static std::vector<FileSquares> list_pawns(std::size_t count, int file) {
     auto order_of = [](int square) {
         const int outer = std::min(square % 8, 7 - square % 8);
@@ -113,7 +117,7 @@ leading_men(const Signature& signature, int file_position) {
     const std::lock_guard<std::mutex> lock(making);
     std::vector<FileSquares>& list = lists[{men, pawns ? file_position : -1}];
     if (list.empty())
-        list = pawns ? list_pawns(men, file_position) : list_men(men);
+        list = pawns ? list_pawns(men, file_position) : list_pieces(men);
     return {men, &list};
 }
 
@@ -195,8 +199,8 @@ static std::uint8_t free_square(int number, Squares taken) {
     return static_cast<std::uint8_t>(number);
 }
 
-// The squares of the men from a group on, whose places, or those of earlier men, have changed.
-static void put_men(Walk& walk, std::size_t first_group) {
+// Sets the squares of all men from a group on, and what depends on them.
+static void place_men(Walk& walk, std::size_t first_group) {
     const std::vector<Group>& groups = walk.numbering->groups;
     const std::size_t fastest = walk.numbering->turns[0];
     if (first_group == 0)
@@ -228,7 +232,7 @@ Walk walk_from(const Numbering& numbering, std::uint64_t index) {
         if (i > 0)
             set_combination(&walk.member[group.first], group.size, walk.place[i]);
     }
-    put_men(walk, 0);
+    place_men(walk, 0);
     return walk;
 }
 
@@ -303,7 +307,7 @@ void take_row(Walk& walk, Row& row) {
         if (!wraps)
             break;
     }
-    put_men(walk, first_changed);
+    place_men(walk, first_changed);
     walk.changed = numbering.groups[first_changed].first;
 }
 

@@ -1,7 +1,8 @@
 // Where the solver keeps each position of a signature: a numbering of its own, made for speed and
 // unlike that of the table files. Men stand in slots: pawns first (those of the leading colour,
 // then the others), the white king, the pieces, the black king. A word of 64 bits stands for all
-// squares of the black king while the others stand still; a cell is one position of a word.
+// squares of the black king while the others stand still. A cell is the number of a position: 64
+// times its word, plus the square of the black king.
 //
 // Like pawns count as a set, and the leading one of them folds the board: the pawns' squares choose
 // a chunk of words. Without pawns the white king folds the board, to the triangle a1-d1-d4, and all

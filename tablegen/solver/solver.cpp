@@ -20,7 +20,7 @@ namespace brindlemoth::tablegen {
 constexpr double STARTED = 0.35;
 constexpr double PART_OF_A_PLY = 0.04;
 
-// The longest way to a zeroing move that the cells have room for: far beyond what five men need.
+// The longest way to a zeroing move that the outcomes have room for: far beyond what five men need.
 constexpr int MAX_DISTANCE = 2000;
 
 namespace {
@@ -36,6 +36,11 @@ struct PositionSet {
         words.assign(count, 0);
         filled.assign((count + 63) / 64, 0);
         shared = is_shared;
+    }
+    // Requires that all words are empty.
+    void mark_empty() { std::fill(filled.begin(), filled.end(), 0); }
+    bool is_empty() const {
+        return std::all_of(filled.begin(), filled.end(), [](Squares bits) { return bits == 0; });
     }
     void add(std::size_t word, Squares squares) {
         if (squares == 0)
@@ -63,13 +68,14 @@ struct WordSquares {
 struct SideState {
     std::vector<Squares> not_won;   // legal, and not yet known to be won
     std::vector<Squares> undecided; // legal, without a value yet
-    // Of the undecided ones, by the best capture or pawn move: it loses or there is none; it is
-    // saved by the fifty-move rule; it wins but for the rule.
+    // Of the undecided ones, by the best capture or pawn move: a loss or none at all; a blessed
+    // loss; a cursed win.
     std::vector<Squares> can_lose;
-    std::vector<WordSquares> saved; // few words have any
-    std::vector<WordSquares> spoilt;
-    PositionSet wins;                  // of the present ply, or that may be
-    std::array<PositionSet, 2> losses; // of an even ply, and of an odd one
+    std::vector<WordSquares> blessed; // few words have any
+    std::vector<WordSquares> cursed;
+    PositionSet wins;        // in n plies
+    PositionSet losses;      // in n - 1 plies; from the second step on, in n + 1 plies
+    PositionSet next_losses; // in n plies
 };
 
 // The words whose pawns stand on given squares. Quiet moves stay within them, and all that captures
@@ -80,7 +86,7 @@ struct Chunk {
     int threads;
     std::size_t first_word = 0;
     std::array<SideState, 2> state{}; // by side to move
-    std::mutex adding;                // to what is saved or spoilt
+    std::mutex adding;                // to the blessed and cursed words
 };
 
 } // namespace
@@ -98,6 +104,25 @@ static void for_filled(const Chunk& chunk, const PositionSet& set, const Visit& 
 template <typename Visit> static void for_squares(Squares squares, const Visit& visit) {
     for (; squares != 0; squares &= squares - 1)
         visit(static_cast<std::size_t>(std::countr_zero(squares)));
+}
+
+// Visits the word that a move of the white king leads to where this king folds the board, or both
+// words: a king on the diagonal leaves two images of the position. Returns what visit() returns.
+template <typename Visit>
+static bool visit_folded(const Layout& layout, const Placement& placement, std::size_t to,
+                         Squares passing, const Visit& visit) {
+    Placement after = placement;
+    after[0] = static_cast<std::uint8_t>(to);
+    const WordPlace place = word_of(layout, after);
+    if (!visit(place.word, passing, place.reflection))
+        return false;
+    if (to % 8 != to / 8 && to % 8 + to / 8 != 7)
+        return true;
+    const Reflection other = place.reflection ^ DIAGONAL;
+    for (std::size_t man = 1; man + 1 < layout.men; ++man)
+        after[man] = reflect(other, placement[man]);
+    after[0] = reflect(other, to);
+    return visit(word_of(layout, after).word, passing, other);
 }
 
 // Quiet moves, forward or backward, of the men of `side` but the black king, from the positions of
@@ -128,20 +153,8 @@ static void for_quiet_moves(const Layout& layout, const Placement& placement, st
                         return;
                     continue;
                 }
-                Placement after = placement;
-                after[0] = static_cast<std::uint8_t>(to);
-                const WordPlace place = word_of(layout, after);
-                if (!visit(place.word, passing, place.reflection))
+                if (!visit_folded(layout, placement, to, passing, visit))
                     return;
-                // A white king on the diagonal leaves two images of the position.
-                if (to % 8 == to / 8 || to % 8 + to / 8 == 7) {
-                    const Reflection other = place.reflection ^ DIAGONAL;
-                    for (std::size_t man = 1; man + 1 < layout.men; ++man)
-                        after[man] = reflect(other, placement[man]);
-                    after[0] = reflect(other, to);
-                    if (!visit(word_of(layout, after).word, passing, other))
-                        return;
-                }
             }
         }
     }
@@ -179,10 +192,10 @@ static Squares without_escape(const Chunk& chunk, std::size_t word, Side side, S
     return squares;
 }
 
-// The cells of a word.
-static Cell* cells_of(Chunk& chunk, std::size_t word, Side side) {
+// The outcomes of a word.
+static Outcome* outcomes_of(Chunk& chunk, std::size_t word, Side side) {
     const std::size_t in_part = chunk.first_word + word - chunk.part.first_word;
-    return &chunk.part.cells[side][place_of_cell(64 * in_part)];
+    return &chunk.part.outcomes[side][outcome_place(64 * in_part)];
 }
 
 // Gives positions of a word their value: won or lost in n plies.
@@ -193,14 +206,14 @@ static void decide(Chunk& chunk, std::size_t word, Side side, Squares squares, i
     // Other threads read this set while losses are decided, so these must not write to it.
     if (!lost)
         state.not_won[word] &= ~squares;
-    const bool spoilt = n > chunk.table.limit;
-    const int wdl = lost ? (spoilt ? -1 : -2) : (spoilt ? 1 : 2);
+    const bool beyond_limit = n > chunk.table.limit;
+    const int wdl = lost ? (beyond_limit ? -1 : -2) : (beyond_limit ? 1 : 2);
     WordValues& values = chunk.table.values[side][chunk.first_word + word];
     for (std::size_t i = 0; i < values.size(); ++i)
         values[i] |= ((wdl + 3) >> i & 1) != 0 ? squares : 0;
-    const auto cell = static_cast<Cell>(lost ? CELL_LOSS | std::max(n, 1) : n);
-    Cell* const cells = cells_of(chunk, word, side);
-    for_squares(squares, [&](std::size_t square) { cells[square] |= cell; });
+    const auto outcome = static_cast<Outcome>(lost ? OUTCOME_LOSS | std::max(n, 1) : n);
+    Outcome* const outcomes = outcomes_of(chunk, word, side);
+    for_squares(squares, [&](std::size_t square) { outcomes[square] |= outcome; });
 }
 
 // Step 1: tells legal positions from others.
@@ -223,7 +236,7 @@ static void start_word(Chunk& chunk, std::size_t word, Side side) {
     SideState& state = chunk.state[side];
     const Squares legal = state.not_won[word];
     const std::size_t in_table = chunk.first_word + word;
-    Cell* const cells = cells_of(chunk, word, side);
+    Outcome* const outcomes = outcomes_of(chunk, word, side);
     state.undecided[word] = legal;
     state.can_lose[word] = 0;
     AtLeast best{};
@@ -239,16 +252,17 @@ static void start_word(Chunk& chunk, std::size_t word, Side side) {
     for (std::size_t square = 0; square < 64; ++square) {
         const Squares code = (captures[0] >> square & 1) | (captures[1] >> square & 1) << 1 |
                              (captures[2] >> square & 1) << 2 | (best[4] >> square & 1) << 3;
-        cells[square] =
-            (legal >> square & 1) != 0 ? static_cast<Cell>(code << CELL_CAPTURE) : CELL_ILLEGAL;
+        outcomes[square] = (legal >> square & 1) != 0
+                               ? static_cast<Outcome>(code << OUTCOME_CAPTURE)
+                               : OUTCOME_ILLEGAL;
     }
     state.wins.add(word, best[4]);
-    const Squares spoilt = best[3] & ~best[4];
-    const Squares saved = best[1] & ~best[2];
-    if ((spoilt | saved) != 0) {
+    const Squares cursed = best[3] & ~best[4];
+    const Squares blessed = best[1] & ~best[2];
+    if ((cursed | blessed) != 0) {
         const std::lock_guard<std::mutex> lock(chunk.adding);
-        state.spoilt.push_back({static_cast<std::uint32_t>(word), spoilt});
-        state.saved.push_back({static_cast<std::uint32_t>(word), saved});
+        state.cursed.push_back({static_cast<std::uint32_t>(word), cursed});
+        state.blessed.push_back({static_cast<std::uint32_t>(word), blessed});
     }
     const Squares no_better = legal & ~best[1];
     const Squares stuck = without_escape(chunk, word, side, no_better);
@@ -258,14 +272,14 @@ static void start_word(Chunk& chunk, std::size_t word, Side side) {
     chunk.table.values[side][in_table] = {0, stalemate, stalemate};
     decide(chunk, word, side, stuck & ~best[0] & in_check, 0, true);
     decide(chunk, word, side, stuck & best[0], 1, true);
-    state.losses[0].add(word, stuck & ~best[0] & in_check);
-    state.losses[1].add(word, stuck & best[0]);
+    state.losses.add(word, stuck & ~best[0] & in_check);
+    state.next_losses.add(word, stuck & best[0]);
 }
 
 static void start_chunk(Chunk& chunk) {
     for (SideState& state : chunk.state) {
-        state.saved.clear();
-        state.spoilt.clear();
+        state.blessed.clear();
+        state.cursed.clear();
     }
     mark_legal(chunk);
     for_stretches(chunk.threads, chunk.table.layout.chunk_words,
@@ -276,86 +290,101 @@ static void start_chunk(Chunk& chunk) {
                   });
 }
 
-// Spoilt wins that a capture or pawn move decides are due at the first ply beyond the limit.
-static void add_spoilt_wins(Chunk& chunk, Side side) {
+// Cursed wins by a capture or pawn move are wins in the first ply beyond the limit.
+static void add_cursed_wins(Chunk& chunk, Side side) {
     SideState& state = chunk.state[side];
-    for (const auto& [word, squares] : state.spoilt) {
+    for (const auto& [word, squares] : state.cursed) {
         const Squares due = squares & state.undecided[word];
         state.wins.add(word, due);
-        Cell* const cells = cells_of(chunk, word, side);
-        for_squares(due, [&](std::size_t square) { cells[square] |= CELL_ZEROES; });
+        Outcome* const outcomes = outcomes_of(chunk, word, side);
+        for_squares(due, [&](std::size_t square) { outcomes[square] |= OUTCOME_ZEROES; });
     }
 }
 
-// From the last ply of the limit on, positions lose whose captures and pawn moves the fifty-move
-// rule saves.
-static void add_saved_losses(Chunk& chunk, Side side, PositionSet& candidates) {
+// A position whose best capture or pawn move is a blessed loss loses beyond the limit at the
+// earliest.
+static void add_blessed_losses(Chunk& chunk, Side side, PositionSet& candidates) {
     SideState& state = chunk.state[side];
-    for (const auto& [word, squares] : state.saved) {
+    for (const auto& [word, squares] : state.blessed) {
         state.can_lose[word] |= squares;
         candidates.add(word, squares & state.undecided[word]);
     }
 }
 
-// Step 3, for n rising: who can move to a loss in n - 1 wins in n; who can only move to wins,
-// the longest of them in n, loses in n + 1.
+// Step 3, for n rising, in three steps. First: who can move to a loss in n - 1 wins in n.
+static void find_wins(Chunk& chunk, int n) {
+    for (const Side side : {WHITE, BLACK}) {
+        PositionSet& lost = chunk.state[side].losses;
+        SideState& other = chunk.state[opponent(side)];
+        for_filled(chunk, lost, [&](std::size_t word) {
+            add_predecessors(chunk, word, side, lost.words[word], other.undecided, other.wins);
+            lost.words[word] = 0;
+        });
+        lost.mark_empty();
+        if (n == chunk.table.limit + 1)
+            add_cursed_wins(chunk, side);
+    }
+}
+
+// Second: the wins in n get their value, and who can move to one is a candidate for a loss in
+// n + 1. Returns whether there are wins in n.
+static bool decide_wins(Chunk& chunk, int n) {
+    std::atomic<bool> found{false};
+    for (const Side side : {WHITE, BLACK}) {
+        PositionSet& wins = chunk.state[side].wins;
+        SideState& other = chunk.state[opponent(side)];
+        for_filled(chunk, wins, [&](std::size_t word) {
+            const Squares won = wins.words[word];
+            decide(chunk, word, side, won, n, false);
+            add_predecessors(chunk, word, side, won, other.can_lose, other.losses);
+            wins.words[word] = 0;
+            found.store(true, std::memory_order_relaxed);
+        });
+        wins.mark_empty();
+    }
+    return found;
+}
+
+// Third: the candidates that can only move to wins lose in n + 1. Returns whether there are losses
+// in n or n + 1.
+static bool decide_losses(Chunk& chunk, int n) {
+    std::atomic<bool> found{false};
+    for (const Side side : {WHITE, BLACK}) {
+        SideState& state = chunk.state[side];
+        PositionSet& candidates = state.losses;
+        if (n == chunk.table.limit)
+            add_blessed_losses(chunk, side, candidates);
+        for_filled(chunk, candidates, [&](std::size_t word) {
+            Squares& lost = candidates.words[word];
+            lost = without_escape(chunk, word, side, lost & state.undecided[word]);
+            if (lost != 0) {
+                decide(chunk, word, side, lost, n + 1, true);
+                found.store(true, std::memory_order_relaxed);
+            }
+        });
+        std::swap(state.losses, state.next_losses);
+        if (!state.losses.is_empty())
+            found = true;
+    }
+    return found;
+}
+
 static void spread(Chunk& chunk, const Progress& progress) {
     const int limit = chunk.table.limit;
-    bool waiting = false;
-    for (const SideState& state : chunk.state)
-        waiting = waiting || !state.saved.empty();
+    const bool has_blessed =
+        !chunk.state[WHITE].blessed.empty() || !chunk.state[BLACK].blessed.empty();
     double left = 1 - STARTED;
     for (int n = 1; n <= MAX_DISTANCE; ++n) {
         if (progress)
             progress(1 - (left -= PART_OF_A_PLY * left));
-        const auto ply = static_cast<std::size_t>(n);
-        for (const Side side : {WHITE, BLACK}) {
-            PositionSet& lost = chunk.state[side].losses[(ply - 1) % 2];
-            SideState& other = chunk.state[opponent(side)];
-            for_filled(chunk, lost, [&](std::size_t word) {
-                add_predecessors(chunk, word, side, lost.words[word], other.undecided, other.wins);
-                lost.words[word] = 0;
-            });
-            std::fill(lost.filled.begin(), lost.filled.end(), 0);
-            if (n == limit + 1)
-                add_spoilt_wins(chunk, side);
-        }
-        std::atomic<bool> going_on{false};
-        for (const Side side : {WHITE, BLACK}) {
-            SideState& state = chunk.state[side];
-            SideState& other = chunk.state[opponent(side)];
-            for_filled(chunk, state.wins, [&](std::size_t word) {
-                const Squares won = state.wins.words[word];
-                decide(chunk, word, side, won, n, false);
-                add_predecessors(chunk, word, side, won, other.can_lose,
-                                 other.losses[(ply + 1) % 2]);
-                state.wins.words[word] = 0;
-                going_on.store(true, std::memory_order_relaxed);
-            });
-            std::fill(state.wins.filled.begin(), state.wins.filled.end(), 0);
-        }
-        for (const Side side : {WHITE, BLACK}) {
-            SideState& state = chunk.state[side];
-            PositionSet& candidates = state.losses[(ply + 1) % 2];
-            if (n == limit)
-                add_saved_losses(chunk, side, candidates);
-            for_filled(chunk, candidates, [&](std::size_t word) {
-                Squares& lost = candidates.words[word];
-                lost = without_escape(chunk, word, side, lost & state.undecided[word]);
-                if (lost != 0) {
-                    decide(chunk, word, side, lost, n + 1, true);
-                    going_on.store(true, std::memory_order_relaxed);
-                }
-            });
-            going_on = going_on || std::any_of(state.losses[ply % 2].filled.begin(),
-                                               state.losses[ply % 2].filled.end(),
-                                               [](Squares filled) { return filled != 0; });
-        }
-        if (!going_on) {
-            if (n > limit || !waiting)
-                return;
-            n = std::max(n, limit - 1);
-        }
+        find_wins(chunk, n);
+        const bool wins = decide_wins(chunk, n);
+        const bool losses = decide_losses(chunk, n);
+        if (wins || losses)
+            continue;
+        if (n > limit || !has_blessed)
+            return;
+        n = std::max(n, limit - 1); // the blessed losses enter next
     }
     throw std::runtime_error(name_of(chunk.table.layout.signature) + " has wins of more than " +
                              std::to_string(MAX_DISTANCE) + " plies");
@@ -382,17 +411,16 @@ static void solve_part(Table& table, Part& part, int threads, const Progress& pr
     part.words = (last - first) * layout.chunk_words;
     Chunk chunk{table, part, threads, 0, {}, {}};
     for (const Side side : {WHITE, BLACK}) {
-        std::vector<Cell>& cells = part.cells[side];
-        const std::size_t places = place_of_cell(64 * part.words);
-        cells.reserve(places);
-        prefer_large_pages(cells.data(), places * sizeof(Cell));
-        cells.resize(places);
+        std::vector<Outcome>& outcomes = part.outcomes[side];
+        const std::size_t places = outcome_place(64 * part.words);
+        outcomes.reserve(places);
+        prefer_large_pages(outcomes.data(), places * sizeof(Outcome));
+        outcomes.resize(places);
         SideState& state = chunk.state[side];
         for (std::vector<Squares>* words : {&state.not_won, &state.undecided, &state.can_lose})
             words->resize(layout.chunk_words);
-        state.wins.clear(layout.chunk_words, threads > 1);
-        for (PositionSet& losses : state.losses)
-            losses.clear(layout.chunk_words, threads > 1);
+        for (PositionSet* set : {&state.wins, &state.losses, &state.next_losses})
+            set->clear(layout.chunk_words, threads > 1);
     }
     for (std::size_t i = first; i < last; ++i) {
         chunk.first_word = i * layout.chunk_words;

@@ -18,35 +18,37 @@ static std::string describe(const Layout& layout, const Placement& placement, Si
 }
 
 // A reader takes the better of the stored value and the best capture.
-static bool wdl_is_right(Cell cell, int stored) {
-    const int capture = capture_of(cell);
+static bool wdl_is_right(Outcome outcome, int stored) {
+    const int capture = capture_of(outcome);
     return stored <= 4 &&
-           (capture == 2 || std::max(stored - 2, capture) == wdl_of_distance(distance_of(cell)));
+           (capture == 2 || std::max(stored - 2, capture) == wdl_of_distance(distance_of(outcome)));
 }
 
-static bool dtz_is_right(Cell cell, const ReaderStream& stream, int stored) {
-    const int distance = distance_of(cell);
-    if (distance == 0 || (cell & CELL_ZEROES) != 0)
+static bool dtz_is_right(Outcome outcome, const ReaderStream& stream, int stored) {
+    const int distance = distance_of(outcome);
+    if (distance == 0 || (outcome & OUTCOME_ZEROES) != 0)
         return true; // readers do not look here
     const int size = distance < 0 ? -distance : distance;
-    const bool spoilt = size > FIFTY_MOVES;
+    const bool beyond_limit = size > FIFTY_MOVES;
     if ((stream.flags & DTZ_MAPPED) != 0) {
-        // Wins, losses, spoilt wins, saved losses.
-        const std::vector<int>& map = stream.maps[(distance < 0 ? 1U : 0U) + (spoilt ? 2U : 0U)];
+        // Wins, losses, cursed wins, blessed losses.
+        const std::vector<int>& map =
+            stream.maps[(distance < 0 ? 1U : 0U) + (beyond_limit ? 2U : 0U)];
         if (static_cast<std::size_t>(stored) >= map.size())
             return false;
         stored = map[static_cast<std::size_t>(stored)];
     }
     const bool plies =
-        !spoilt && (stream.flags & (distance < 0 ? DTZ_LOSSES_IN_PLIES : DTZ_WINS_IN_PLIES)) != 0;
-    const int read = (spoilt ? FIFTY_MOVES : 0) + 1 + (plies ? stored : 2 * stored);
+        !beyond_limit &&
+        (stream.flags & (distance < 0 ? DTZ_LOSSES_IN_PLIES : DTZ_WINS_IN_PLIES)) != 0;
+    const int read = (beyond_limit ? FIFTY_MOVES : 0) + 1 + (plies ? stored : 2 * stored);
     return read == size || (!plies && read + 1 == size);
 }
 
 static void judge_stream(const Part& part, const TableReader& reader, const ReaderStream& stream,
                          Side side, const Progress& progress, Verdict& verdict) {
     const Layout& layout = part.table.layout;
-    CellWalk walk = cells_from(layout, stream.numbering, 0);
+    CellWalk walk = cell_walk_from(layout, stream.numbering, 0);
     CellBatch cells;
     std::size_t batch = 0; // cells of the batch, and how many of them have been met
     std::size_t met = 0;
@@ -57,11 +59,12 @@ static void judge_stream(const Part& part, const TableReader& reader, const Read
                 batch = take_cells(walk, cells);
                 met = 0;
             }
-            const Cell cell = part.cell(side, cells[met++]);
-            if (is_legal(cell)) {
+            const Outcome outcome = part.outcome(side, cells[met++]);
+            if (is_legal(outcome)) {
                 ++verdict.positions;
-                const bool right = reader.kind == FileKind::DTZ ? dtz_is_right(cell, stream, value)
-                                                                : wdl_is_right(cell, value);
+                const bool right = reader.kind == FileKind::DTZ
+                                       ? dtz_is_right(outcome, stream, value)
+                                       : wdl_is_right(outcome, value);
                 if (!right && verdict.wrong++ == 0)
                     verdict.first_wrong =
                         describe(layout, placement_at(layout, stream.numbering, index), side);

@@ -1,6 +1,5 @@
 // Files of solved endgames: what the engine, `tablegen --verify` and a run that goes on read from
 // them.
-#include "file/table_maker.h"
 #include "shelf.h"
 #include "tablebase/probe.h"
 #include "tablebase/syzygy.h"
@@ -12,7 +11,7 @@
 #include <filesystem>
 #include <gtest/gtest.h>
 
-namespace brindlemoth {
+using namespace brindlemoth;
 
 // The files of some endgames.
 static void write_solved(const TemporaryDirectory& directory,
@@ -52,6 +51,12 @@ static tablegen::Verdict judge_file(const SolvedTable& table, const tablegen::Ta
     return verdict;
 }
 
+// Whether readers look the position up in a DTZ file.
+static bool dtz_matters(tablegen::Outcome outcome) {
+    return tablegen::is_legal(outcome) && tablegen::distance_of(outcome) != 0 &&
+           (outcome & tablegen::OUTCOME_ZEROES) == 0;
+}
+
 // Distances around the fifty-move line: those of KRvK, made longer. One of just that length is read
 // to the ply, or it would seem to be on the safe side of the line one move earlier.
 TEST(TablegenFiles, NoDistanceMovesAcrossTheFiftyMoveLine) {
@@ -59,19 +64,19 @@ TEST(TablegenFiles, NoDistanceMovesAcrossTheFiftyMoveLine) {
     int on_the_line = 0;
     for (const int longer : {80, 81}) { // wins or losses have the length
         SolvedTable table = solved_table("KRvK");
-        for (std::vector<tablegen::Cell>& cells : table.parts[0].cells)
-            for (tablegen::Cell& cell : cells)
-                cell =
-                    static_cast<tablegen::Cell>(cell + (tablegen::dtz_matters(cell) ? longer : 0));
+        for (std::vector<tablegen::Outcome>& outcomes : table.parts[0].outcomes)
+            for (tablegen::Outcome& outcome : outcomes)
+                outcome =
+                    static_cast<tablegen::Outcome>(outcome + (dtz_matters(outcome) ? longer : 0));
         write_files(table, directory.path);
         syzygy_init(directory.path.c_str());
         int wrong = 0;
-        for_positions(table, 1, [&](const ProbeBoard& board, tablegen::Cell cell) {
-            const int distance = std::abs(tablegen::distance_of(cell));
-            const int wdl = tablegen::wdl_of_distance(tablegen::distance_of(cell));
+        for_positions(table, 1, [&](const ProbeBoard& board, tablegen::Outcome outcome) {
+            const int distance = std::abs(tablegen::distance_of(outcome));
+            const int wdl = tablegen::wdl_of_distance(tablegen::distance_of(outcome));
             int success = PROBE_GOOD;
             const int read = syzygy_probe_table(board, wdl, success, KIND_DTZ);
-            if (success != PROBE_GOOD || !tablegen::dtz_matters(cell))
+            if (success != PROBE_GOOD || !dtz_matters(outcome))
                 return;
             const int short_by = distance - (distance > 100 ? 101 : 1) - read;
             on_the_line += distance == 100 ? 1 : 0;
@@ -148,5 +153,3 @@ TEST(TablegenFiles, DamageIsNoticed) {
         directory.write(name, whole);
     }
 }
-
-} // namespace brindlemoth

@@ -14,11 +14,9 @@
 #include <random>
 #include <stdexcept>
 
-namespace brindlemoth {
+using namespace brindlemoth;
 
 using tablegen::FileKind;
-
-namespace {
 
 constexpr int WDL_VALUES = 5;
 constexpr int DTZ_VALUES = 300;
@@ -37,8 +35,6 @@ struct MadeUpFile {
     tablegen::TableFile file;
     std::vector<std::vector<std::uint16_t>> values; // by stream; one for a constant stream
 };
-
-} // namespace
 
 static std::vector<std::uint16_t> make_values(Values kind, std::uint64_t count,
                                               std::uint64_t choices, std::mt19937_64& random) {
@@ -187,5 +183,3 @@ TEST(MadeUpFiles, AnIndexTooCoarseForTheHeaderIsRefused) {
     constexpr tablegen::CompressionSettings coarse = {5, 5, 26, 4095, 65536};
     EXPECT_THROW(tablegen::compress({{0, 9}, {1, 9}}, coarse), std::runtime_error);
 }
-
-} // namespace brindlemoth

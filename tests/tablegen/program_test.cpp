@@ -10,7 +10,7 @@
 #include <map>
 #include <sstream>
 
-namespace brindlemoth {
+using namespace brindlemoth;
 
 using Words = std::vector<std::string>;
 
@@ -211,5 +211,3 @@ TEST(TablegenProgram, TooLittleMemoryIsToldInOneLine) {
     EXPECT_GT(told, 3);
     expect_run({"--verify", directory.path}, 0);
 }
-
-} // namespace brindlemoth

@@ -39,7 +39,7 @@ const SolvedTable& solved_table(const std::string& name) {
     return solve_into(shared_set(), name);
 }
 
-tablegen::Cell cell_of_board(const SolvedTable& table, const ProbeBoard& board) {
+tablegen::Outcome outcome_of_board(const SolvedTable& table, const ProbeBoard& board) {
     const tablegen::Layout& layout = table.layout();
     tablegen::Placement placement{};
     Bitboard taken = 0;
@@ -56,7 +56,7 @@ tablegen::Cell cell_of_board(const SolvedTable& table, const ProbeBoard& board) 
                         [&](const tablegen::Part& part) {
                             return cell - 64 * part.first_word < 64 * part.words;
                         })
-        ->cell(side, cell);
+        ->outcome(side, cell);
 }
 
 // What the board's own table says. It knows no en passant: that is judged.
@@ -66,7 +66,7 @@ static int solved_distance(const SolvedSet& set, const ProbeBoard& board) {
     char name[16];
     board_material_name(board, name, false);
     if (const auto table = set.solved.find(name); table != set.solved.end())
-        return tablegen::distance_of(cell_of_board(table->second, board));
+        return tablegen::distance_of(outcome_of_board(table->second, board));
     return solved_distance(set, colours_exchanged(board));
 }
 
@@ -95,7 +95,7 @@ int distance_by_moves(const SolvedSet& set, const ProbeBoard& board) {
 }
 
 void for_positions(const SolvedTable& table, unsigned one_in,
-                   const std::function<void(const ProbeBoard&, tablegen::Cell)>& visit) {
+                   const std::function<void(const ProbeBoard&, tablegen::Outcome)>& visit) {
     const tablegen::Layout& layout = table.layout();
     std::mt19937 random(7);
     for (const tablegen::Part& part : table.parts) {
@@ -104,8 +104,8 @@ void for_positions(const SolvedTable& table, unsigned one_in,
             if (!drawn)
                 i += 63;
             for (const tablegen::Side side : {tablegen::WHITE, tablegen::BLACK}) {
-                const tablegen::Cell cell = part.cell(side, 64 * part.first_word + i);
-                if (!drawn || !tablegen::is_legal(cell))
+                const tablegen::Outcome outcome = part.outcome(side, 64 * part.first_word + i);
+                if (!drawn || !tablegen::is_legal(outcome))
                     continue;
                 tablegen::Placement placement =
                     tablegen::placement_of(layout, part.first_word + i / 64);
@@ -115,7 +115,7 @@ void for_positions(const SolvedTable& table, unsigned one_in,
                     put_man(board,
                             {layout.side[slot] == tablegen::WHITE ? 1 : 0, layout.kind[slot]},
                             placement[slot]);
-                visit(board, cell);
+                visit(board, outcome);
             }
         }
     }
@@ -149,11 +149,12 @@ int wrong_answers(const std::string& name, unsigned one_in, std::string& first_w
             first_wrong = board_text(seen) + ": solved " + std::to_string(expected) + ", read " +
                           std::to_string(wdl) + " and " + std::to_string(dtz);
     };
-    for_positions(solved_table(name), one_in, [&](const ProbeBoard& board, tablegen::Cell cell) {
-        compare(board, tablegen::distance_of(cell));
-        for (const ProbeBoard& with_ep : en_passant_boards(board))
-            compare(with_ep, distance_by_moves(shared_set(), with_ep));
-    });
+    for_positions(solved_table(name), one_in,
+                  [&](const ProbeBoard& board, tablegen::Outcome outcome) {
+                      compare(board, tablegen::distance_of(outcome));
+                      for (const ProbeBoard& with_ep : en_passant_boards(board))
+                          compare(with_ep, distance_by_moves(shared_set(), with_ep));
+                  });
     EXPECT_GT(positions, 0U) << name;
     return wrong;
 }

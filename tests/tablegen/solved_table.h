@@ -34,15 +34,15 @@ const SolvedTable& solve_into(SolvedSet& set, const std::string& name, int threa
 SolvedSet& shared_set();
 const SolvedTable& solved_table(const std::string& name);
 
-// The cell of a board that has the table's first-named side as white.
-tablegen::Cell cell_of_board(const SolvedTable& table, const ProbeBoard& board);
+// The outcome of a board that has the table's first-named side as white.
+tablegen::Outcome outcome_of_board(const SolvedTable& table, const ProbeBoard& board);
 
 // The distance of a board, in a set that has its table, by the best of its moves.
 int distance_by_moves(const SolvedSet& set, const ProbeBoard& board);
 
-// Visits the legal positions of one in so many words, drawn at random, with their cells.
+// Visits the legal positions of one in so many words, drawn at random, with their outcomes.
 void for_positions(const SolvedTable& table, unsigned one_in,
-                   const std::function<void(const ProbeBoard&, tablegen::Cell)>& visit);
+                   const std::function<void(const ProbeBoard&, tablegen::Outcome)>& visit);
 
 // Writes the two files of a table.
 void write_files(const SolvedTable& table, const std::string& directory);

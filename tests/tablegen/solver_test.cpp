@@ -12,16 +12,16 @@
 #include <new>
 #include <thread>
 
-namespace brindlemoth {
+using namespace brindlemoth;
 
-// Small endgames have no spoilt wins and saved losses within fifty moves, so they are solved with a
-// lower limit.
+// Small endgames have no cursed wins and blessed losses within fifty moves, so they are solved with
+// a lower limit.
 TEST(TablegenSolver, EveryValueFollowsFromItsMoves) {
     const struct {
         const char* name;
         int limit;
-        unsigned one_in; // words, for a sample
-        unsigned saved;  // at least so many spoilt wins and saved losses in the sample
+        unsigned one_in;       // words, for a sample
+        unsigned beyond_limit; // at least so many cursed wins and blessed losses in the sample
     } rows[] = {
         {"KRvK", 10, 8, 1000}, {"KQvK", 10, 8, 200},    {"KPvK", 10, 16, 300},
         {"KPvK", 4, 16, 300},  {"KPvKP", 10, 1000, 60}, {"KRvKP", 10, 1000, 60},
@@ -30,20 +30,20 @@ TEST(TablegenSolver, EveryValueFollowsFromItsMoves) {
     for (const auto& row : rows) {
         SolvedSet& set = by_limit[row.limit];
         set.limit = row.limit;
-        unsigned saved = 0;
+        unsigned beyond_limit = 0;
         int wrong = 0;
         for_positions(solve_into(set, row.name, 1),
                       ALL_POSITIONS ? (row.one_in + 15) / 16 : row.one_in,
-                      [&](const ProbeBoard& board, tablegen::Cell cell) {
-                          const int solved = tablegen::distance_of(cell);
-                          saved += std::abs(solved) > row.limit ? 1 : 0;
+                      [&](const ProbeBoard& board, tablegen::Outcome outcome) {
+                          const int solved = tablegen::distance_of(outcome);
+                          beyond_limit += std::abs(solved) > row.limit ? 1 : 0;
                           const int judged = distance_by_moves(set, board);
                           if (judged != solved && wrong++ == 0)
                               ADD_FAILURE() << board_text(board) << ": solved " << solved
                                             << ", judged " << judged;
                       });
         EXPECT_EQ(wrong, 0) << row.name;
-        EXPECT_GT(saved, row.saved) << row.name;
+        EXPECT_GT(beyond_limit, row.beyond_limit) << row.name;
     }
 }
 
@@ -98,5 +98,3 @@ TEST(TablegenSignature, KnowsWhatThereIs) {
                                    "kqvk", "KQQQQQQvK", "KQQQQQQQQQvK"})
         EXPECT_FALSE(tablegen::parse_signature(text)) << text;
 }
-
-} // namespace brindlemoth

@@ -14,9 +14,7 @@
 #include <filesystem>
 #include <gtest/gtest.h>
 
-namespace brindlemoth {
-
-namespace {
+using namespace brindlemoth;
 
 constexpr int FIFTY_MOVES_PLIES = 100;
 
@@ -49,8 +47,6 @@ struct Distance {
     int low = 0;
     int high = 0;
 };
-
-} // namespace
 
 static long number_from_environment(const char* name, long otherwise) {
     const char* const text = std::getenv(name);
@@ -157,5 +153,3 @@ TEST_F(TableSetFiles, WinsAreWonToMate) {
     }
     std::printf("%ld wins, the longest of %ld plies\n", wins, longest);
 }
-
-} // namespace brindlemoth
