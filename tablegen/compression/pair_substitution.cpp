@@ -202,11 +202,11 @@ static void replace_pairs(Work& work, const std::vector<Pair>& chosen) {
         work.counts.at(key_of(left, right)).count =
             PairCounts::CHOSEN | work.add_symbol(left, right);
     }
-    std::vector<std::uint16_t>& sequence = work.made.sequence;
+    const std::size_t size = work.made.sequence.size();
+    std::uint16_t* const sequence = work.made.sequence.data();
     std::size_t write = 0;
     bool replaced_before = false; // the symbol before is a new one
     std::uint16_t before = 0;     // the last symbol that it, or it was made of
-    const std::size_t size = sequence.size();
     for (std::size_t read = 0; read < size;) {
         const std::uint16_t left = sequence[read];
         std::uint16_t symbol = left;
@@ -229,9 +229,14 @@ static void replace_pairs(Work& work, const std::vector<Pair>& chosen) {
         read += replaced ? 2 : 1;
         sequence[write++] = symbol;
         replaced_before = replaced;
+        if (!replaced) {
+            // Most symbols neither begin a pair nor stand beside a new symbol.
+            for (; read < size && is_left[sequence[read]] == 0; ++read)
+                last = sequence[write++] = sequence[read];
+        }
         before = last;
     }
-    sequence.resize(write);
+    work.made.sequence.resize(write);
     // None of them is left.
     for (const Pair& pair : chosen)
         work.counts.at(key_of(pair.left, pair.right)).count = 0;
