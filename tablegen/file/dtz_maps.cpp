@@ -28,7 +28,7 @@ std::unique_ptr<Counts> count_values(const std::vector<ValueRun>& values) {
 void store_moves(std::vector<ValueRun>& values, FilePosition& position) {
     const auto counts = count_values(values);
     std::array<bool, MAPS> in_plies{};
-    for (const std::size_t map : {0, 1}) {
+    for (std::size_t map = 0; map < 2; ++map) {
         in_plies[map] = (*counts)[map][FIFTY_MOVES - 1] != 0;
         if (in_plies[map])
             position.flags |= map == 0 ? DTZ_WINS_IN_PLIES : DTZ_LOSSES_IN_PLIES;

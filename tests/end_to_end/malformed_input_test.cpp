@@ -19,7 +19,8 @@ using Random = std::mt19937_64;
 
 // One of the texts between the bars.
 static std::string one_of(Random& random, std::string_view texts) {
-    for (auto skip = random() % (1 + std::count(texts.begin(), texts.end(), '|')); skip > 0; --skip)
+    const auto bars = static_cast<std::uint64_t>(std::count(texts.begin(), texts.end(), '|'));
+    for (std::uint64_t skip = random() % (1 + bars); skip > 0; --skip)
         texts.remove_prefix(texts.find('|') + 1);
     return std::string(texts.substr(0, texts.find('|')));
 }

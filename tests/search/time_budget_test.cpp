@@ -108,7 +108,7 @@ TEST(TimeBudget, EndsEverySearchAtItsLimit) {
             limits.depth = row.depth;
             limits.nodes = row.nodes;
             limits.infinite = row.infinite;
-            for (const std::uint64_t rate : {5, 20, 300}) {
+            for (const std::uint64_t rate : {5U, 20U, 300U}) {
                 nodes_per_millisecond = rate;
                 const auto is_end = [&](std::uint64_t nodes) {
                     const auto time = static_cast<std::int64_t>(nodes / rate);

@@ -162,8 +162,8 @@ TEST_F(Mapping, BadHeadersAreCorrupted) {
 TEST_F(Mapping, WhateverDecodesIsAnswered) {
     for (const auto& [length, symbols] :
          {std::pair{1U, 1U}, {1U, 2U}, {2U, 3U}, {3U, 5U}, {11U, 5U}, {33U, 3U}}) {
-        for (int block_size_log2 = std::bit_width((length - 1) / 8); block_size_log2 <= 4;
-             ++block_size_log2) {
+        for (int block_size_log2 = static_cast<int>(std::bit_width((length - 1) / 8));
+             block_size_log2 <= 4; ++block_size_log2) {
             const std::uint32_t values = (8U << block_size_log2) / length;
             const auto stream =
                 flat_stream(static_cast<int>(length), symbols, block_size_log2, values);
