@@ -42,25 +42,18 @@ TEST(EndgameScale, Factors) {
         int value, expected;
     } cases[] = {
         {"drawn pawn ending", "8/3k4/8/3K4/3P4/8/8/8 w - - 0 1", 150, 0},
-        {"won, but the value favours the bare king", "8/3k4/8/3K4/3P4/8/8/8 b - - 0 1", -5, 16},
 
-        {"wrong bishop", "8/1k6/8/P7/8/8/8/2B1K3 w - - 0 1", 300, 0},
         {"wrong bishop, doubled pawns on the h-file", "6k1/8/7P/7P/8/8/8/3BK3 w - - 0 1", 300, 0},
-        {"the weak king is not bare", "1k6/7p/8/P7/8/8/8/2B1K3 w - - 0 1", 300, 256},
 
         {"third-rank defence", "3k4/8/r7/3P4/2K5/8/8/1R6 w - - 0 1", 200, 0},
         {"strong king has crossed", "3k4/8/r1K5/3P4/8/8/8/1R6 w - - 0 1", 200, 256},
-        {"pawn on the sixth", "3k4/8/3P3r/2K5/8/8/8/1R6 w - - 0 1", 200, 256},
         {"blockade", "8/8/3k4/3P4/8/8/8/1R2K2r b - - 0 1", 200, 0},
         {"blockade, king two from the pawn, to move", "8/8/3k4/3P4/8/3K4/8/1R5r w - - 0 1", 200,
          256},
-        {"blockade, king two from the pawn, waiting", "8/8/3k4/3P4/8/3K4/8/1R5r b - - 0 1", 200, 0},
         {"blockade, king beside the rook", "8/8/3k4/3P4/8/8/7K/1R5r b - - 0 1", 200, 256},
 
-        {"rook against nothing", "4k3/8/8/8/8/8/8/R3K3 w - - 0 1", 600, 64},
         {"level material, no pawns, value 0", "r3k3/8/8/8/8/8/8/R3K3 w - - 0 1", 0, 16},
 
-        {"opposite bishops, no pawns", "2b1k3/8/8/8/8/8/8/2B1K3 w - - 0 1", 30, 16},
         {"opposite bishops, 5 pawns", "2b1k3/pp6/8/8/8/8/PPP5/2B1K3 w - - 0 1", 30, 160},
     };
     for (const auto& c : cases) {

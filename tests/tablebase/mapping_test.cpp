@@ -219,6 +219,28 @@ TEST_F(Mapping, AWalkGoesAsFarAsTheFileGoes) {
     }
 }
 
+// An index entry that leads before the first block, behind the last length, and to a length without
+// a block.
+TEST_F(Mapping, AnIndexThatLeadsToNoBlockFails) {
+    tablegen::CompressedStream before = flat_stream(1, 1, 12, POSITIONS);
+    before.index_bits = 30;
+    before.index_table = {{0, 0}};
+    tablegen::CompressedStream behind = flat_stream(1, 1, 12, POSITIONS);
+    behind.index_table = {{0, 65535}};
+    tablegen::CompressedStream no_block = flat_stream(1, 1, 11, 16384);
+    no_block.extra_blocks = 1;
+    no_block.blocks.resize(2048);
+    // Without its last bytes a file has only zeros behind the lengths.
+    for (const std::string& file :
+         {flat_table(before), flat_table(behind).substr(0, flat_table(behind).size() - 64),
+          flat_table(no_block)}) {
+        use(file);
+        wdl(queen_board(true, true));
+        ASSERT_EQ(piece_entries[0].ready[KIND_WDL], 1U);
+        EXPECT_EQ(syzygy_decode(only_stream(), POSITIONS - 1), nullptr);
+    }
+}
+
 TEST_F(Mapping, AFileThatChangedSinceItWasFound) {
     use(good_table);
     put_memory_file("KQvK.rtbw", "");
