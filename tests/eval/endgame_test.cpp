@@ -44,6 +44,7 @@ TEST(EndgameScale, Factors) {
         {"drawn pawn ending", "8/3k4/8/3K4/3P4/8/8/8 w - - 0 1", 150, 0},
 
         {"wrong bishop, doubled pawns on the h-file", "6k1/8/7P/7P/8/8/8/3BK3 w - - 0 1", 300, 0},
+        {"wrong bishop and a knight", "1k6/8/8/P7/8/8/8/2BNK3 w - - 0 1", 300, 256},
 
         {"third-rank defence", "3k4/8/r7/3P4/2K5/8/8/1R6 w - - 0 1", 200, 0},
         {"strong king has crossed", "3k4/8/r1K5/3P4/8/8/8/1R6 w - - 0 1", 200, 256},
