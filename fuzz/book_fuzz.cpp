@@ -23,12 +23,22 @@ constexpr const char* FENS[] = {
     "3n3k/PPP5/8/8/8/8/ppp5/3N3K w - - 0 1",
     "3n3k/PPP5/8/8/8/8/ppp5/3N3K b - - 0 1",
 };
-static Position positions[std::size(FENS)];
+
+// What is known of a position before the first input.
+struct Probed {
+    Position position;
+    MoveList legal;
+    std::uint64_t key;
+};
+static Probed probed[std::size(FENS)];
 
 extern "C" int LLVMFuzzerInitialize(int*, char***) {
     start_engine();
-    for (std::size_t i = 0; i < std::size(FENS); ++i)
-        position_set_fen(positions[i], FENS[i]);
+    for (std::size_t i = 0; i < std::size(FENS); ++i) {
+        position_set_fen(probed[i].position, FENS[i]);
+        generate_legal(probed[i].position, probed[i].legal);
+        probed[i].key = polyglot_key(probed[i].position);
+    }
     return 0;
 }
 
@@ -37,17 +47,15 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     std::string bytes(data, data + size);
     for (std::size_t at = 0; at + RECORD_SIZE <= size; at += RECORD_SIZE) {
         for (std::size_t i = 0; data[at] < std::size(FENS) && i < 8; ++i)
-            bytes[at + i] = static_cast<char>(polyglot_key(positions[data[at]]) >> (56 - 8 * i));
+            bytes[at + i] = static_cast<char>(probed[data[at]].key >> (56 - 8 * i));
     }
     const int file = memfd_create("book", 0);
     if (write(file, bytes.data(), size) != static_cast<ssize_t>(size))
         std::abort();
     book_load(("/proc/self/fd/" + std::to_string(file)).c_str());
     close(file);
-    for (Position& position : positions) {
+    for (auto& [position, legal, key] : probed) {
         const Move move = book_probe(position);
-        MoveList legal;
-        generate_legal(position, legal);
         if (move != MOVE_NONE && std::count(legal.moves, legal.moves + legal.count, move) == 0)
             std::abort();
     }

@@ -3,8 +3,10 @@
 #include "board/fen.h"
 #include "platform/file_mapping.h"
 #include "shell/startup.h"
+#include "tablebase/registry.h"
 #include "tablebase/syzygy.h"
 
+#include <algorithm>
 #include <cstring>
 #include <string>
 #include <vector>
@@ -21,9 +23,32 @@ struct Head {
     std::uint8_t signature, wdl_length[2], squares[PROBES][MOST_MEN];
 };
 
-// WDL and DTZ; a handle is the number of its file plus one.
-std::string names[2];
-std::vector<std::uint8_t> images[2];
+// WDL and DTZ, of the input's signature alone; a handle is the number of its file plus one. While
+// the registry is built, both files of each signature are there, with no content.
+constexpr const char* EXTENSIONS[2] = {".rtbw", ".rtbz"};
+std::string present;
+std::vector<std::uint8_t> images[2] = {std::vector<std::uint8_t>(16),
+                                       std::vector<std::uint8_t>(16)};
+
+// The used slots of the registry. It is built once, because a search for the files of all
+// signatures takes longer than the probes of an input.
+std::vector<TableHashSlot*> slots;
+
+void register_signatures() {
+    for (const char* const signature : SIGNATURES)
+        present += std::string("x/") + signature + '.';
+    syzygy_init("x");
+    for (TableHashSlot& slot : table_hash)
+        if (slot.entry != nullptr)
+            slots.push_back(&slot);
+}
+
+void forget_tables() {
+    for (TableHashSlot* const slot : slots) {
+        syzygy_release_entry(*slot->entry);
+        slot->failed = 0;
+    }
+}
 
 // Of the length that whole files have: 16 more than a multiple of 64.
 std::vector<std::uint8_t> image(const std::uint8_t* begin, const std::uint8_t* end) {
@@ -56,7 +81,12 @@ namespace brindlemoth {
 const char path_separator = '/';
 
 FileHandle open_file(const char* name) {
-    return name == names[0] ? 1 : name == names[1] ? 2 : INVALID_FILE;
+    const std::string path = name;
+    const std::size_t dot = path.rfind('.');
+    if (present.find(path.substr(0, dot + 1)) == std::string::npos)
+        return INVALID_FILE;
+    const auto* const extension = std::find(EXTENSIONS, EXTENSIONS + 2, path.substr(dot));
+    return extension == EXTENSIONS + 2 ? INVALID_FILE : extension - EXTENSIONS + 1;
 }
 bool file_size(FileHandle file, std::uint64_t& size) {
     size = images[file - 1].size();
@@ -86,6 +116,7 @@ unsigned long last_file_error() {
 
 extern "C" int LLVMFuzzerInitialize(int*, char***) {
     start_engine();
+    register_signatures();
     return 0;
 }
 
@@ -98,14 +129,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const std::size_t wdl_length =
         std::min(head.wdl_length[0] + std::size_t{256} * head.wdl_length[1], size - sizeof head);
     const std::string signature = SIGNATURES[head.signature % std::size(SIGNATURES)];
-    names[0] = "x/" + signature + ".rtbw";
-    names[1] = "x/" + signature + ".rtbz";
+    present = "x/" + signature + '.';
     images[0] = image(body, body + wdl_length);
     images[1] = image(body + wdl_length, data + size);
-    syzygy_init("x");
     for (const auto& squares : head.squares)
         for (const char side : {'w', 'b'})
             probe(signature, squares, side);
-    syzygy_init("");
+    forget_tables();
     return 0;
 }

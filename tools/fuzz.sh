@@ -52,6 +52,6 @@ if [ "$target" = tables ]; then
   seeds=$build/seeds
 fi
 
-# Without -entropic=0 libFuzzer spends a fifth of the time on the weights of its corpus.
+# Without -entropic=0 libFuzzer spends up to a fifth of the time on the weights of its corpus.
 exec "$build/fuzz/${target}_fuzz" -max_total_time="$seconds" -timeout=60 -close_fd_mask=3 -entropic=0 \
   -artifact_prefix="$build/" "${options[@]}" "$corpus" "$seeds"
