@@ -90,21 +90,22 @@ struct WdlRuns {
 };
 
 // Written without branches, so that the compiler can vectorize it.
-constexpr auto raw_dtz_value = [](Outcome outcome) {
+std::uint16_t raw_dtz_value(Outcome outcome) {
     const int plies = (outcome & OUTCOME_PLIES) - 1;
     const bool beyond_limit = plies >= FIFTY_MOVES;
     const int map = ((outcome & OUTCOME_LOSS) != 0 ? 1 : 0) + (beyond_limit ? 2 : 0);
     const int value = map << MAP_SHIFT | (beyond_limit ? plies - FIFTY_MOVES : plies);
     const bool free = (outcome & OUTCOME_ZEROES) != 0 || (outcome & OUTCOME_PLIES) == 0;
     return static_cast<std::uint16_t>(free || !is_legal(outcome) ? UNUSED : value);
-};
+}
 
 // Calls visit(values) with value_of() the outcomes at a stream's indices, in order and in batches.
-// The outcomes of a batch are read together, because each of them is a cache miss.
-template <typename Value, typename ValueOf, typename Visit>
+// The outcomes of a batch are read together, because each of them is a cache miss. value_of() is a
+// template argument so that it is inlined.
+template <auto value_of, typename Visit>
 void for_values(const Part& part, const NumberedSide& stream, std::uint64_t first,
-                std::uint64_t last, const ValueOf& value_of, const Visit& visit,
-                const Progress& progress) {
+                std::uint64_t last, const Visit& visit, const Progress& progress) {
+    using Value = decltype(value_of(Outcome{}));
     CellWalk walk = cell_walk_from(part.table.layout, stream.numbering, first);
     const Outcome* const outcomes = part.outcomes[stream.side].data();
     const auto first_cell = static_cast<std::uint32_t>(64 * part.first_word);
@@ -132,9 +133,9 @@ void for_values(const Part& part, const NumberedSide& stream, std::uint64_t firs
 
 void add_wdl_choices(const Part& part, const NumberedSide& stream, std::uint64_t first,
                      std::uint64_t last, WdlRuns& runs, const Progress& progress = {}) {
-    for_values<WdlChoice>(
-        part, stream, first, last, [](Outcome outcome) { return wdl_choice(outcome); },
-        [&](std::span<const WdlChoice> choices) { runs.add(choices); }, progress);
+    for_values<wdl_choice>(
+        part, stream, first, last, [&](std::span<const WdlChoice> choices) { runs.add(choices); },
+        progress);
     runs.close();
 }
 
@@ -160,7 +161,7 @@ std::size_t count_dtz_runs(const Part& part, const NumberedSide& stream, std::ui
             }
         }
     };
-    for_values<std::uint16_t>(part, stream, first, last, raw_dtz_value, count, {});
+    for_values<raw_dtz_value>(part, stream, first, last, count, {});
     return runs;
 }
 
@@ -191,8 +192,7 @@ std::vector<ValueRun> raw_dtz_runs(const Part& part, const NumberedSide& stream,
             ++length;
         }
     };
-    for_values<std::uint16_t>(part, stream, 0, stream.numbering.positions, raw_dtz_value, add,
-                              progress);
+    for_values<raw_dtz_value>(part, stream, 0, stream.numbering.positions, add, progress);
     append_values(runs, current != UNUSED ? current : std::uint16_t{0}, length);
     return runs;
 }

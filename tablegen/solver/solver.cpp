@@ -311,7 +311,7 @@ static void add_blessed_losses(Chunk& chunk, Side side, PositionSet& candidates)
     }
 }
 
-// Step 3, for n rising, in three steps. First: who can move to a loss in n - 1 wins in n.
+// Step 3, for n rising, has three parts. First: who can move to a loss in n - 1 wins in n.
 static void find_wins(Chunk& chunk, int n) {
     for (const Side side : {WHITE, BLACK}) {
         PositionSet& lost = chunk.state[side].losses;

@@ -81,7 +81,8 @@ TEST(Conversation, LongLinesArriveInPiecesAndAnyLineEndWorks) {
     };
     for (const auto& row : ROWS)
         EXPECT_EQ(answer(row.text, row.arguments), row.expected)
-            << testing::PrintToString(row.arguments) << testing::PrintToString(row.text);
+            << testing::PrintToString(row.arguments)
+            << testing::PrintToString(row.text.substr(0, 80));
     // A game that is longer than a line is played as far as the first piece reaches: 24
     // characters, then five for each move.
     std::string game = "position startpos moves ";
