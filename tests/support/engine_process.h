@@ -61,7 +61,7 @@ struct EngineProcess {
 // signal that ended it, and what it printed on standard output and standard error, its line ends as
 // line feeds. With a script, a POSIX shell runs that first and then becomes the program.
 struct ProgramRun {
-    int status;
+    int status = 0;
     std::string output;
 };
 ProgramRun run_program(const std::string& program, const std::vector<std::string>& arguments,

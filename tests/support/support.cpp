@@ -3,6 +3,7 @@
 #include "board/fen.h"
 #include "board/make_move.h"
 #include "movegen/legality.h"
+#include "support/engine_process.h"
 
 #include <cstddef>
 #include <cstring>
@@ -26,6 +27,12 @@ std::string shared_directory() {
 }
 
 std::string tables_directory() {
+    // CTest makes them first. A test program that is started by itself makes what is not there.
+    const std::string tablegen = BRINDLEMOTH_TABLEGEN;
+    static const ProgramRun run =
+        tablegen.empty() ? ProgramRun{}
+                         : run_program(tablegen, {"--men", "4", "--out", BRINDLEMOTH_TEST_TABLES});
+    EXPECT_EQ(run.status, 0) << run.output;
     return BRINDLEMOTH_TEST_TABLES;
 }
 
