@@ -2,6 +2,8 @@
 
 #include "file/read_table.h"
 
+#include <utility>
+
 namespace brindlemoth::tablegen {
 
 // Tables that are needed later stay in memory up to this size, beside those that are needed next.
@@ -16,29 +18,24 @@ double reading_work_of(const Signature& signature) {
     return READING * work_of(signature);
 }
 
-// Sees to it that what a signature converts into is in memory: read back, or solved. `own` is the
-// work that comes after it. Returns the share of this in both, with which the progress ends.
-static double provide_conversions(Shelf& shelf, const Signature& signature, bool captures_only,
-                                  double own, const Progress& progress) {
-    std::vector<Signature> missing;
-    double total = own;
-    const auto work_for = [&](const Signature& needed) {
-        return shelf.trusted.contains(name_of(needed)) ? reading_work_of(needed) : work_of(needed);
+// Reads back or solves those of the needed tables that are not in memory. `own` is the work that
+// comes after it. Returns the share of this in both, with which the progress ends.
+static double provide_tables(Shelf& shelf, std::vector<Signature> needed, double own,
+                             const Progress& progress) {
+    const auto work_for = [&](const Signature& table) {
+        return shelf.trusted.contains(name_of(table)) ? reading_work_of(table) : work_of(table);
     };
-    for (const Signature& needed : conversions(signature)) {
-        const bool wanted = !captures_only || men_of(needed) < men_of(signature);
-        if (wanted && !shelf.tables.contains(name_of(needed))) {
-            missing.push_back(needed);
-            total += work_for(needed);
-        }
-    }
+    std::erase_if(needed, [&](const auto& table) { return shelf.tables.contains(name_of(table)); });
+    double total = own;
+    for (const Signature& table : needed)
+        total += work_for(table);
     double done = 0;
-    for (const Signature& needed : missing) {
-        const double work = work_for(needed);
+    for (const Signature& table : needed) {
+        const double work = work_for(table);
         const auto report = [&](double share) { progress((done + work * share) / total); };
-        // What was missing may have been solved or read on the way to another.
-        if (!shelf.tables.contains(name_of(needed)) && !read_back(shelf, needed, report))
-            solve_from(shelf, needed, {}, report);
+        // It may have been solved or read on the way to another.
+        if (!shelf.tables.contains(name_of(table)) && !read_back(shelf, table, report))
+            solve_from(shelf, table, {}, report);
         done += work;
         progress(done / total);
     }
@@ -53,8 +50,10 @@ bool read_back(Shelf& shelf, const Signature& signature, const Progress& progres
                     reader)
              .empty())
         return false;
+    std::vector<Signature> captures = conversions(signature);
+    std::erase_if(captures, [&](const auto& next) { return men_of(next) == men_of(signature); });
     const double provided =
-        provide_conversions(shelf, signature, true, reading_work_of(signature), progress);
+        provide_tables(shelf, std::move(captures), reading_work_of(signature), progress);
     std::unique_ptr<Table> table =
         read_table(reader, shelf.tables, shelf.threads,
                    [&](double share) { progress(provided + (1 - provided) * share); });
@@ -67,7 +66,7 @@ bool read_back(Shelf& shelf, const Signature& signature, const Progress& progres
 void solve_from(Shelf& shelf, const Signature& signature, const VisitPart& visit,
                 const Progress& progress) {
     const double provided =
-        provide_conversions(shelf, signature, false, work_of(signature), progress);
+        provide_tables(shelf, conversions(signature), work_of(signature), progress);
     solve(signature, shelf.tables, shelf.threads, visit,
           [&](double share) { progress(provided + (1 - provided) * share); });
 }

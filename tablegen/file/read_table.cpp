@@ -121,7 +121,7 @@ static void complete_values(Table& table, int threads) {
 
 std::unique_ptr<Table> read_table(const TableReader& reader, TableSet& tables, int threads,
                                   const Progress& progress) {
-    std::unique_ptr<Table> table = prepare_table(reader.signature, tables, FIFTY_MOVES, true);
+    std::unique_ptr<Table> table = prepare_table(reader.signature, tables, FIFTY_MOVES);
     std::atomic<bool> whole{true};
     SharedProgress shares{[&](double share) { progress(READING * share); },
                           std::vector<double>(reader.streams.size()),

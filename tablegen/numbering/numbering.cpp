@@ -121,31 +121,43 @@ leading_men(const Signature& signature, int file_position) {
     return {men, &list};
 }
 
-std::vector<StreamOrder> possible_orders(const Signature& signature) {
-    std::vector<std::uint8_t> kinds; // of men, as piece codes
+// The kinds of men that a signature has, as piece codes in rising order.
+static std::vector<std::uint8_t> kinds_of(const Signature& signature) {
+    std::vector<std::uint8_t> kinds;
     for (const Side side : {WHITE, BLACK})
         for (std::uint8_t kind = PAWN; kind <= KING; ++kind)
             if (signature.count[side][kind] != 0)
                 kinds.push_back(static_cast<std::uint8_t>(kind + 8 * side));
-    const Side lead = leading_colour(signature);
-    const bool pawns = pawns_of(signature) != 0;
-    const bool two_pawn_groups = pawns && signature.count[opponent(lead)][PAWN] != 0;
-    const std::size_t leading = leading_men(signature, 0).first;
-    auto may_lead = [&](std::size_t place, std::uint8_t piece) {
-        if (pawns)
-            return piece == (place == 0 ? PAWN + 8 * lead : PAWN + 8 * opponent(lead));
-        return leading == 2 ? kind_of(piece) == KING
-                            : signature.count[side_of(piece)][kind_of(piece)] == 1;
+    return kinds;
+}
+
+// Whether a stream may begin with the first of these kinds: the leading pawns and then the other
+// pawns; without pawns as many single men as lead, or the two kings.
+static bool may_begin_with(const std::vector<std::uint8_t>& kinds, const Signature& signature) {
+    const auto single = [&](std::uint8_t piece) {
+        return signature.count[side_of(piece)][kind_of(piece)] == 1;
     };
-    // Groups that are led by a kind of their own, and all groups.
-    const std::size_t led = !pawns ? leading : two_pawn_groups ? 2 : 1;
-    const int groups = static_cast<int>(kinds.size() - (pawns ? 0 : leading - 1));
+    if (pawns_of(signature) != 0) {
+        const Side lead = leading_colour(signature);
+        const bool one_group = signature.count[opponent(lead)][PAWN] == 0;
+        return kinds[0] == PAWN + 8 * lead && (one_group || kinds[1] == PAWN + 8 * opponent(lead));
+    }
+    if (leading_men(signature, 0).first == 2)
+        return kind_of(kinds[0]) == KING && kind_of(kinds[1]) == KING;
+    return std::all_of(kinds.begin(), kinds.begin() + 3, single);
+}
+
+std::vector<StreamOrder> possible_orders(const Signature& signature) {
+    std::vector<std::uint8_t> kinds = kinds_of(signature);
+    const bool pawns = pawns_of(signature) != 0;
+    const bool two_pawn_groups =
+        pawns && signature.count[opponent(leading_colour(signature))][PAWN] != 0;
+    // A group for each kind, but one for all men that lead.
+    const std::size_t joined = pawns ? 0 : leading_men(signature, 0).first - 1;
+    const int groups = static_cast<int>(kinds.size() - joined);
     std::vector<StreamOrder> result;
     do {
-        bool possible = true;
-        for (std::size_t place = 0; place < led; ++place)
-            possible = possible && may_lead(place, kinds[place]);
-        if (!possible)
+        if (!may_begin_with(kinds, signature))
             continue;
         StreamOrder order;
         auto* next = order.piece.begin();

@@ -230,32 +230,66 @@ static void mark_legal(Chunk& chunk) {
                   });
 }
 
-// Step 2 for a word: its captures and pawn moves judged, and where there is nothing else to play
-// the loss or stalemate that comes of it.
-static void start_word(Chunk& chunk, std::size_t word, Side side) {
-    SideState& state = chunk.state[side];
-    const Squares legal = state.not_won[word];
-    const std::size_t in_table = chunk.first_word + word;
-    Outcome* const outcomes = outcomes_of(chunk, word, side);
-    state.undecided[word] = legal;
-    state.can_lose[word] = 0;
-    AtLeast best{};
+// The values of a word's captures, and those of its captures and pawn moves.
+struct ZeroingValues {
     WordValues captures{};
-    if (legal != 0) {
-        const Placement placement = placement_of(chunk.table.layout, in_table);
-        best = best_captures(chunk.table, placement, side);
-        captures = pack(best);
-        const AtLeast pawn_moves = best_pawn_moves(chunk.table, placement, side);
-        for (std::size_t value = 0; value < best.size(); ++value)
-            best[value] = (best[value] | pawn_moves[value]) & legal;
-    }
+    AtLeast best{};
+};
+
+static ZeroingValues zeroing_values(const Chunk& chunk, std::size_t word, Side side) {
+    const Squares legal = chunk.state[side].not_won[word];
+    if (legal == 0)
+        return {};
+    const Placement placement = placement_of(chunk.table.layout, chunk.first_word + word);
+    ZeroingValues values;
+    values.best = best_captures(chunk.table, placement, side);
+    values.captures = pack(values.best);
+    const AtLeast pawn_moves = best_pawn_moves(chunk.table, placement, side);
+    for (std::size_t value = 0; value < values.best.size(); ++value)
+        values.best[value] = (values.best[value] | pawn_moves[value]) & legal;
+    return values;
+}
+
+// Writes what an outcome says of zeroing moves: the best capture, and whether one of them wins.
+static void start_outcomes(Outcome* outcomes, Squares legal, const ZeroingValues& values) {
+    const auto& [low, middle, high] = values.captures;
+    const Squares wins = values.best[4];
     for (std::size_t square = 0; square < 64; ++square) {
-        const Squares code = (captures[0] >> square & 1) | (captures[1] >> square & 1) << 1 |
-                             (captures[2] >> square & 1) << 2 | (best[4] >> square & 1) << 3;
+        const Squares code = (low >> square & 1) | (middle >> square & 1) << 1 |
+                             (high >> square & 1) << 2 | (wins >> square & 1) << 3;
         outcomes[square] = (legal >> square & 1) != 0
                                ? static_cast<Outcome>(code << OUTCOME_CAPTURE)
                                : OUTCOME_ILLEGAL;
     }
+}
+
+// Gives the positions without a legal quiet move their value if no zeroing move is better than a
+// loss: mates, stalemates, and losses in one ply. `no_better` has the positions without a better
+// zeroing move, `zeroing` those that have any.
+static void decide_without_quiet_moves(Chunk& chunk, std::size_t word, Side side, Squares no_better,
+                                       Squares zeroing) {
+    SideState& state = chunk.state[side];
+    const Squares in_check = ~chunk.state[opponent(side)].not_won[word];
+    // At the start every legal position is one that is not won.
+    const Squares stuck = without_escape(chunk, word, side, no_better);
+    const Squares stalemates = stuck & ~zeroing & ~in_check;
+    const Squares mates = stuck & ~zeroing & in_check;
+    state.can_lose[word] = no_better & ~stalemates;
+    chunk.table.values[side][chunk.first_word + word] = {0, stalemates, stalemates};
+    decide(chunk, word, side, mates, 0, true);
+    decide(chunk, word, side, stuck & zeroing, 1, true);
+    state.losses.add(word, mates);
+    state.next_losses.add(word, stuck & zeroing);
+}
+
+// Step 2 for a word: what its captures and pawn moves decide.
+static void start_word(Chunk& chunk, std::size_t word, Side side) {
+    SideState& state = chunk.state[side];
+    const Squares legal = state.not_won[word];
+    const ZeroingValues values = zeroing_values(chunk, word, side);
+    start_outcomes(outcomes_of(chunk, word, side), legal, values);
+    state.undecided[word] = legal;
+    const AtLeast& best = values.best;
     state.wins.add(word, best[4]);
     const Squares cursed = best[3] & ~best[4];
     const Squares blessed = best[1] & ~best[2];
@@ -264,16 +298,7 @@ static void start_word(Chunk& chunk, std::size_t word, Side side) {
         state.cursed.push_back({static_cast<std::uint32_t>(word), cursed});
         state.blessed.push_back({static_cast<std::uint32_t>(word), blessed});
     }
-    const Squares no_better = legal & ~best[1];
-    const Squares stuck = without_escape(chunk, word, side, no_better);
-    const Squares in_check = ~chunk.state[opponent(side)].not_won[word];
-    const Squares stalemate = stuck & ~best[0] & ~in_check;
-    state.can_lose[word] = no_better & ~stalemate;
-    chunk.table.values[side][in_table] = {0, stalemate, stalemate};
-    decide(chunk, word, side, stuck & ~best[0] & in_check, 0, true);
-    decide(chunk, word, side, stuck & best[0], 1, true);
-    state.losses.add(word, stuck & ~best[0] & in_check);
-    state.next_losses.add(word, stuck & best[0]);
+    decide_without_quiet_moves(chunk, word, side, legal & ~best[1], best[0]);
 }
 
 static void start_chunk(Chunk& chunk) {
@@ -436,6 +461,7 @@ Table& solve(const Signature& signature, TableSet& solved, int threads, const Vi
              const Progress& progress, int limit) {
     std::unique_ptr<Table> made = prepare_table(signature, solved, limit);
     Table& table = *made;
+    add_promotions(table, solved);
     // The threads share out the parts, or the words of a lone one.
     const auto parts = static_cast<std::size_t>(file_positions(signature));
     const int threads_each = std::max(threads / file_positions(signature), 1);

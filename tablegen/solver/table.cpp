@@ -74,32 +74,39 @@ static Conversion make_conversion(const Layout& before, TableSet& tables, std::s
     return match_slots(left, captured, oriented_table(signature, tables), false);
 }
 
-std::unique_ptr<Table> prepare_table(const Signature& signature, TableSet& tables, int limit,
-                                     bool captures_only) {
+// Adds the conversions by captures of a slot, with and without a promotion; those by promotions
+// alone where `captured` is the number of men.
+static void add_conversions(Table& table, TableSet& tables, std::size_t captured) {
+    const Layout& layout = table.layout;
+    const std::size_t none = layout.men;
+    const auto add = [&](std::size_t promoting, std::size_t promoted) {
+        table.conversions[conversion_index(layout, captured, promoting, promoted)] =
+            make_conversion(layout, tables, captured, promoting, promoted);
+    };
+    if (captured != none)
+        add(none, NO_KIND);
+    for (std::size_t pawn = 0; pawn < layout.pawns; ++pawn)
+        for (std::size_t kind = KNIGHT; kind <= QUEEN; ++kind)
+            if (captured == none || layout.side[captured] != layout.side[pawn])
+                add(pawn, kind);
+}
+
+std::unique_ptr<Table> prepare_table(const Signature& signature, TableSet& tables, int limit) {
     auto table = std::make_unique<Table>();
     table->layout = make_layout(signature);
     table->limit = limit;
     const Layout& layout = table->layout;
     for (const Side side : {WHITE, BLACK})
         table->values[side].resize(words_of(layout));
-    const std::size_t none = layout.men;
-    table->conversions.resize(conversion_index(layout, none + 1, 0, 0));
-    const auto add = [&](std::size_t captured, std::size_t promoting, std::size_t promoted) {
-        table->conversions[conversion_index(layout, captured, promoting, promoted)] =
-            make_conversion(layout, tables, captured, promoting, promoted);
-    };
-    for (std::size_t captured = 0; captured <= none; ++captured) {
-        const bool captures = captured < none;
-        if (captures ? layout.kind[captured] == KING : captures_only)
-            continue;
-        if (captures)
-            add(captured, none, NO_KIND);
-        for (std::size_t pawn = 0; pawn < layout.pawns; ++pawn)
-            for (std::size_t kind = KNIGHT; kind <= QUEEN; ++kind)
-                if (!captures || layout.side[captured] != layout.side[pawn])
-                    add(captured, pawn, kind);
-    }
+    table->conversions.resize(conversion_index(layout, layout.men + 1, 0, 0));
+    for (std::size_t captured = 0; captured < layout.men; ++captured)
+        if (layout.kind[captured] != KING)
+            add_conversions(*table, tables, captured);
     return table;
+}
+
+void add_promotions(Table& table, TableSet& tables) {
+    add_conversions(table, tables, table.layout.men);
 }
 
 } // namespace brindlemoth::tablegen

@@ -47,11 +47,13 @@ inline std::size_t conversion_index(const Layout& layout, std::size_t captured,
 // all its men exchanged.
 using TableSet = std::map<std::string, std::unique_ptr<Table>>;
 
-// A table without values, with its conversions: those by captures alone, or by promotions too. All
-// that it converts into must be in the set, under either name; what is there under the other name
-// only is added under the one that is needed.
-std::unique_ptr<Table> prepare_table(const Signature& signature, TableSet& tables, int limit,
-                                     bool captures_only = false);
+// A table without values, with its conversions by captures. All that it converts into must be in
+// the set, under either name; what is there under the other name only is added under the one that
+// is needed.
+std::unique_ptr<Table> prepare_table(const Signature& signature, TableSet& tables, int limit);
+
+// Adds the conversions by promotions without a capture to a prepared table, under the same terms.
+void add_promotions(Table& table, TableSet& tables);
 
 // The same endgame with the colours of all men exchanged, without what it converts into.
 std::unique_ptr<Table> exchange_colours(const Table& table);
