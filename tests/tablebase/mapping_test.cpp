@@ -10,6 +10,7 @@
 
 #include <bit>
 #include <gtest/gtest.h>
+#include <random>
 
 using namespace brindlemoth;
 
@@ -147,6 +148,7 @@ TEST_F(Mapping, BadHeadersAreCorrupted) {
         stream.min_code_length = shortest_code;
         bad_files.push_back(flat_table(stream));
     }
+    bad_files.push_back(flat_table(flat_stream(13, 4097, 13, 5000)));
     for (const std::string& bad : bad_files) {
         use(bad);
         EXPECT_EQ(complaint(queen_board(true, true)), CORRUPTED);
@@ -154,6 +156,74 @@ TEST_F(Mapping, BadHeadersAreCorrupted) {
         // The failed slot makes no further attempt. The slot of the exchanged colours tries again.
         EXPECT_EQ(complaint(queen_board(true, false)), "");
         EXPECT_EQ(complaint(queen_board(false, true)), CORRUPTED);
+    }
+}
+
+// Headers of constant tables whose men stand in an order that the index has no formula for.
+TEST_F(Mapping, MenInAWrongOrderAreCorrupted) {
+    const struct {
+        const char *name, *men;
+        int turn_of_other_pawns = 15;
+        std::size_t first_wrong = 0; // file position
+    } rows[] = {
+        {"KNNvK", "KNNk"},      // the two kings do not lead
+        {"KNNvK", "KkNQ"},      // the knights are not neighbours
+        {"KNNvKQ", "NNKkq"},    // two of the three that lead are alike
+        {"KPPvKP", "PPpKk", 1}, // the side with more pawns leads
+        {"KPvKP", "PkpK", 1},   // the other pawn is not the second
+        {"KPvKP", "PpKk", 15},  // the other pawn never enters
+        {"KPvKP", "pPKk", 1, 1},
+    };
+    std::mt19937 random(19);
+    for (const auto& row : rows) {
+        tablegen::StreamOrder order{0, row.turn_of_other_pawns, {}};
+        for (std::size_t i = 0; row.men[i] != '\0'; ++i)
+            order.piece[i] =
+                static_cast<std::uint8_t>(std::string(" PNBRQK  pnbrqk").find(row.men[i]));
+        tablegen::TableFile file = constant_table(row.name, {4});
+        for (std::size_t i = row.first_wrong; i < file.positions.size(); ++i)
+            file.positions[i].streams[0].order = order;
+        use(bytes_of(file), std::string(row.name) + ".rtbw");
+        testing::internal::CaptureStderr();
+        int success;
+        syzygy_probe_table(random_board(row.name, random), WDL_DRAW, success, KIND_WDL);
+        EXPECT_EQ(testing::internal::GetCapturedStderr(), CORRUPTED) << row.name << ' ' << row.men;
+    }
+}
+
+// Files that end inside their headers: piece headers, constant streams, codes, symbols, maps.
+TEST_F(Mapping, AFileThatEndsInItsHeadersIsCorrupted) {
+    tablegen::TableFile distances = constant_table("KQvK", {0});
+    distances.kind = tablegen::FileKind::DTZ;
+    distances.positions[0].flags = tablegen::DTZ_MAPPED;
+    distances.positions[0].maps = {{{1, 2, 3}, {4, 5}, {6}, {7, 8}}};
+    tablegen::CompressedStream codes = flat_stream(2, 4, 13, POSITIONS);
+    codes.max_code_length = 4;
+    codes.first_symbol = {0, 0, 0};
+    const struct {
+        std::string name, content;
+        const char* board;
+        std::size_t header_bytes;
+    } rows[] = {
+        {"KPvKP.rtbw", bytes_of(constant_table("KPvKP", {4, 0})), "8/p7/5k2/8/8/2K5/P7/8", 46},
+        {"KQvK.rtbw", flat_table(codes), "Q7/8/5k2/8/8/2K5/8/8", 40},
+        {"KQvK.rtbz", bytes_of(distances), "Q7/8/5k2/8/8/2K5/8/8", 24},
+    };
+    for (const auto& [name, content, board, header_bytes] : rows) {
+        const TableKind kind = name.back() == 'z' ? KIND_DTZ : KIND_WDL;
+        for (std::size_t size = 16; size <= header_bytes; ++size) {
+            syzygy_init("");
+            remove_memory_files();
+            put_memory_file("KQvK.rtbw", good_table);
+            use(content, name);
+            put_memory_file(name, content.substr(0, size));
+            testing::internal::CaptureStderr();
+            int success;
+            syzygy_probe_table(board_from(std::string(board) + " w - - 0 1"), WDL_WIN, success,
+                               kind);
+            EXPECT_EQ(testing::internal::GetCapturedStderr(), size < header_bytes ? CORRUPTED : "")
+                << name << ' ' << size;
+        }
     }
 }
 
@@ -190,6 +260,14 @@ TEST_F(Mapping, WhateverDecodesIsAnswered) {
             }
         }
     }
+}
+
+// Codes of 40 bits: the register holds four whole ones after it was filled.
+TEST_F(Mapping, ACodeThatIsLongerThanTheRegisterFails) {
+    use(flat_table(flat_stream(40, 3, 7, 25)));
+    wdl(queen_board(true, true));
+    for (std::uint64_t index = 0; index < 25; ++index)
+        EXPECT_EQ(syzygy_decode(only_stream(), index) != nullptr, index < 4) << index;
 }
 
 // A symbol that is missing or contains itself fails only the probes that meet it.
