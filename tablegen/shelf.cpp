@@ -19,9 +19,9 @@ double reading_work_of(const Signature& signature) {
 }
 
 // Reads back or solves those of the needed tables that are not in memory. `own` is the work that
-// comes after it. Returns the share of this in both, with which the progress ends.
+// comes after it. Returns its share of the progress.
 static double provide_tables(Shelf& shelf, std::vector<Signature> needed, double own,
-                             const Progress& progress) {
+                             Progress& progress) {
     const auto work_for = [&](const Signature& table) {
         return shelf.trusted.contains(name_of(table)) ? reading_work_of(table) : work_of(table);
     };
@@ -29,20 +29,16 @@ static double provide_tables(Shelf& shelf, std::vector<Signature> needed, double
     double total = own;
     for (const Signature& table : needed)
         total += work_for(table);
-    double done = 0;
     for (const Signature& table : needed) {
-        const double work = work_for(table);
-        const auto report = [&](double share) { progress((done + work * share) / total); };
+        Progress piece = progress.part(work_for(table) / total);
         // It may have been solved or read on the way to another.
-        if (!shelf.tables.contains(name_of(table)) && !read_back(shelf, table, report))
-            solve_from(shelf, table, {}, report);
-        done += work;
-        progress(done / total);
+        if (!shelf.tables.contains(name_of(table)) && !read_back(shelf, table, piece))
+            solve_from(shelf, table, {}, std::move(piece));
     }
-    return done / total;
+    return own / total;
 }
 
-bool read_back(Shelf& shelf, const Signature& signature, const Progress& progress) {
+bool read_back(Shelf& shelf, const Signature& signature, Progress& progress) {
     const std::string name = name_of(signature);
     TableReader reader;
     if (!shelf.trusted.contains(name) ||
@@ -52,11 +48,10 @@ bool read_back(Shelf& shelf, const Signature& signature, const Progress& progres
         return false;
     std::vector<Signature> captures = conversions(signature);
     std::erase_if(captures, [&](const auto& next) { return men_of(next) == men_of(signature); });
-    const double provided =
+    const double share =
         provide_tables(shelf, std::move(captures), reading_work_of(signature), progress);
     std::unique_ptr<Table> table =
-        read_table(reader, shelf.tables, shelf.threads,
-                   [&](double share) { progress(provided + (1 - provided) * share); });
+        read_table(reader, shelf.tables, shelf.threads, progress.part(share));
     if (table == nullptr)
         return false;
     shelf.tables[name] = std::move(table);
@@ -64,11 +59,10 @@ bool read_back(Shelf& shelf, const Signature& signature, const Progress& progres
 }
 
 void solve_from(Shelf& shelf, const Signature& signature, const VisitPart& visit,
-                const Progress& progress) {
-    const double provided =
+                Progress progress) {
+    const double share =
         provide_tables(shelf, conversions(signature), work_of(signature), progress);
-    solve(signature, shelf.tables, shelf.threads, visit,
-          [&](double share) { progress(provided + (1 - provided) * share); });
+    solve(signature, shelf.tables, shelf.threads, visit, progress.part(share));
 }
 
 void make_room(Shelf& shelf, std::span<const Signature> to_come) {

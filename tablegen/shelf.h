@@ -23,12 +23,12 @@ double reading_work_of(const Signature& signature);
 
 // Reads the values of a table back from its WDL file, after those of what its captures lead to.
 // False, and nothing has happened to the table, if the file is not trusted or cannot be read.
-bool read_back(Shelf& shelf, const Signature& signature, const Progress& progress);
+bool read_back(Shelf& shelf, const Signature& signature, Progress& progress);
 
 // Solves a signature, and hands on its parts. What it converts into is there already, read back, or
 // solved first; this is part of the progress.
 void solve_from(Shelf& shelf, const Signature& signature, const VisitPart& visit,
-                const Progress& progress);
+                Progress progress);
 
 // Drops tables from memory but those that are needed soonest.
 void make_room(Shelf& shelf, std::span<const Signature> to_come);

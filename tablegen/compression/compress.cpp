@@ -229,7 +229,7 @@ void append_values(std::vector<ValueRun>& runs, std::uint16_t value, std::size_t
 }
 
 CompressedStream compress(std::vector<ValueRun> runs, const CompressionSettings& settings,
-                          const Progress& progress) {
+                          Progress progress) {
     CompressedStream stream;
     std::uint64_t positions = 0;
     bool constant = true;
@@ -242,7 +242,8 @@ CompressedStream compress(std::vector<ValueRun> runs, const CompressionSettings&
         stream.constant_value = runs[0].value;
         return stream;
     }
-    const Coded coded = assign_codes(substitute_pairs(std::move(runs), settings, progress), stream);
+    const Coded coded =
+        assign_codes(substitute_pairs(std::move(runs), settings, std::move(progress)), stream);
     stream.block_size_log2 = choose_block_size(coded, settings);
     fill_blocks(coded, settings, stream);
     fill_index_table(positions, settings.index_bits, stream);

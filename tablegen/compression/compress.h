@@ -70,6 +70,6 @@ void append_values(std::vector<ValueRun>& runs, std::uint16_t value, std::size_t
 // Compresses a sequence of at least one value. Throws std::runtime_error where index_bits asks for
 // more than a header can say.
 CompressedStream compress(std::vector<ValueRun> runs, const CompressionSettings& settings = {},
-                          const Progress& progress = {});
+                          Progress progress = {});
 
 } // namespace brindlemoth::tablegen

@@ -257,7 +257,7 @@ static bool lower_threshold(Work& work) {
 }
 
 Substitution substitute_pairs(std::vector<ValueRun> runs, const CompressionSettings& settings,
-                              const Progress& progress) {
+                              Progress progress) {
     Substitution made;
     Work work{made, {}, {}, UINT32_MAX, {}};
     const auto max_symbols = static_cast<std::size_t>(settings.max_symbols);
@@ -266,8 +266,8 @@ Substitution substitute_pairs(std::vector<ValueRun> runs, const CompressionSetti
     for (std::size_t i = 0; i + 1 < made.sequence.size(); ++i)
         work.count_up(made.sequence[i], made.sequence[i + 1]);
     while (made.symbols.size() < max_symbols) {
-        if (progress)
-            progress(static_cast<double>(made.symbols.size()) / static_cast<double>(max_symbols));
+        progress.report(static_cast<double>(made.symbols.size()) /
+                        static_cast<double>(max_symbols));
         const std::vector<Pair> chosen = choose_pairs(work, max_symbols - made.symbols.size());
         if (!chosen.empty())
             replace_pairs(work, chosen);

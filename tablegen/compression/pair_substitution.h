@@ -14,6 +14,6 @@ struct Substitution {
 };
 
 Substitution substitute_pairs(std::vector<ValueRun> runs, const CompressionSettings& settings,
-                              const Progress& progress);
+                              Progress progress);
 
 } // namespace brindlemoth::tablegen

@@ -15,7 +15,7 @@ constexpr double READING = 0.6;
 
 // Puts the values of a stream, as they are decoded, to their positions.
 static bool read_stream(const TableReader& reader, const ReaderStream& stream, Table& table,
-                        Side side, const Progress& progress) {
+                        Side side, Progress progress) {
     std::vector<WordValues>& words = table.values[side];
     CellWalk walk = cell_walk_from(table.layout, stream.numbering, 0);
     CellBatch cells;
@@ -39,7 +39,8 @@ static bool read_stream(const TableReader& reader, const ReaderStream& stream, T
                 word[k] = (word[k] & ~(Squares{1} << king)) | Squares{code >> k & 1} << king;
         }
         done += values.size();
-        progress(static_cast<double>(done) / static_cast<double>(stream.numbering.positions));
+        progress.report(static_cast<double>(done) /
+                        static_cast<double>(stream.numbering.positions));
     });
 }
 
@@ -120,15 +121,13 @@ static void complete_values(Table& table, int threads) {
 }
 
 std::unique_ptr<Table> read_table(const TableReader& reader, TableSet& tables, int threads,
-                                  const Progress& progress) {
+                                  Progress progress) {
     std::unique_ptr<Table> table = prepare_table(reader.signature, tables, FIFTY_MOVES);
     std::atomic<bool> whole{true};
-    SharedProgress shares{[&](double share) { progress(READING * share); },
-                          std::vector<double>(reader.streams.size()),
-                          {}};
+    std::vector<Progress> pieces = progress.parts(reader.streams.size(), READING);
     parallel_for(threads, reader.streams.size(), [&](std::size_t i) {
         const Side side = i % reader.sides == 0 ? WHITE : BLACK;
-        if (!read_stream(reader, reader.streams[i], *table, side, progress_of_piece(shares, i)))
+        if (!read_stream(reader, reader.streams[i], *table, side, std::move(pieces[i])))
             whole = false;
     });
     if (!whole)

@@ -13,6 +13,6 @@ namespace brindlemoth::tablegen {
 // The table of an opened WDL file. What its captures lead to must be in the set. nullptr if the
 // data are damaged.
 std::unique_ptr<Table> read_table(const TableReader& reader, TableSet& tables, int threads,
-                                  const Progress& progress);
+                                  Progress progress);
 
 } // namespace brindlemoth::tablegen

@@ -104,7 +104,7 @@ std::uint16_t raw_dtz_value(Outcome outcome) {
 // template argument so that it is inlined.
 template <auto value_of, typename Visit>
 void for_values(const Part& part, const NumberedSide& stream, std::uint64_t first,
-                std::uint64_t last, const Visit& visit, const Progress& progress) {
+                std::uint64_t last, const Visit& visit, Progress progress = {}) {
     using Value = decltype(value_of(Outcome{}));
     CellWalk walk = cell_walk_from(part.table.layout, stream.numbering, first);
     const Outcome* const outcomes = part.outcomes[stream.side].data();
@@ -124,18 +124,18 @@ void for_values(const Part& part, const NumberedSide& stream, std::uint64_t firs
             value[i] = value_of(outcome[i]);
         visit(std::span<const Value>(value).first(count));
         index += count;
-        if (progress && index - reported >= REPORT_INTERVAL) {
+        if (index - reported >= REPORT_INTERVAL) {
             reported = index;
-            progress(static_cast<double>(index) / static_cast<double>(last));
+            progress.report(static_cast<double>(index) / static_cast<double>(last));
         }
     }
 }
 
 void add_wdl_choices(const Part& part, const NumberedSide& stream, std::uint64_t first,
-                     std::uint64_t last, WdlRuns& runs, const Progress& progress = {}) {
+                     std::uint64_t last, WdlRuns& runs, Progress progress = {}) {
     for_values<wdl_choice>(
         part, stream, first, last, [&](std::span<const WdlChoice> choices) { runs.add(choices); },
-        progress);
+        std::move(progress));
     runs.close();
 }
 
@@ -161,22 +161,21 @@ std::size_t count_dtz_runs(const Part& part, const NumberedSide& stream, std::ui
             }
         }
     };
-    for_values<raw_dtz_value>(part, stream, first, last, count, {});
+    for_values<raw_dtz_value>(part, stream, first, last, count);
     return runs;
 }
 
-std::vector<ValueRun> wdl_runs(const Part& part, const NumberedSide& stream,
-                               const Progress& progress) {
+std::vector<ValueRun> wdl_runs(const Part& part, const NumberedSide& stream, Progress progress) {
     std::vector<ValueRun> values;
     WdlRuns runs;
     runs.values = &values;
-    add_wdl_choices(part, stream, 0, stream.numbering.positions, runs, progress);
+    add_wdl_choices(part, stream, 0, stream.numbering.positions, runs, std::move(progress));
     return values;
 }
 
 // A value that no reader looks up continues the run before it.
 std::vector<ValueRun> raw_dtz_runs(const Part& part, const NumberedSide& stream,
-                                   const Progress& progress) {
+                                   Progress progress) {
     std::vector<ValueRun> runs;
     std::uint16_t current = UNUSED;
     std::size_t length = 0;
@@ -192,7 +191,8 @@ std::vector<ValueRun> raw_dtz_runs(const Part& part, const NumberedSide& stream,
             ++length;
         }
     };
-    for_values<raw_dtz_value>(part, stream, 0, stream.numbering.positions, add, progress);
+    for_values<raw_dtz_value>(part, stream, 0, stream.numbering.positions, add,
+                              std::move(progress));
     append_values(runs, current != UNUSED ? current : std::uint16_t{0}, length);
     return runs;
 }

@@ -19,9 +19,7 @@ std::size_t count_wdl_runs(const Part& part, const NumberedSide& stream, std::ui
 std::size_t count_dtz_runs(const Part& part, const NumberedSide& stream, std::uint64_t first,
                            std::uint64_t last);
 
-std::vector<ValueRun> wdl_runs(const Part& part, const NumberedSide& stream,
-                               const Progress& progress);
-std::vector<ValueRun> raw_dtz_runs(const Part& part, const NumberedSide& stream,
-                                   const Progress& progress);
+std::vector<ValueRun> wdl_runs(const Part& part, const NumberedSide& stream, Progress progress);
+std::vector<ValueRun> raw_dtz_runs(const Part& part, const NumberedSide& stream, Progress progress);
 
 } // namespace brindlemoth::tablegen

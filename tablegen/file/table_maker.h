@@ -13,6 +13,6 @@ TableFile empty_file(FileKind kind, const Signature& signature);
 
 // Adds the streams of a part to the files, of which there may be one or both. A WDL file of the
 // same men on both sides stores one side to move, and a DTZ file always does.
-void add_part(const Part& part, std::span<TableFile> files, int threads, const Progress& progress);
+void add_part(const Part& part, std::span<TableFile> files, int threads, Progress progress);
 
 } // namespace brindlemoth::tablegen

@@ -105,7 +105,7 @@ static std::size_t choose_table(const std::vector<Signature>& to_come,
 
 // Makes files of a table. Returns what went wrong, if anything, and otherwise tells their sizes.
 static std::string make_files(Shelf& shelf, const Signature& signature,
-                              const std::vector<FileKind>& kinds, const Progress& progress,
+                              const std::vector<FileKind>& kinds, Progress progress,
                               Summary& summary, std::string& sizes) {
     std::vector<TableFile> files;
     files.reserve(kinds.size());
@@ -113,10 +113,10 @@ static std::string make_files(Shelf& shelf, const Signature& signature,
         files.push_back(empty_file(kind, signature));
     solve_from(
         shelf, signature,
-        [&](const Part& part, int threads, const Progress& report) {
-            add_part(part, files, threads, report);
+        [&](const Part& part, int threads, Progress making) {
+            add_part(part, files, threads, std::move(making));
         },
-        progress);
+        std::move(progress));
     for (const TableFile& file : files) {
         const std::vector<std::uint8_t> bytes = lay_out(file);
         std::string failure =
@@ -195,9 +195,8 @@ int make_tables(const CommandLine& line) {
         std::string sizes;
         std::string failure;
         try {
-            failure = make_files(
-                shelf, signature, kinds, [&](double done) { show_progress(progress, done); },
-                summary, sizes);
+            TotalProgress total{[&](double done) { show_progress(progress, done); }};
+            failure = make_files(shelf, signature, kinds, Progress(total), summary, sizes);
         } catch (const std::bad_alloc&) {
             failure = "not enough memory for " + name;
         }

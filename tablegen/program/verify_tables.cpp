@@ -85,21 +85,21 @@ struct Judged {
 } // namespace
 
 static void judge_files(Shelf& shelf, const Signature& signature, std::vector<Judged>& judged,
-                        const Progress& progress) {
+                        Progress progress) {
     std::mutex judging;
     solve_from(
         shelf, signature,
-        [&](const Part& part, int threads, const Progress& report) {
-            SharedProgress shares{report, std::vector<double>(judged.size()), {}};
+        [&](const Part& part, int threads, Progress judging_progress) {
+            std::vector<Progress> pieces = judging_progress.parts(judged.size());
             parallel_for(threads, judged.size(), [&](std::size_t j) {
                 if (!judged[j].fault.empty())
                     return;
-                const Verdict verdict = judge(part, judged[j].reader, progress_of_piece(shares, j));
+                const Verdict verdict = judge(part, judged[j].reader, std::move(pieces[j]));
                 const std::lock_guard<std::mutex> lock(judging);
                 add_verdict(judged[j].verdict, verdict);
             });
         },
-        progress);
+        std::move(progress));
 }
 
 int verify_tables(const CommandLine& line) {
@@ -137,8 +137,8 @@ int verify_tables(const CommandLine& line) {
             file.fault = open_table(path, signature, kind, file.reader);
         }
         try {
-            judge_files(shelf, signature, judged,
-                        [&](double done) { show_progress(progress, done); });
+            TotalProgress total_progress{[&](double done) { show_progress(progress, done); }};
+            judge_files(shelf, signature, judged, Progress(total_progress));
         } catch (const std::bad_alloc&) {
             return complain("not enough memory for " + name_of(signature));
         }

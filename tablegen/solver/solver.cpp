@@ -394,14 +394,13 @@ static bool decide_losses(Chunk& chunk, int n) {
     return found;
 }
 
-static void spread(Chunk& chunk, const Progress& progress) {
+static void spread(Chunk& chunk, Progress progress) {
     const int limit = chunk.table.limit;
     const bool has_blessed =
         !chunk.state[WHITE].blessed.empty() || !chunk.state[BLACK].blessed.empty();
     double left = 1 - STARTED;
     for (int n = 1; n <= MAX_DISTANCE; ++n) {
-        if (progress)
-            progress(1 - (left -= PART_OF_A_PLY * left));
+        progress.report(1 - (left -= PART_OF_A_PLY * left));
         find_wins(chunk, n);
         const bool wins = decide_wins(chunk, n);
         const bool losses = decide_losses(chunk, n);
@@ -427,7 +426,7 @@ static void mark_draws(Chunk& chunk) {
     }
 }
 
-static void solve_part(Table& table, Part& part, int threads, const Progress& progress) {
+static void solve_part(Table& table, Part& part, int threads, Progress progress) {
     const Layout& layout = table.layout;
     const auto number = static_cast<std::size_t>(part.file_position);
     const std::size_t first = layout.part_start[number];
@@ -449,28 +448,26 @@ static void solve_part(Table& table, Part& part, int threads, const Progress& pr
     }
     for (std::size_t i = first; i < last; ++i) {
         chunk.first_word = i * layout.chunk_words;
-        const bool lone = first + 1 == last;
         start_chunk(chunk);
-        spread(chunk, lone ? progress : Progress());
+        spread(chunk, progress.part(1 / static_cast<double>(last - first)));
         mark_draws(chunk);
-        progress(static_cast<double>(i + 1 - first) / static_cast<double>(last - first));
     }
 }
 
 Table& solve(const Signature& signature, TableSet& solved, int threads, const VisitPart& visit,
-             const Progress& progress, int limit) {
+             Progress progress, int limit) {
     std::unique_ptr<Table> made = prepare_table(signature, solved, limit);
     Table& table = *made;
     add_promotions(table, solved);
     // The threads share out the parts, or the words of a lone one.
     const auto parts = static_cast<std::size_t>(file_positions(signature));
     const int threads_each = std::max(threads / file_positions(signature), 1);
-    SharedProgress shares{progress, std::vector<double>(2 * parts), {}};
+    std::vector<Progress> pieces = progress.parts(2 * parts);
     parallel_for(threads, parts, [&](std::size_t i) {
         Part part{table, static_cast<int>(i), 0, 0, {}};
-        solve_part(table, part, parts == 1 ? threads : 1, progress_of_piece(shares, 2 * i));
+        solve_part(table, part, parts == 1 ? threads : 1, std::move(pieces[2 * i]));
         if (visit)
-            visit(part, threads_each, progress_of_piece(shares, 2 * i + 1));
+            visit(part, threads_each, std::move(pieces[2 * i + 1]));
     });
     solved[name_of(signature)] = std::move(made);
     return table;

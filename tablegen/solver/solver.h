@@ -61,13 +61,13 @@ struct Part {
 };
 // Called for one part after the other, or for several at once, from as many threads. The second
 // is how many threads the visitor may use itself.
-using VisitPart = std::function<void(const Part&, int threads, const Progress&)>;
+using VisitPart = std::function<void(const Part&, int threads, Progress)>;
 
 // Solves a signature on that many threads. Everything that it converts into must be in the set;
 // the new table is added to it and returned. `limit` is that of the fifty-move rule, in plies,
 // the same for all tables of a set: with a low one small endgames have cursed wins too. Throws
 // std::runtime_error where a distance is beyond what an outcome has room for.
 Table& solve(const Signature& signature, TableSet& solved, int threads, const VisitPart& visit = {},
-             const Progress& progress = {}, int limit = FIFTY_MOVES);
+             Progress progress = {}, int limit = FIFTY_MOVES);
 
 } // namespace brindlemoth::tablegen

@@ -46,7 +46,7 @@ static bool dtz_is_right(Outcome outcome, const ReaderStream& stream, int stored
 }
 
 static void judge_stream(const Part& part, const TableReader& reader, const ReaderStream& stream,
-                         Side side, const Progress& progress, Verdict& verdict) {
+                         Side side, Progress progress, Verdict& verdict) {
     const Layout& layout = part.table.layout;
     CellWalk walk = cell_walk_from(layout, stream.numbering, 0);
     CellBatch cells;
@@ -71,7 +71,8 @@ static void judge_stream(const Part& part, const TableReader& reader, const Read
             }
             ++index;
         }
-        progress(static_cast<double>(index) / static_cast<double>(stream.numbering.positions));
+        progress.report(static_cast<double>(index) /
+                        static_cast<double>(stream.numbering.positions));
     });
     if (!whole && verdict.wrong++ == 0)
         verdict.first_wrong = " where the data end";
@@ -84,7 +85,7 @@ void add_verdict(Verdict& verdict, const Verdict& other) {
     verdict.positions += other.positions;
 }
 
-Verdict judge(const Part& part, const TableReader& reader, const Progress& progress) {
+Verdict judge(const Part& part, const TableReader& reader, Progress progress) {
     Verdict verdict;
     const std::size_t first = static_cast<std::size_t>(part.file_position) * reader.sides;
     // The second of two like sides is asked by no one.
@@ -94,10 +95,8 @@ Verdict judge(const Part& part, const TableReader& reader, const Progress& progr
     for (std::size_t i = 0; i < streams; ++i) {
         const ReaderStream& stream = reader.streams[first + i];
         const bool black = dtz ? !symmetric && (stream.flags & DTZ_BLACK_TO_MOVE) != 0 : i == 1;
-        const auto of_all = [&](double share) {
-            progress((static_cast<double>(i) + share) / static_cast<double>(streams));
-        };
-        judge_stream(part, reader, stream, black ? BLACK : WHITE, of_all, verdict);
+        judge_stream(part, reader, stream, black ? BLACK : WHITE,
+                     progress.part(1 / static_cast<double>(streams)), verdict);
     }
     return verdict;
 }

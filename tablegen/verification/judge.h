@@ -20,6 +20,6 @@ void add_verdict(Verdict& verdict, const Verdict& other);
 // Reads the streams of a part's file position from end to end. A stored WDL value is right if a
 // reader that also tries captures gets the solver's value from it; in a DTZ file only the positions
 // count that readers look up, and a stream that counts moves may be one ply short of the distance.
-Verdict judge(const Part& part, const TableReader& reader, const Progress& progress);
+Verdict judge(const Part& part, const TableReader& reader, Progress progress);
 
 } // namespace brindlemoth::tablegen

@@ -47,7 +47,7 @@ TEST(TablegenFiles, TheEngineReadsWhatWasSolved) {
 static tablegen::Verdict judge_file(const SolvedTable& table, const tablegen::TableReader& reader) {
     tablegen::Verdict verdict;
     for (const tablegen::Part& part : table.parts)
-        add_verdict(verdict, judge(part, reader, [](double) {}));
+        add_verdict(verdict, judge(part, reader, {}));
     return verdict;
 }
 
@@ -96,7 +96,8 @@ TEST(TablegenFiles, ValuesReadBackAreThoseSolved) {
         write_solved(directory, {name});
         tablegen::Shelf shelf{directory.path, 2, {name}, {}};
         const tablegen::Signature signature = *tablegen::parse_signature(name);
-        ASSERT_TRUE(read_back(shelf, signature, [](double) {})) << name;
+        tablegen::Progress progress;
+        ASSERT_TRUE(read_back(shelf, signature, progress)) << name;
         const tablegen::Table& solved = *shared_set().tables.at(name);
         const tablegen::Table& read = *shelf.tables.at(name);
         std::size_t wrong = 0;
