@@ -133,7 +133,7 @@ std::unique_ptr<Table> read_table(const TableReader& reader, TableSet& tables, i
     if (!whole)
         return nullptr;
     share_values(*table);
-    if (reader.sides == 1)
+    if (is_symmetric(reader.signature))
         table->values[BLACK] = exchange_colours(*table)->values[BLACK];
     complete_values(*table, threads);
     return table;

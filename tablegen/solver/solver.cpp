@@ -15,8 +15,8 @@
 
 namespace brindlemoth::tablegen {
 
-// Shares of a part's work, about. How many plies the spreading takes is known only in the end: each
-// takes the same part of what is left.
+// Estimated shares of the work on a chunk. The number of plies is not known in advance, so each ply
+// counts as the same fraction of what is left.
 constexpr double STARTED = 0.35;
 constexpr double PART_OF_A_PLY = 0.04;
 

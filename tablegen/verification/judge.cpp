@@ -88,7 +88,7 @@ void add_verdict(Verdict& verdict, const Verdict& other) {
 Verdict judge(const Part& part, const TableReader& reader, Progress progress) {
     Verdict verdict;
     const std::size_t first = static_cast<std::size_t>(part.file_position) * reader.sides;
-    // The second of two like sides is asked by no one.
+    // Where both sides have the same men, readers use the first stream only.
     const bool symmetric = is_symmetric(reader.signature);
     const bool dtz = reader.kind == FileKind::DTZ;
     const std::size_t streams = symmetric ? 1 : reader.sides;
