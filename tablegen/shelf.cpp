@@ -18,10 +18,10 @@ double reading_work_of(const Signature& signature) {
     return READING * work_of(signature);
 }
 
-// Reads back or solves those of the needed tables that are not in memory. `own` is the work that
-// comes after it. Returns its share of the progress.
-static double provide_tables(Shelf& shelf, std::vector<Signature> needed, double own,
-                             Progress& progress) {
+// Reads back or solves those of the needed tables that are not in memory. Returns the piece of the
+// progress for the work `own`, which comes after it.
+static Progress provide_tables(Shelf& shelf, std::vector<Signature> needed, double own,
+                               Progress& progress) {
     const auto work_for = [&](const Signature& table) {
         return shelf.trusted.contains(name_of(table)) ? reading_work_of(table) : work_of(table);
     };
@@ -35,7 +35,7 @@ static double provide_tables(Shelf& shelf, std::vector<Signature> needed, double
         if (!shelf.tables.contains(name_of(table)) && !read_back(shelf, table, piece))
             solve_from(shelf, table, {}, std::move(piece));
     }
-    return own / total;
+    return progress.part(own / total);
 }
 
 bool read_back(Shelf& shelf, const Signature& signature, Progress& progress) {
@@ -48,10 +48,10 @@ bool read_back(Shelf& shelf, const Signature& signature, Progress& progress) {
         return false;
     std::vector<Signature> captures = conversions(signature);
     std::erase_if(captures, [&](const auto& next) { return men_of(next) == men_of(signature); });
-    const double share =
+    Progress reading =
         provide_tables(shelf, std::move(captures), reading_work_of(signature), progress);
     std::unique_ptr<Table> table =
-        read_table(reader, shelf.tables, shelf.threads, progress.part(share));
+        read_table(reader, shelf.tables, shelf.threads, std::move(reading));
     if (table == nullptr)
         return false;
     shelf.tables[name] = std::move(table);
@@ -60,9 +60,8 @@ bool read_back(Shelf& shelf, const Signature& signature, Progress& progress) {
 
 void solve_from(Shelf& shelf, const Signature& signature, const VisitPart& visit,
                 Progress progress) {
-    const double share =
-        provide_tables(shelf, conversions(signature), work_of(signature), progress);
-    solve(signature, shelf.tables, shelf.threads, visit, progress.part(share));
+    Progress solving = provide_tables(shelf, conversions(signature), work_of(signature), progress);
+    solve(signature, shelf.tables, shelf.threads, visit, std::move(solving));
 }
 
 void make_room(Shelf& shelf, std::span<const Signature> to_come) {

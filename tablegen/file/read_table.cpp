@@ -104,25 +104,22 @@ static void share_values(Table& table) {
 
 // Raises each value to that of the best capture.
 static void complete_values(Table& table, int threads) {
-    for_stretches(threads, words_of(table.layout), [&](std::size_t first, std::size_t last) {
-        for (std::size_t word = first; word < last; ++word) {
-            const Placement placement = placement_of(table.layout, word);
-            for (const Side side : {WHITE, BLACK}) {
-                const Squares legal = legal_squares(table.layout, placement, side);
-                AtLeast values = unpack(table.values[side][word]);
-                const AtLeast captures =
-                    legal != 0 ? best_captures(table, placement, side) : AtLeast{};
-                for (std::size_t value = 0; value < values.size(); ++value)
-                    values[value] = (values[value] | captures[value]) & legal;
-                table.values[side][word] = pack(values);
-            }
+    for_range(threads, words_of(table.layout), [&](std::size_t word) {
+        const Placement placement = placement_of(table.layout, word);
+        for (const Side side : {WHITE, BLACK}) {
+            const Squares legal = legal_squares(table.layout, placement, side);
+            AtLeast values = unpack(table.values[side][word]);
+            const AtLeast captures = legal != 0 ? best_captures(table, placement, side) : AtLeast{};
+            for (std::size_t value = 0; value < values.size(); ++value)
+                values[value] = (values[value] | captures[value]) & legal;
+            table.values[side][word] = pack(values);
         }
     });
 }
 
 std::unique_ptr<Table> read_table(const TableReader& reader, TableSet& tables, int threads,
                                   Progress progress) {
-    std::unique_ptr<Table> table = prepare_table(reader.signature, tables, FIFTY_MOVES);
+    std::unique_ptr<Table> table = prepare_table(reader.signature, tables);
     std::atomic<bool> whole{true};
     std::vector<Progress> pieces = progress.parts(reader.streams.size(), READING);
     parallel_for(threads, reader.streams.size(), [&](std::size_t i) {

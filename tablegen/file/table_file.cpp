@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
+#include <stdexcept>
 
 namespace brindlemoth::tablegen {
 
@@ -30,18 +31,15 @@ struct Bytes {
 } // namespace
 
 static void put_piece_header(Bytes& bytes, const TableFile& file, const FilePosition& position) {
-    const Signature& signature = file.signature;
     const StreamOrder& first = position.streams.front().order;
     const StreamOrder& second = position.streams.back().order;
     auto nibbles = [&](int low, int high) {
         bytes.number(static_cast<std::uint64_t>(low | high << 4), 1);
     };
-    const bool two_pawn_groups =
-        signature.count[WHITE][PAWN] != 0 && signature.count[BLACK][PAWN] != 0;
     nibbles(first.order, second.order);
-    if (two_pawn_groups)
+    if (first.order2 != NO_TURN)
         nibbles(first.order2, second.order2);
-    for (std::size_t man = 0; man < static_cast<std::size_t>(men_of(signature)); ++man)
+    for (std::size_t man = 0; man < static_cast<std::size_t>(men_of(file.signature)); ++man)
         nibbles(first.piece[man], second.piece[man]);
 }
 
@@ -141,28 +139,22 @@ std::string temporary_name(const std::string& path) {
     return path + "." + std::to_string(process_id()) + ".tmp";
 }
 
-std::string write_whole_file(const std::string& path, const std::vector<std::uint8_t>& bytes) {
+void write_whole_file(const std::string& path, const std::vector<std::uint8_t>& bytes) {
     const std::string temporary = temporary_name(path);
-    std::string failure;
-    auto fail = [&](const std::string& file) {
-        failure = "cannot write " + file + ": " + std::strerror(errno);
+    const auto fail = [&](const std::string& name, int error) {
+        std::remove(temporary.c_str());
+        throw std::runtime_error("cannot write " + name + ": " + std::strerror(error));
     };
-    std::FILE* file = std::fopen(temporary.c_str(), "wb");
-    if (file == nullptr) {
-        fail(temporary);
-        return failure;
-    }
+    std::FILE* const file = std::fopen(temporary.c_str(), "wb");
+    if (file == nullptr)
+        fail(temporary, errno);
     const bool written =
         std::fwrite(bytes.data(), 1, bytes.size(), file) == bytes.size() && sync_to_disk(file);
-    if (!written)
-        fail(temporary);
-    if (std::fclose(file) != 0 && failure.empty())
-        fail(temporary);
-    if (failure.empty() && !replace_file(temporary.c_str(), path.c_str()))
-        fail(path);
-    if (!failure.empty())
-        std::remove(temporary.c_str());
-    return failure;
+    const int error = errno;
+    if (std::fclose(file) != 0 || !written)
+        fail(temporary, written ? errno : error);
+    if (!replace_file(temporary.c_str(), path.c_str()))
+        fail(path, errno);
 }
 
 } // namespace brindlemoth::tablegen

@@ -67,8 +67,8 @@ std::uint64_t checksum(const std::uint8_t* bytes, std::size_t size);
 std::string temporary_name(const std::string& path);
 
 // Writes the bytes under a temporary name beside the path and renames them when they are safely
-// on disk. On failure the path is as it was, the temporary file is gone, and the text says what
-// went wrong; otherwise it is empty.
-std::string write_whole_file(const std::string& path, const std::vector<std::uint8_t>& bytes);
+// on disk. On failure it throws std::runtime_error, the path is as it was, and the temporary file
+// is gone.
+void write_whole_file(const std::string& path, const std::vector<std::uint8_t>& bytes);
 
 } // namespace brindlemoth::tablegen

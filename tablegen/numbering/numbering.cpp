@@ -165,7 +165,7 @@ std::vector<StreamOrder> possible_orders(const Signature& signature) {
             next = std::fill_n(next, signature.count[side_of(piece)][kind_of(piece)], piece);
         for (order.order = 0; order.order < groups; ++order.order) {
             for (int second = 0; second < (two_pawn_groups ? groups : 1); ++second) {
-                order.order2 = two_pawn_groups ? second : 15;
+                order.order2 = two_pawn_groups ? second : NO_TURN;
                 if (order.order2 != order.order)
                     result.push_back(order);
             }
@@ -192,11 +192,9 @@ Numbering make_numbering(const Signature& signature, int file_position, const St
     }
     // The multipliers, in the order of the turns.
     made.positions = 1;
-    const bool two_pawn_groups = made.groups.size() > 1 && made.groups[1].lowest_square != 0;
-    std::size_t following = two_pawn_groups ? 2 : 1;
+    std::size_t following = order.order2 == NO_TURN ? 1 : 2;
     for (int turn = 0; turn < static_cast<int>(made.groups.size()); ++turn) {
-        const bool others = two_pawn_groups && turn == order.order2;
-        const std::size_t group = turn == order.order ? 0 : others ? 1 : following++;
+        const std::size_t group = turn == order.order ? 0 : turn == order.order2 ? 1 : following++;
         made.turns.push_back(group);
         made.groups[group].multiplier = made.positions;
         made.positions *= made.groups[group].placements;

@@ -13,11 +13,13 @@
 
 namespace brindlemoth::tablegen {
 
+constexpr int NO_TURN = 15; // of a second pawn group, where there is none
+
 // What a piece header says of one stream.
 struct StreamOrder {
     // The turns, from 0, in which the first group and the other colour's pawns enter the index.
     int order = 0;
-    int order2 = 15; // 15 without a second pawn group
+    int order2 = NO_TURN;
     // Piece code of each man: a Kind, plus 8 for the second colour.
     std::array<std::uint8_t, MAX_FILE_MEN> piece{};
 

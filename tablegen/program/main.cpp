@@ -3,6 +3,7 @@
 #include "program/progress_line.h"
 #include "program/tasks.h"
 
+#include <cctype>
 #include <cstdio>
 #include <exception>
 #include <new>
@@ -11,18 +12,12 @@ namespace brindlemoth::tablegen {
 
 constexpr int WRONG_USAGE = 2; // exit status
 
-int complain(const std::string& problem) {
-    return complain(problem.c_str());
-}
-
-int complain(const char* problem) {
+int complain(std::string_view problem) {
     clear_progress();
     std::fputs("tablegen: ", stderr);
     // What the user typed may hold anything; the message stays one line.
-    for (; *problem != '\0'; ++problem) {
-        const auto letter = static_cast<unsigned char>(*problem);
-        std::fputc(letter < ' ' || letter == 127 ? '?' : letter, stderr);
-    }
+    for (const char letter : problem)
+        std::fputc(std::iscntrl(static_cast<unsigned char>(letter)) != 0 ? '?' : letter, stderr);
     std::fputc('\n', stderr);
     return 1;
 }

@@ -14,6 +14,7 @@
 #include <filesystem>
 #include <new>
 #include <set>
+#include <stdexcept>
 #include <system_error>
 
 namespace brindlemoth::tablegen {
@@ -33,19 +34,18 @@ static std::vector<FileKind> missing_files(Shelf& shelf, const Signature& signat
 }
 
 // Whether files can be made in the directory: better known before hours of work than after.
-// Returns what is wrong, if anything.
-static std::string prepare_directory(const std::string& directory) {
+// Throws std::runtime_error if not.
+static void prepare_directory(const std::string& directory) {
     std::error_code error;
     std::filesystem::create_directories(path_of(directory), error);
     if (error)
-        return "cannot make directory " + directory + ": " + error.message();
+        throw std::runtime_error("cannot make directory " + directory + ": " + error.message());
     const std::string path = temporary_name((path_of(directory) / "try").string());
     std::FILE* file = std::fopen(path.c_str(), "wb");
     if (file == nullptr)
-        return "cannot write to " + directory + ": " + std::strerror(errno);
+        throw std::runtime_error("cannot write to " + directory + ": " + std::strerror(errno));
     std::fclose(file);
     std::remove(path.c_str());
-    return "";
 }
 
 namespace {
@@ -103,10 +103,10 @@ static std::size_t choose_table(const std::vector<Signature>& to_come,
     return 0;
 }
 
-// Makes files of a table. Returns what went wrong, if anything, and otherwise tells their sizes.
+// Makes files of a table. Returns their sizes as a text.
 static std::string make_files(Shelf& shelf, const Signature& signature,
                               const std::vector<FileKind>& kinds, Progress progress,
-                              Summary& summary, std::string& sizes) {
+                              Summary& summary) {
     std::vector<TableFile> files;
     files.reserve(kinds.size());
     for (const FileKind kind : kinds)
@@ -117,32 +117,31 @@ static std::string make_files(Shelf& shelf, const Signature& signature,
             add_part(part, files, threads, std::move(making));
         },
         std::move(progress));
+    std::string sizes;
     for (const TableFile& file : files) {
         const std::vector<std::uint8_t> bytes = lay_out(file);
-        std::string failure =
-            write_whole_file(table_path(shelf.directory, signature, file.kind), bytes);
-        if (!failure.empty())
-            return failure;
+        write_whole_file(table_path(shelf.directory, signature, file.kind), bytes);
         sizes += (sizes.empty() ? "" : " + ") + std::to_string(bytes.size());
         summary.bytes += bytes.size();
         if (file.kind == FileKind::WDL)
             shelf.trusted.insert(name_of(signature));
     }
     ++summary.made;
-    return "";
+    return sizes;
 }
 
-// The work of all tables, and of reading back what they convert into.
-static double work_of_all(const std::vector<Signature>& to_come, const Shelf& shelf) {
-    double total = 0;
-    std::set<std::string> counted;
-    for (const Signature& signature : to_come) {
-        total += work_of(signature);
-        for (const Signature& needed : conversions(signature))
-            if (shelf.trusted.contains(name_of(needed)) && counted.insert(name_of(needed)).second)
-                total += reading_work_of(needed);
+// The work of a table, and of reading back those that it converts into. What is read is added to
+// `counted`; what is there already costs nothing again.
+static double work_with_reading(const Shelf& shelf, const Signature& signature,
+                                std::set<std::string>& counted) {
+    double work = work_of(signature);
+    for (const Signature& needed : conversions(signature)) {
+        const std::string name = name_of(needed);
+        if (shelf.trusted.contains(name) && !shelf.tables.contains(name) &&
+            counted.insert(name).second)
+            work += reading_work_of(needed);
     }
-    return total;
+    return work;
 }
 
 int make_tables(const CommandLine& line) {
@@ -166,10 +165,13 @@ int make_tables(const CommandLine& line) {
             to_come.push_back(signature);
     }
     if (!to_come.empty())
-        if (const std::string failure = prepare_directory(line.directory); !failure.empty())
-            return complain(failure);
-    ProgressLine progress = start_progress(work_of_all(to_come, shelf));
-    std::set<std::string> read; // or counted as such
+        prepare_directory(line.directory);
+    double total = 0;
+    std::set<std::string> counted;
+    for (const Signature& signature : to_come)
+        total += work_with_reading(shelf, signature, counted);
+    ProgressLine progress = start_progress(total);
+    counted.clear();
     while (!to_come.empty()) {
         const auto table_start = std::chrono::steady_clock::now();
         const auto next =
@@ -179,12 +181,7 @@ int make_tables(const CommandLine& line) {
         std::string name = name_of(signature);
         // Another run may have made it meanwhile.
         const std::vector<FileKind> kinds = missing_files(shelf, signature);
-        double work = work_of(signature);
-        for (const Signature& needed : conversions(signature))
-            if (shelf.trusted.contains(name_of(needed)) &&
-                !shelf.tables.contains(name_of(needed)) && read.insert(name_of(needed)).second)
-                work += reading_work_of(needed);
-        begin_table(progress, name, work);
+        begin_table(progress, name, work_with_reading(shelf, signature, counted));
         if (kinds.empty()) {
             skip(signature);
             to_come.erase(to_come.begin());
@@ -192,20 +189,17 @@ int make_tables(const CommandLine& line) {
         }
         const Claim claim(table_path(line.directory, signature, kinds[0]));
         make_room(shelf, to_come);
-        std::string sizes;
-        std::string failure;
         try {
-            TotalProgress total{[&](double done) { show_progress(progress, done); }};
-            failure = make_files(shelf, signature, kinds, Progress(total), summary, sizes);
+            TotalProgress table_progress{[&](double done) { show_progress(progress, done); }};
+            const std::string sizes =
+                make_files(shelf, signature, kinds, Progress(table_progress), summary);
+            if (kinds.size() == 1)
+                name += extension_of(kinds[0]);
+            name += ": " + sizes + " bytes, " + duration_text(seconds_since(table_start));
+            finish_table(name);
         } catch (const std::bad_alloc&) {
-            failure = "not enough memory for " + name;
+            return complain("not enough memory for " + name);
         }
-        if (!failure.empty())
-            return complain(failure);
-        if (kinds.size() == 1)
-            name += extension_of(kinds[0]);
-        name += ": " + sizes + " bytes, " + duration_text(seconds_since(table_start));
-        finish_table(name);
         to_come.erase(to_come.begin());
     }
     finish_table(std::to_string(summary.made) + " tables made, " + std::to_string(summary.skipped) +

@@ -4,7 +4,7 @@
 
 #include "program/command_line.h"
 
-#include <string>
+#include <string_view>
 
 namespace brindlemoth::tablegen {
 
@@ -12,7 +12,6 @@ int make_tables(const CommandLine& line);
 int verify_tables(const CommandLine& line);
 
 // Prints "tablegen: ..." to standard error, a progress line taken off first, and returns 1.
-int complain(const std::string& problem);
-int complain(const char* problem);
+int complain(std::string_view problem);
 
 } // namespace brindlemoth::tablegen

@@ -52,15 +52,8 @@ static Geometry build_geometry() {
     add(QUEEN, all, 7);
     add(KING, all, 1);
     for (std::size_t square = 0; square < 64; ++square) {
-        for (const int side : {-1, 1}) {
-            for (const auto& [colour, forward] : {Step{WHITE, 1}, Step{BLACK, -1}}) {
-                const Ray ray = walk(static_cast<int>(square), {side, forward}, 1);
-                if (ray.length == 1) {
-                    made.attacks[static_cast<std::size_t>(colour)][PAWN][square] |=
-                        bit(ray.square[0]);
-                }
-            }
-        }
+        made.attacks[WHITE][PAWN][square] = beside(Squares{1} << square) << 8;
+        made.attacks[BLACK][PAWN][square] = beside(Squares{1} << square) >> 8;
     }
     for (Reflection how = REFLECTIONS; how-- > 0;) {
         for (std::size_t square = 0; square < 64; ++square) {

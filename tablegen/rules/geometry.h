@@ -59,12 +59,16 @@ inline std::uint8_t reflect(Reflection how, std::size_t square) {
 Squares reflect_all(Reflection how, Squares squares);
 Squares reflect_all_back(Reflection how, Squares squares);
 
-// All squares next to one of the set.
-constexpr Squares king_steps(Squares squares) {
+// All squares to the left and right of one of the set.
+constexpr Squares beside(Squares squares) {
     constexpr Squares A_FILE = 0x0101010101010101;
-    const Squares beside = (squares << 1 & ~A_FILE) | (squares & ~A_FILE) >> 1;
-    const Squares row = squares | beside;
-    return beside | row << 8 | row >> 8;
+    return (squares << 1 & ~A_FILE) | (squares & ~A_FILE) >> 1;
+}
+
+// All squares that a king on one of the set attacks.
+constexpr Squares king_steps(Squares squares) {
+    const Squares row = squares | beside(squares);
+    return beside(squares) | row << 8 | row >> 8;
 }
 
 } // namespace brindlemoth::tablegen

@@ -50,7 +50,7 @@ std::string name_of(const Signature& signature) {
     return name;
 }
 
-Signature canonical(const Signature& signature, bool* exchanged) {
+Signature canonical(const Signature& signature) {
     // Men in all, then queens, rooks and so on: the larger list names the first side.
     auto strength = [&](Side side) {
         const auto& count = signature.count[side];
@@ -60,10 +60,7 @@ Signature canonical(const Signature& signature, bool* exchanged) {
         return std::array<int, 6>{men,           count[QUEEN],  count[ROOK],
                                   count[BISHOP], count[KNIGHT], count[PAWN]};
     };
-    const bool exchange = strength(WHITE) < strength(BLACK);
-    if (exchanged != nullptr)
-        *exchanged = exchange;
-    return exchange ? exchange_sides(signature) : signature;
+    return strength(WHITE) < strength(BLACK) ? exchange_sides(signature) : signature;
 }
 
 std::optional<Signature> parse_signature(std::string_view text) {

@@ -44,8 +44,8 @@ int file_positions(const Signature& signature);
 // The text of a signature as tables are called, KRPvKR, in the given order of sides.
 std::string name_of(const Signature& signature);
 
-// The same material with the sides in canonical order; `exchanged` tells whether they changed.
-Signature canonical(const Signature& signature, bool* exchanged = nullptr);
+// The same material with the sides in canonical order.
+Signature canonical(const Signature& signature);
 
 // Reads a text such as KRPvKR: one king for each side, pieces in any order. Nothing on text that
 // is no signature, names bare kings, or has more than MAX_FILE_MEN men. The result is canonical.

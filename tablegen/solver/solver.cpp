@@ -84,6 +84,7 @@ struct Chunk {
     Table& table;
     Part& part;
     int threads;
+    int limit; // of the fifty-move rule, in plies
     std::size_t first_word = 0;
     std::array<SideState, 2> state{}; // by side to move
     std::mutex adding;                // to the blessed and cursed words
@@ -91,19 +92,17 @@ struct Chunk {
 
 } // namespace
 
-// Calls visit(word) for each word of the set that may not be empty, in rising order in each thread.
-template <typename Visit>
-static void for_filled(const Chunk& chunk, const PositionSet& set, const Visit& visit) {
-    for_stretches(chunk.threads, set.filled.size(), [&](std::size_t first, std::size_t last) {
-        for (std::size_t group = first; group < last; ++group)
-            for (Squares left = set.filled[group]; left != 0; left &= left - 1)
-                visit(64 * group + static_cast<std::size_t>(std::countr_zero(left)));
-    });
-}
-
 template <typename Visit> static void for_squares(Squares squares, const Visit& visit) {
     for (; squares != 0; squares &= squares - 1)
         visit(static_cast<std::size_t>(std::countr_zero(squares)));
+}
+
+// Calls visit(word) for each word of the set that may not be empty, in rising order in each thread.
+template <typename Visit>
+static void for_filled(const Chunk& chunk, const PositionSet& set, const Visit& visit) {
+    for_range(chunk.threads, set.filled.size(), [&](std::size_t group) {
+        for_squares(set.filled[group], [&](std::size_t word) { visit(64 * group + word); });
+    });
 }
 
 // Visits the word that a move of the white king leads to where this king folds the board, or both
@@ -206,28 +205,24 @@ static void decide(Chunk& chunk, std::size_t word, Side side, Squares squares, i
     // Other threads read this set while losses are decided, so these must not write to it.
     if (!lost)
         state.not_won[word] &= ~squares;
-    const bool beyond_limit = n > chunk.table.limit;
-    const int wdl = lost ? (beyond_limit ? -1 : -2) : (beyond_limit ? 1 : 2);
+    const int plies = std::max(n, 1); // a mated side has distance -1
+    const int wdl = wdl_of_distance(lost ? -plies : plies, chunk.limit);
     WordValues& values = chunk.table.values[side][chunk.first_word + word];
     for (std::size_t i = 0; i < values.size(); ++i)
         values[i] |= ((wdl + 3) >> i & 1) != 0 ? squares : 0;
-    const auto outcome = static_cast<Outcome>(lost ? OUTCOME_LOSS | std::max(n, 1) : n);
+    const auto outcome = static_cast<Outcome>(lost ? OUTCOME_LOSS | plies : plies);
     Outcome* const outcomes = outcomes_of(chunk, word, side);
     for_squares(squares, [&](std::size_t square) { outcomes[square] |= outcome; });
 }
 
 // Step 1: tells legal positions from others.
 static void mark_legal(Chunk& chunk) {
-    for_stretches(chunk.threads, chunk.table.layout.chunk_words,
-                  [&](std::size_t first, std::size_t last) {
-                      for (std::size_t word = first; word < last; ++word) {
-                          const Placement placement =
-                              placement_of(chunk.table.layout, chunk.first_word + word);
-                          for (const Side side : {WHITE, BLACK})
-                              chunk.state[side].not_won[word] =
-                                  legal_squares(chunk.table.layout, placement, side);
-                      }
-                  });
+    const Layout& layout = chunk.table.layout;
+    for_range(chunk.threads, layout.chunk_words, [&](std::size_t word) {
+        const Placement placement = placement_of(layout, chunk.first_word + word);
+        for (const Side side : {WHITE, BLACK})
+            chunk.state[side].not_won[word] = legal_squares(layout, placement, side);
+    });
 }
 
 // The values of a word's captures, and those of its captures and pawn moves.
@@ -307,12 +302,10 @@ static void start_chunk(Chunk& chunk) {
         state.cursed.clear();
     }
     mark_legal(chunk);
-    for_stretches(chunk.threads, chunk.table.layout.chunk_words,
-                  [&](std::size_t first, std::size_t last) {
-                      for (std::size_t word = first; word < last; ++word)
-                          for (const Side side : {WHITE, BLACK})
-                              start_word(chunk, word, side);
-                  });
+    for_range(chunk.threads, chunk.table.layout.chunk_words, [&](std::size_t word) {
+        for (const Side side : {WHITE, BLACK})
+            start_word(chunk, word, side);
+    });
 }
 
 // Cursed wins by a capture or pawn move are wins in the first ply beyond the limit.
@@ -346,7 +339,7 @@ static void find_wins(Chunk& chunk, int n) {
             lost.words[word] = 0;
         });
         lost.mark_empty();
-        if (n == chunk.table.limit + 1)
+        if (n == chunk.limit + 1)
             add_cursed_wins(chunk, side);
     }
 }
@@ -377,7 +370,7 @@ static bool decide_losses(Chunk& chunk, int n) {
     for (const Side side : {WHITE, BLACK}) {
         SideState& state = chunk.state[side];
         PositionSet& candidates = state.losses;
-        if (n == chunk.table.limit)
+        if (n == chunk.limit)
             add_blessed_losses(chunk, side, candidates);
         for_filled(chunk, candidates, [&](std::size_t word) {
             Squares& lost = candidates.words[word];
@@ -395,7 +388,7 @@ static bool decide_losses(Chunk& chunk, int n) {
 }
 
 static void spread(Chunk& chunk, Progress progress) {
-    const int limit = chunk.table.limit;
+    const int limit = chunk.limit;
     const bool has_blessed =
         !chunk.state[WHITE].blessed.empty() || !chunk.state[BLACK].blessed.empty();
     double left = 1 - STARTED;
@@ -426,14 +419,14 @@ static void mark_draws(Chunk& chunk) {
     }
 }
 
-static void solve_part(Table& table, Part& part, int threads, Progress progress) {
+static void solve_part(Table& table, Part& part, int threads, int limit, Progress progress) {
     const Layout& layout = table.layout;
     const auto number = static_cast<std::size_t>(part.file_position);
     const std::size_t first = layout.part_start[number];
     const std::size_t last = layout.part_start[number + 1];
     part.first_word = first * layout.chunk_words;
     part.words = (last - first) * layout.chunk_words;
-    Chunk chunk{table, part, threads, 0, {}, {}};
+    Chunk chunk{table, part, threads, limit, 0, {}, {}};
     for (const Side side : {WHITE, BLACK}) {
         std::vector<Outcome>& outcomes = part.outcomes[side];
         const std::size_t places = outcome_place(64 * part.words);
@@ -456,7 +449,7 @@ static void solve_part(Table& table, Part& part, int threads, Progress progress)
 
 Table& solve(const Signature& signature, TableSet& solved, int threads, const VisitPart& visit,
              Progress progress, int limit) {
-    std::unique_ptr<Table> made = prepare_table(signature, solved, limit);
+    std::unique_ptr<Table> made = prepare_table(signature, solved);
     Table& table = *made;
     add_promotions(table, solved);
     // The threads share out the parts, or the words of a lone one.
@@ -465,7 +458,7 @@ Table& solve(const Signature& signature, TableSet& solved, int threads, const Vi
     std::vector<Progress> pieces = progress.parts(2 * parts);
     parallel_for(threads, parts, [&](std::size_t i) {
         Part part{table, static_cast<int>(i), 0, 0, {}};
-        solve_part(table, part, parts == 1 ? threads : 1, std::move(pieces[2 * i]));
+        solve_part(table, part, parts == 1 ? threads : 1, limit, std::move(pieces[2 * i]));
         if (visit)
             visit(part, threads_each, std::move(pieces[2 * i + 1]));
     });

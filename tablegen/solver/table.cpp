@@ -28,7 +28,6 @@ static Conversion match_slots(const Layout& left, std::size_t captured, const Ta
 std::unique_ptr<Table> exchange_colours(const Table& table) {
     auto made = std::make_unique<Table>();
     made->layout = make_layout(exchange_sides(table.layout.signature));
-    made->limit = table.limit;
     const Conversion slots = match_slots(made->layout, made->layout.men, table, true);
     for (const Side side : {WHITE, BLACK})
         made->values[side].resize(words_of(made->layout));
@@ -91,10 +90,9 @@ static void add_conversions(Table& table, TableSet& tables, std::size_t captured
                 add(pawn, kind);
 }
 
-std::unique_ptr<Table> prepare_table(const Signature& signature, TableSet& tables, int limit) {
+std::unique_ptr<Table> prepare_table(const Signature& signature, TableSet& tables) {
     auto table = std::make_unique<Table>();
     table->layout = make_layout(signature);
-    table->limit = limit;
     const Layout& layout = table->layout;
     for (const Side side : {WHITE, BLACK})
         table->values[side].resize(words_of(layout));

@@ -27,8 +27,6 @@ struct Conversion {
 
 struct Table {
     Layout layout;
-    // The greatest distance of a win that the fifty-move rule does not spoil, in plies.
-    int limit = FIFTY_MOVES;
     // By side to move and word.
     std::array<std::vector<WordValues>, 2> values;
     std::vector<Conversion> conversions; // by conversion_index()
@@ -50,7 +48,7 @@ using TableSet = std::map<std::string, std::unique_ptr<Table>>;
 // A table without values, with its conversions by captures. All that it converts into must be in
 // the set, under either name; what is there under the other name only is added under the one that
 // is needed.
-std::unique_ptr<Table> prepare_table(const Signature& signature, TableSet& tables, int limit);
+std::unique_ptr<Table> prepare_table(const Signature& signature, TableSet& tables);
 
 // Adds the conversions by promotions without a capture to a prepared table, under the same terms.
 void add_promotions(Table& table, TableSet& tables);

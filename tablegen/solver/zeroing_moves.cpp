@@ -37,20 +37,20 @@ Squares legal_squares(const Layout& layout, const Placement& placement, Side sid
 }
 
 // The values of a placement of this table for the side to move.
-static AtLeast values_at(const Table& table, const Placement& placement, Side side) {
+static WordValues values_at(const Table& table, const Placement& placement, Side side) {
     const WordPlace place = word_of(table.layout, placement);
     WordValues values = table.values[side][place.word];
     if (place.reflection != 0)
         for (Squares& squares : values)
             squares = reflect_all_back(place.reflection, squares);
-    return unpack(values);
+    return values;
 }
 
 static AtLeast values_after(const Conversion& conversion, const Placement& placement, Side side) {
     Placement after{};
     for (std::size_t slot = 0; slot < conversion.table->layout.men; ++slot)
         after[slot] = placement[conversion.slot[slot]];
-    return values_at(*conversion.table, after, side);
+    return unpack(values_at(*conversion.table, after, side));
 }
 
 // Where a move by one side can be played, and leads to these values for the other.
@@ -120,7 +120,8 @@ AtLeast best_captures(const Table& table, const Placement& placement, Side side)
 static AtLeast values_with_en_passant(const Table& table, const Placement& placement, Side side,
                                       std::size_t pushed) {
     const Layout& layout = table.layout;
-    const AtLeast without = values_at(table, placement, side);
+    const WordValues own = values_at(table, placement, side);
+    const AtLeast without = unpack(own);
     const auto target = static_cast<std::uint8_t>(placement[pushed] + (side == WHITE ? 8 : -8));
     AtLeast best{};
     for (std::size_t slot = 0; slot < layout.pawns; ++slot) {
@@ -132,9 +133,7 @@ static AtLeast values_with_en_passant(const Table& table, const Placement& place
         add_conversion(best, table, pushed, layout.men, after, side, ~Squares{0});
     }
     // Where there is nothing else to play, the capture is forced.
-    const WordPlace place = word_of(layout, placement);
-    const WordValues& own = table.values[side][place.word];
-    const Squares forced = best[0] & reflect_all_back(place.reflection, own[2] & own[1]);
+    const Squares forced = best[0] & own[2] & own[1];
     for (std::size_t value = 0; value < best.size(); ++value)
         best[value] = (best[value] & without[0]) | (without[value] & ~forced);
     return best;
@@ -156,7 +155,7 @@ AtLeast best_pawn_moves(const Table& table, const Placement& placement, Side sid
             add_conversion(best, table, layout.men, slot, after, side, ~bit(to));
             continue;
         }
-        add_move(best, ~bit(to), values_at(table, after, opponent(side)));
+        add_move(best, ~bit(to), unpack(values_at(table, after, opponent(side))));
         const bool on_start = from / 8 == (side == WHITE ? 1 : 6);
         if (on_start && (fixed & bit(to + forward)) == 0) {
             after[slot] = static_cast<std::uint8_t>(to + forward);

@@ -47,17 +47,22 @@ template <typename Work> void parallel_for(int threads, std::size_t count, const
             std::rethrow_exception(exception);
 }
 
-// Shares a range out in stretches: calls work(first, last) for each, `last` not included.
-template <typename Work> void for_stretches(int threads, std::size_t count, const Work& work) {
+// Like parallel_for(), for many short pieces of work: a thread takes a stretch of them at a time,
+// and works through it in rising order.
+template <typename Work> void for_range(int threads, std::size_t count, const Work& work) {
     constexpr std::size_t MOST_STRETCHES = 64;
     constexpr std::size_t LEAST_LENGTH = 64;
-    if (threads == 1) {
-        work(std::size_t{0}, count);
-        return;
-    }
-    const std::size_t length = std::max(count / MOST_STRETCHES, LEAST_LENGTH);
-    parallel_for(threads, (count + length - 1) / length,
-                 [&](std::size_t i) { work(i * length, std::min((i + 1) * length, count)); });
+    const std::size_t length =
+        threads == 1 ? count : std::max(count / MOST_STRETCHES, LEAST_LENGTH);
+    const auto stretch = [&](std::size_t number) {
+        const std::size_t end = std::min((number + 1) * length, count);
+        for (std::size_t i = number * length; i < end; ++i)
+            work(i);
+    };
+    if (threads == 1)
+        stretch(0);
+    else
+        parallel_for(threads, (count + length - 1) / length, stretch);
 }
 
 } // namespace brindlemoth::tablegen
