@@ -11,7 +11,8 @@
 
 namespace brindlemoth::tablegen {
 
-// An index entry serves this many blocks of average length, so that a reader walks over a few.
+// An index entry serves at least this many blocks of average length, and less than twice as many. A
+// reader walks over half of them at most.
 constexpr std::uint64_t BLOCKS_PER_ENTRY = 8;
 constexpr int MAX_INDEX_BITS = 20;
 

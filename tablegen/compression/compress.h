@@ -1,6 +1,6 @@
-// Compresses a sequence of values as table files want it: pairs of neighbours become symbols
-// again and again, the symbols get canonical prefix codes, and whole codes fill blocks of fixed
-// size, with an index table that finds the block of any value.
+// Compresses a sequence of values as table files store it: pairs of neighbours become symbols again
+// and again (Re-Pair), the symbols get canonical Huffman codes, and whole codes fill blocks of
+// fixed size. An index table finds the block of any value.
 #pragma once
 
 #include "system/progress.h"
@@ -61,7 +61,7 @@ struct ValueRun {
     std::uint16_t value;
     std::uint16_t length;
 };
-// Longer ones are several runs, all but the last of whole symbols.
+// The length of the runs that append_values() divides longer ones into: whole symbols.
 constexpr std::size_t MAX_RUN_LENGTH = 65535 / MAX_SYMBOL_VALUES * MAX_SYMBOL_VALUES;
 
 // Adds values to the end of a sequence.

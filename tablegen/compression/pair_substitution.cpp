@@ -8,9 +8,10 @@
 
 namespace brindlemoth::tablegen {
 
-// Pairs are replaced in rounds. The threshold of a round is this fraction of the greatest count
-// when the threshold was last set. This is nearly as good as one pair at a time, in far fewer
-// passes over the sequence.
+// Re-Pair replaces the most frequent pair, again and again. Here each pass over the sequence
+// replaces all pairs whose count reaches a threshold. When no pair reaches it any more, the
+// threshold becomes this fraction of the greatest count. The result is nearly as small, in far
+// fewer passes.
 constexpr double ROUND_FRACTION = 0.6;
 
 // A pair becomes a symbol when it occurs at least so often.
@@ -90,8 +91,8 @@ private:
     std::size_t used = 0;
 };
 
-// A substitution at work. The counts are always those of the sequence: of each two neighbours that
-// are few enough values to become a symbol. Of three like symbols in a row both pairs count.
+// The state of a substitution. The counts are always those of the sequence: of each two neighbours
+// that together are few enough values for a symbol. Three like symbols in a row count as two pairs.
 struct Work {
     Substitution& made;
     std::vector<std::uint16_t> values; // by symbol: how many it stands for
@@ -206,7 +207,7 @@ static void replace_pairs(Work& work, const std::vector<Pair>& chosen) {
     std::uint16_t* const sequence = work.made.sequence.data();
     std::size_t write = 0;
     bool replaced_before = false; // the symbol before is a new one
-    std::uint16_t before = 0;     // the last symbol that it, or it was made of
+    std::uint16_t before = 0;     // that symbol as it was, or the right one of its pair
     for (std::size_t read = 0; read < size;) {
         const std::uint16_t left = sequence[read];
         std::uint16_t symbol = left;

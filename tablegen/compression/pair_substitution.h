@@ -1,4 +1,5 @@
-// The dictionary half of the compression: sequences of values become shorter sequences of symbols.
+// The dictionary of a compressed stream, by Re-Pair: sequences of values become shorter sequences
+// of symbols.
 #pragma once
 
 #include "compression/compress.h"
@@ -13,6 +14,7 @@ struct Substitution {
     std::vector<std::uint16_t> sequence;
 };
 
+// Requires at least one run. Makes at most settings.max_symbols symbols.
 Substitution substitute_pairs(std::vector<ValueRun> runs, const CompressionSettings& settings,
                               Progress progress);
 

@@ -1,5 +1,6 @@
-// From a WDL file back to a table in memory. A file may hold any value at or below that of the best
-// capture, and one image of each position: both are made good here.
+// Reads a WDL file back to a table in memory. Where the best capture is as good as the position, a
+// file may hold any lower value, and of the images of a position it may hold one: both are
+// completed here.
 #pragma once
 
 #include "file/table_reader.h"

@@ -13,7 +13,7 @@ constexpr std::uint64_t REPORT_INTERVAL = 1 << 20; // indices between two report
 
 // Stands for a raw DTZ value that no reader looks up: of an impossible position, of a draw, and
 // where a capture or pawn move wins at once.
-constexpr std::uint16_t UNUSED = 0xFFFF;
+constexpr std::uint16_t DONT_CARE = 0xFFFF;
 
 // The WDL values that may be stored for a position, bit 0 for -2 to bit 4 for 2: its own value;
 // where its best capture is as good, that or any smaller one; where a capture wins, anything.
@@ -96,7 +96,7 @@ std::uint16_t raw_dtz_value(Outcome outcome) {
     const int map = ((outcome & OUTCOME_LOSS) != 0 ? 1 : 0) + (beyond_limit ? 2 : 0);
     const int value = map << MAP_SHIFT | (beyond_limit ? plies - FIFTY_MOVES : plies);
     const bool free = (outcome & OUTCOME_ZEROES) != 0 || (outcome & OUTCOME_PLIES) == 0;
-    return static_cast<std::uint16_t>(free || !is_legal(outcome) ? UNUSED : value);
+    return static_cast<std::uint16_t>(free || !is_legal(outcome) ? DONT_CARE : value);
 }
 
 // Calls visit(values) with value_of() the outcomes at a stream's indices, in order and in batches.
@@ -152,10 +152,10 @@ std::size_t count_wdl_runs(const Part& part, const NumberedSide& stream, std::ui
 std::size_t count_dtz_runs(const Part& part, const NumberedSide& stream, std::uint64_t first,
                            std::uint64_t last) {
     std::size_t runs = 0;
-    int current = UNUSED;
+    int current = DONT_CARE;
     const auto count = [&](std::span<const std::uint16_t> values) {
         for (const std::uint16_t value : values) {
-            if (value != UNUSED && value / 2 != current) {
+            if (value != DONT_CARE && value / 2 != current) {
                 ++runs;
                 current = value / 2;
             }
@@ -177,12 +177,12 @@ std::vector<ValueRun> wdl_runs(const Part& part, const NumberedSide& stream, Pro
 std::vector<ValueRun> raw_dtz_runs(const Part& part, const NumberedSide& stream,
                                    Progress progress) {
     std::vector<ValueRun> runs;
-    std::uint16_t current = UNUSED;
+    std::uint16_t current = DONT_CARE;
     std::size_t length = 0;
     const auto add = [&](std::span<const std::uint16_t> values) {
         for (const std::uint16_t value : values) {
-            if (value != UNUSED && value != current) {
-                if (current != UNUSED) {
+            if (value != DONT_CARE && value != current) {
+                if (current != DONT_CARE) {
                     append_values(runs, current, length);
                     length = 0;
                 }
@@ -193,7 +193,7 @@ std::vector<ValueRun> raw_dtz_runs(const Part& part, const NumberedSide& stream,
     };
     for_values<raw_dtz_value>(part, stream, 0, stream.numbering.positions, add,
                               std::move(progress));
-    append_values(runs, current != UNUSED ? current : std::uint16_t{0}, length);
+    append_values(runs, current != DONT_CARE ? current : std::uint16_t{0}, length);
     return runs;
 }
 

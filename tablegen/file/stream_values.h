@@ -14,11 +14,13 @@ namespace brindlemoth::tablegen {
 constexpr int MAP_SHIFT = 12;
 constexpr std::uint16_t RAW_PLIES = (1 << MAP_SHIFT) - 1;
 
+// How many runs the values at the indices from `first` to `last` make, `last` not included.
 std::size_t count_wdl_runs(const Part& part, const NumberedSide& stream, std::uint64_t first,
                            std::uint64_t last);
 std::size_t count_dtz_runs(const Part& part, const NumberedSide& stream, std::uint64_t first,
                            std::uint64_t last);
 
+// All values of a stream. A WDL value is stored plus 2.
 std::vector<ValueRun> wdl_runs(const Part& part, const NumberedSide& stream, Progress progress);
 std::vector<ValueRun> raw_dtz_runs(const Part& part, const NumberedSide& stream, Progress progress);
 

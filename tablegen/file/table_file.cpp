@@ -12,8 +12,6 @@
 
 namespace brindlemoth::tablegen {
 
-constexpr std::size_t BLOCK_ALIGNMENT = 64;
-
 namespace {
 
 struct Bytes {
@@ -23,9 +21,7 @@ struct Bytes {
         for (int i = 0; i < width; ++i)
             out.push_back(static_cast<std::uint8_t>(value >> 8 * i));
     }
-    void align(std::size_t multiple) {
-        out.resize((out.size() + multiple - 1) / multiple * multiple, 0);
-    }
+    void align(std::size_t multiple) { out.resize(round_up(out.size(), multiple), 0); }
 };
 
 } // namespace

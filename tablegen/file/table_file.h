@@ -48,6 +48,11 @@ struct TableFile {
 
 constexpr std::array<char, 8> TRAILER_TAG = {'t', 'a', 'b', 'l', 'e', 'g', 'e', 'n'};
 constexpr std::size_t TRAILER_BYTES = 16;
+constexpr std::size_t BLOCK_ALIGNMENT = 64; // of each stream's blocks, and of the trailer
+
+constexpr std::size_t round_up(std::size_t size, std::size_t multiple) {
+    return (size + multiple - 1) / multiple * multiple;
+}
 
 constexpr const char* extension_of(FileKind kind) {
     return kind == FileKind::WDL ? ".rtbw" : ".rtbz";
@@ -55,8 +60,10 @@ constexpr const char* extension_of(FileKind kind) {
 constexpr std::uint32_t magic_of(FileKind kind) {
     return kind == FileKind::WDL ? 0x5D23E871 : 0xA50C66D7;
 }
+// The path of a table's file in the directory.
 std::string table_path(const std::string& directory, const Signature& signature, FileKind kind);
 
+// The bytes of the file.
 std::vector<std::uint8_t> lay_out(const TableFile& file);
 
 // The checksum that stands at the end of a file.

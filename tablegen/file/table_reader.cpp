@@ -25,7 +25,7 @@ struct Cursor {
         }
         return value;
     }
-    void align(std::size_t multiple) { at = (at + multiple - 1) / multiple * multiple; }
+    void align(std::size_t multiple) { at = round_up(at, multiple); }
 };
 
 } // namespace
@@ -138,11 +138,10 @@ static std::size_t place_sections(std::size_t at, TableReader& reader) {
         at += 2 * stream.block_length_count;
     }
     for (ReaderStream& stream : reader.streams) {
-        at = (at + 63) / 64 * 64;
-        stream.blocks = at;
-        at += stream.block_count << stream.block_size_log2;
+        stream.blocks = round_up(at, BLOCK_ALIGNMENT);
+        at = stream.blocks + (stream.block_count << stream.block_size_log2);
     }
-    return (at + 63) / 64 * 64;
+    return round_up(at, BLOCK_ALIGNMENT);
 }
 
 // Step 4: whether each entry of the index table leads to the middle of its stretch of values, and
@@ -169,7 +168,7 @@ static std::string read_bytes(const std::string& path, std::vector<std::uint8_t>
     // A pipe would never end, and a device might not.
     std::error_code ignored;
     if (!std::filesystem::is_regular_file(path_of(path), ignored))
-        return "is no regular file";
+        return "is not a regular file";
     const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "rb"),
                                                                std::fclose);
     if (file == nullptr)
@@ -190,11 +189,11 @@ std::string open_table(const std::string& path, const Signature& signature, File
     const bool dtz = kind == FileKind::DTZ;
     if (std::string failure = read_bytes(path, reader.bytes); !failure.empty())
         return failure;
-    if (reader.bytes.size() % 64 != 16)
+    if (reader.bytes.size() % BLOCK_ALIGNMENT != TRAILER_BYTES)
         return "is incomplete";
     Cursor header{reader.bytes, 0};
     if (header.number(4) != magic_of(kind))
-        return "is no such table";
+        return "has a wrong magic number";
     reader.sides = (header.number(1) & 1) != 0 && !dtz ? 2 : 1;
     if (!dtz && reader.sides == 1 && !is_symmetric(signature))
         return "has values for one side only";

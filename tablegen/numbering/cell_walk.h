@@ -1,4 +1,4 @@
-// The meeting of the two numberings: the solver's cell for each index of a stream, in order.
+// The solver's cell for each index of a stream, in order: it connects the two numberings.
 #pragma once
 
 #include "numbering/numbering.h"
@@ -8,14 +8,14 @@
 
 namespace brindlemoth::tablegen {
 
-// Requires that layout and numbering are of the same signature, and outlive it.
+// Requires a layout and a numbering of the same signature. Both must outlive the walk.
 struct CellWalk {
     const Layout& layout;
     Walk walk;
     std::array<std::uint8_t, MAX_FILE_MEN> slot{}; // of each man in the stream's order
     // The number of a cell is a sum with a term for each man that neither folds the board nor
-    // chooses the chunk: the man's reflected square, shifted. The others, which stand among the
-    // first `folding_men`, come to one term.
+    // chooses the chunk: the man's reflected square, shifted. All others together have one
+    // term; they are among the first `folding_men`.
     std::array<bool, MAX_FILE_MEN> has_term{};
     std::array<int, MAX_FILE_MEN> shift{};
     std::size_t folding_men = 0;

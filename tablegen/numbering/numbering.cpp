@@ -11,7 +11,6 @@
 namespace brindlemoth::tablegen {
 
 constexpr std::uint8_t SQUARES = 64;
-constexpr std::uint8_t PAWN_SQUARES = 48;
 
 // Binomial coefficients, [n][k].
 static const auto binomial = [] {
@@ -33,7 +32,7 @@ static void set_combination(std::uint8_t* member, std::size_t size, std::uint64_
     }
 }
 
-// The set at the place behind.
+// The set at the next place.
 static void next_combination(std::uint8_t* member, std::size_t size) {
     std::size_t k = 0;
     for (; k + 1 < size && member[k] + 1 == member[k + 1]; ++k)
@@ -229,9 +228,9 @@ static void place_men(Walk& walk, std::size_t first_group) {
         for (; man < end; ++man)
             taken |= Squares{1} << walk.squares[man];
         if (i == fastest)
-            walk.behind = taken;
+            walk.after = taken;
     }
-    walk.behind ^= taken;
+    walk.after ^= taken;
 }
 
 Walk walk_from(const Numbering& numbering, std::uint64_t index) {
@@ -258,7 +257,7 @@ static Squares squares_from_to(int a, int b) {
     return ~Squares{0} << low & ~(~Squares{1} << high);
 }
 
-// Adds the squares behind the first of a row of the last leading man.
+// Adds the squares after the first one to a row of the last leading man.
 static void extend_leading_row(const Walk& walk, Row& row) {
     const std::vector<FileSquares>& list = *walk.numbering->leading;
     const FileSquares& first = list[walk.place[0]];
@@ -270,20 +269,20 @@ static void extend_leading_row(const Walk& walk, Row& row) {
         std::size_t alike = 0;
         while (alike < row.man && list[next][alike] == first[alike])
             ++alike;
-        if (alike < row.man || (walk.behind & squares_from_to(from, to)) != 0)
+        if (alike < row.man || (walk.after & squares_from_to(from, to)) != 0)
             return;
         row.square[row.length++] = to;
     }
 }
 
-// The same of the first of a later group, which goes from each free square to the next.
+// The same for the first man of a later group, which goes from each free square to the next.
 static void extend_later_row(const Walk& walk, const Group& moving, Row& row) {
     const std::uint64_t members =
         moving.size == 1 ? moving.placements : walk.member[moving.first + 1];
     const std::uint64_t most = members - walk.member[row.man];
     const Squares above = ~Squares{1} << row.square[0];
-    // It stops before the next man behind.
-    const Squares in_the_way = walk.behind & above;
+    // The row ends before the next man of a later group.
+    const Squares in_the_way = walk.after & above;
     const Squares below = in_the_way != 0 ? (in_the_way & -in_the_way) - 1 : ~Squares{0};
     for (Squares free = above & below & ~walk.before; free != 0 && row.length < most;
          free &= free - 1)

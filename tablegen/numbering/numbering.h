@@ -1,7 +1,8 @@
-// From an index of a table file to the squares of the men: the dense numbering of the format, read
-// from the writer's side. A stream chooses the order of its men and in which turn each group of
-// them enters the index; the numbering then gives every index from 0 to positions - 1 a placement,
-// and no two indices the same one.
+// From an index of a table file to the squares of the men. The index is a number in a mixed radix,
+// with a digit for each group of men; the digit of like men is the number of their squares in the
+// combinatorial number system. A stream chooses the order of its men and which digit each group is.
+// The numbering then gives every index from 0 to positions - 1 a placement, and no two indices the
+// same one.
 #pragma once
 
 #include "rules/signature.h"
@@ -69,9 +70,9 @@ struct Walk {
     // Of the men of a later group: the members of their combination, before the squares that are
     // taken are skipped; least first.
     FileSquares member{};
-    // Squares that men of groups before the fastest one take, and those behind it.
+    // Squares that the men of groups before the fastest one take, and those of groups after it.
     std::uint64_t before = 0;
-    std::uint64_t behind = 0;
+    std::uint64_t after = 0;
     // The first man, in the stream's order, that the last step has moved.
     std::size_t changed = 0;
 };
@@ -83,8 +84,8 @@ struct Row {
     std::size_t length; // at least 1
     std::array<std::uint8_t, 64> square;
 };
-// The longest row that begins at the walk's index. The walk goes to the index behind it, from the
-// last one to the first.
+// The longest row that begins at the walk's index. The walk goes to the index after it, from the
+// last index to the first.
 void take_row(Walk& walk, Row& row);
 
 // The only man of which take_row() makes rows.

@@ -26,10 +26,10 @@ const char* const help_text =
     "  --help         this text\n"
     "  --version      the version of the program\n"
     "\n"
-    "Tables that are there and whole are skipped. A table gets its name only when it is\n"
+    "Tables that are complete are skipped. A table gets its name only when it is\n"
     "complete. Several runs can share the work on one directory.\n"
     "\n"
-    "--men 4 takes about ten seconds, 200 MB of memory and 5 MB of disk; --men 5 about 75\n"
+    "--men 4 takes about ten seconds, 100 MB of memory and 5 MB of disk; --men 5 about 75\n"
     "minutes of processor time, 5 GB of memory and 1 GB of disk.\n"
     "\n"
     "Exit status: 0 when all is done and right, 1 otherwise, 2 for a wrong command line.\n";
@@ -69,7 +69,7 @@ static std::string usual_case(std::string text) {
 static void add_signature(CommandLine& line, const std::string& text) {
     const std::optional<Signature> signature = parse_signature(usual_case(text));
     if (!signature)
-        line.problem = "\"" + text + "\" is no signature: expected something like KRPvKR";
+        line.problem = "\"" + text + "\" is not a signature such as KRPvKR";
     else if (men_of(*signature) > MAX_SOLVED_MEN)
         line.problem = text + " has more than " + std::to_string(MAX_SOLVED_MEN) + " men";
     else
@@ -82,7 +82,8 @@ static void set_option(CommandLine& line, const std::string& option, const std::
     } else if (option == "--threads") {
         line.threads = read_number(value).value_or(0);
         if (line.threads < 1 || line.threads > MAX_THREADS)
-            line.problem = "--threads takes a number from 1 to 256, not \"" + value + "\"";
+            line.problem = "--threads takes a number from 1 to " + std::to_string(MAX_THREADS) +
+                           ", not \"" + value + "\"";
     } else {
         line.directory = value;
         if (value.empty())

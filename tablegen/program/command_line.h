@@ -18,6 +18,7 @@ struct CommandLine {
     std::string problem; // when not empty, the command line makes no sense
 };
 
+// Reads the arguments without the program's name. Stops at the first problem.
 CommandLine read_command_line(const std::vector<std::string>& arguments);
 
 extern const char* const help_text;

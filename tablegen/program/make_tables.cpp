@@ -3,8 +3,8 @@
 #include "file/table_reader.h"
 #include "program/progress_line.h"
 #include "program/tasks.h"
-#include "shelf.h"
 #include "system/system.h"
+#include "table_cache.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -20,20 +20,20 @@
 namespace brindlemoth::tablegen {
 
 // The files of a signature that are not there, or not whole.
-static std::vector<FileKind> missing_files(Shelf& shelf, const Signature& signature) {
+static std::vector<FileKind> missing_files(TableCache& cache, const Signature& signature) {
     std::vector<FileKind> missing;
     for (const FileKind kind : {FileKind::WDL, FileKind::DTZ}) {
         TableReader reader;
-        if (!open_table(table_path(shelf.directory, signature, kind), signature, kind, reader)
+        if (!open_table(table_path(cache.directory, signature, kind), signature, kind, reader)
                  .empty())
             missing.push_back(kind);
         else if (kind == FileKind::WDL && reader.own)
-            shelf.trusted.insert(name_of(signature));
+            cache.trusted.insert(name_of(signature));
     }
     return missing;
 }
 
-// Whether files can be made in the directory: better known before hours of work than after.
+// Checks that files can be made in the directory, before hours of work.
 // Throws std::runtime_error if not.
 static void prepare_directory(const std::string& directory) {
     std::error_code error;
@@ -57,7 +57,7 @@ struct Summary {
     std::uintmax_t bytes = 0;
 };
 
-// Tells other runs on the directory that a table is in work, by a file of its temporary name.
+// Tells other runs on the directory that a table is being made, by a file of its temporary name.
 struct Claim {
     std::string path;
 
@@ -72,7 +72,7 @@ struct Claim {
 
 } // namespace
 
-// The tables that other runs have in work, or had when they were killed.
+// The tables that other runs are making, or were making when they were killed.
 static std::set<std::string> claimed_tables(const std::string& directory) {
     const std::string own = temporary_name("");
     std::set<std::string> names;
@@ -86,7 +86,7 @@ static std::set<std::string> claimed_tables(const std::string& directory) {
     return names;
 }
 
-// The table to make next: the first that no other run has in work and whose conversions are made,
+// The table to make next: the first that no other run is making and whose conversions are made,
 // or the first of all if there is none.
 static std::size_t choose_table(const std::vector<Signature>& to_come,
                                 const std::string& directory) {
@@ -104,7 +104,7 @@ static std::size_t choose_table(const std::vector<Signature>& to_come,
 }
 
 // Makes files of a table. Returns their sizes as a text.
-static std::string make_files(Shelf& shelf, const Signature& signature,
+static std::string make_files(TableCache& cache, const Signature& signature,
                               const std::vector<FileKind>& kinds, Progress progress,
                               Summary& summary) {
     std::vector<TableFile> files;
@@ -112,7 +112,7 @@ static std::string make_files(Shelf& shelf, const Signature& signature,
     for (const FileKind kind : kinds)
         files.push_back(empty_file(kind, signature));
     solve_from(
-        shelf, signature,
+        cache, signature,
         [&](const Part& part, int threads, Progress making) {
             add_part(part, files, threads, std::move(making));
         },
@@ -120,11 +120,11 @@ static std::string make_files(Shelf& shelf, const Signature& signature,
     std::string sizes;
     for (const TableFile& file : files) {
         const std::vector<std::uint8_t> bytes = lay_out(file);
-        write_whole_file(table_path(shelf.directory, signature, file.kind), bytes);
+        write_whole_file(table_path(cache.directory, signature, file.kind), bytes);
         sizes += (sizes.empty() ? "" : " + ") + std::to_string(bytes.size());
         summary.bytes += bytes.size();
         if (file.kind == FileKind::WDL)
-            shelf.trusted.insert(name_of(signature));
+            cache.trusted.insert(name_of(signature));
     }
     ++summary.made;
     return sizes;
@@ -132,12 +132,12 @@ static std::string make_files(Shelf& shelf, const Signature& signature,
 
 // The work of a table, and of reading back those that it converts into. What is read is added to
 // `counted`; what is there already costs nothing again.
-static double work_with_reading(const Shelf& shelf, const Signature& signature,
+static double work_with_reading(const TableCache& cache, const Signature& signature,
                                 std::set<std::string>& counted) {
     double work = work_of(signature);
     for (const Signature& needed : conversions(signature)) {
         const std::string name = name_of(needed);
-        if (shelf.trusted.contains(name) && !shelf.tables.contains(name) &&
+        if (cache.trusted.contains(name) && !cache.tables.contains(name) &&
             counted.insert(name).second)
             work += reading_work_of(needed);
     }
@@ -149,17 +149,17 @@ int make_tables(const CommandLine& line) {
         return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
     };
     const auto start = std::chrono::steady_clock::now();
-    Shelf shelf{line.directory, line.threads, {}, {}};
+    TableCache cache{line.directory, line.threads, {}, {}};
     Summary summary;
     const auto skip = [&](const Signature& signature) {
-        finish_table(name_of(signature) + ": there and whole");
+        print_line(name_of(signature) + ": complete, skipped");
         ++summary.skipped;
     };
     std::vector<Signature> to_come;
     for (const Signature& signature : closure(line.wanted)) {
         if (men_of(signature) < 3)
             continue; // bare kings have no files
-        if (missing_files(shelf, signature).empty())
+        if (missing_files(cache, signature).empty())
             skip(signature);
         else
             to_come.push_back(signature);
@@ -169,7 +169,7 @@ int make_tables(const CommandLine& line) {
     double total = 0;
     std::set<std::string> counted;
     for (const Signature& signature : to_come)
-        total += work_with_reading(shelf, signature, counted);
+        total += work_with_reading(cache, signature, counted);
     ProgressLine progress = start_progress(total);
     counted.clear();
     while (!to_come.empty()) {
@@ -180,31 +180,31 @@ int make_tables(const CommandLine& line) {
         const Signature signature = to_come[0];
         std::string name = name_of(signature);
         // Another run may have made it meanwhile.
-        const std::vector<FileKind> kinds = missing_files(shelf, signature);
-        begin_table(progress, name, work_with_reading(shelf, signature, counted));
+        const std::vector<FileKind> kinds = missing_files(cache, signature);
+        begin_table(progress, name, work_with_reading(cache, signature, counted));
         if (kinds.empty()) {
             skip(signature);
             to_come.erase(to_come.begin());
             continue;
         }
         const Claim claim(table_path(line.directory, signature, kinds[0]));
-        make_room(shelf, to_come);
+        make_room(cache, to_come);
         try {
             TotalProgress table_progress{[&](double done) { show_progress(progress, done); }};
             const std::string sizes =
-                make_files(shelf, signature, kinds, Progress(table_progress), summary);
+                make_files(cache, signature, kinds, Progress(table_progress), summary);
             if (kinds.size() == 1)
                 name += extension_of(kinds[0]);
             name += ": " + sizes + " bytes, " + duration_text(seconds_since(table_start));
-            finish_table(name);
+            print_line(name);
         } catch (const std::bad_alloc&) {
             return complain("not enough memory for " + name);
         }
         to_come.erase(to_come.begin());
     }
-    finish_table(std::to_string(summary.made) + " tables made, " + std::to_string(summary.skipped) +
-                 " skipped, " + std::to_string(summary.bytes) + " bytes, " +
-                 duration_text(seconds_since(start)));
+    print_line(std::to_string(summary.made) + " tables made, " + std::to_string(summary.skipped) +
+               " skipped, " + std::to_string(summary.bytes) + " bytes, " +
+               duration_text(seconds_since(start)));
     return 0;
 }
 

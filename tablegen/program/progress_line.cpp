@@ -61,7 +61,7 @@ void show_progress(ProgressLine& line, double done) {
             return;
         line.named = true;
         line.shown = now;
-        finish_table(line.table + ": begun");
+        print_line(line.table + ": begun");
     }
     if (now - line.shown < (line.terminal ? BETWEEN_UPDATES : BETWEEN_LOG_LINES))
         return;
@@ -81,7 +81,7 @@ void clear_progress() {
     }
 }
 
-void finish_table(const std::string& text) {
+void print_line(const std::string& text) {
     clear_progress();
     std::printf("%s\n", text.c_str());
     std::fflush(stdout);

@@ -1,5 +1,5 @@
 // Tells the user how far the work is: a line that changes in place on a terminal (table, per cent,
-// time left); in a log plain lines, when a table has been in work for a few seconds, each minute
+// time left); in a log plain lines, when a table has taken a few seconds, each minute
 // from then on, and when it is finished. Standard output. The share that is shown never falls.
 #pragma once
 
@@ -32,8 +32,8 @@ void show_progress(ProgressLine& line, double done);
 // A number of seconds: 12.3 s, or 2:03, or 1:02:03 from a minute on.
 std::string duration_text(double seconds);
 
-// The table is finished: prints the text as a line that stays.
-void finish_table(const std::string& text);
+// Prints a line that stays, in place of the changing one.
+void print_line(const std::string& text);
 
 // Takes the changing line off the terminal, before a message.
 void clear_progress();

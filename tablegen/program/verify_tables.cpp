@@ -2,9 +2,9 @@
 #include "file/table_file.h"
 #include "program/progress_line.h"
 #include "program/tasks.h"
-#include "shelf.h"
 #include "system/parallel.h"
 #include "system/system.h"
+#include "table_cache.h"
 #include "verification/judge.h"
 
 #include <algorithm>
@@ -84,11 +84,11 @@ struct Judged {
 
 } // namespace
 
-static void judge_files(Shelf& shelf, const Signature& signature, std::vector<Judged>& judged,
+static void judge_files(TableCache& cache, const Signature& signature, std::vector<Judged>& judged,
                         Progress progress) {
     std::mutex judging;
     solve_from(
-        shelf, signature,
+        cache, signature,
         [&](const Part& part, int threads, Progress judging_progress) {
             std::vector<Progress> pieces = judging_progress.parts(judged.size());
             parallel_for(threads, judged.size(), [&](std::size_t j) {
@@ -110,7 +110,7 @@ int verify_tables(const CommandLine& line) {
         if (std::find(found.there.begin(), found.there.end(), signature) == found.there.end())
             return complain("no table " + name_of(signature) + " in " + line.directory);
     for (const std::string& text : found.skipped)
-        finish_table(text);
+        print_line(text);
     if (found.there.empty())
         return complain("no tables of up to " + std::to_string(MAX_SOLVED_MEN) + " men in " +
                         line.directory);
@@ -118,14 +118,14 @@ int verify_tables(const CommandLine& line) {
     for (const Signature& signature : found.there)
         total += work_of(signature);
     ProgressLine progress = start_progress(total);
-    Shelf shelf{line.directory, line.threads, {}, {}};
+    TableCache cache{line.directory, line.threads, {}, {}};
     std::uint64_t positions = 0;
     std::size_t files = 0;
     std::size_t bad_files = 0;
     for (std::size_t i = 0; i < found.there.size(); ++i) {
         const Signature& signature = found.there[i];
         begin_table(progress, name_of(signature), work_of(signature));
-        make_room(shelf, std::span(found.there).subspan(i));
+        make_room(cache, std::span(found.there).subspan(i));
         std::vector<Judged> judged;
         for (const FileKind kind : {FileKind::WDL, FileKind::DTZ}) {
             const std::string path = table_path(line.directory, signature, kind);
@@ -138,7 +138,7 @@ int verify_tables(const CommandLine& line) {
         }
         try {
             TotalProgress total_progress{[&](double done) { show_progress(progress, done); }};
-            judge_files(shelf, signature, judged, Progress(total_progress));
+            judge_files(cache, signature, judged, Progress(total_progress));
         } catch (const std::bad_alloc&) {
             return complain("not enough memory for " + name_of(signature));
         }
@@ -148,7 +148,7 @@ int verify_tables(const CommandLine& line) {
             const bool bad = !fault.empty() || verdict.wrong != 0;
             bad_files += bad ? 1 : 0;
             if (!bad && reader.kind == FileKind::WDL)
-                shelf.trusted.insert(name_of(signature));
+                cache.trusted.insert(name_of(signature));
             std::string message = path;
             if (!fault.empty())
                 message.append(" ").append(fault);
@@ -157,7 +157,7 @@ int verify_tables(const CommandLine& line) {
                     ": " + std::to_string(verdict.positions) + " positions, " +
                     (bad ? std::to_string(verdict.wrong) + " wrong, the first" + verdict.first_wrong
                          : "all right");
-            finish_table(message);
+            print_line(message);
         }
     }
     clear_progress();

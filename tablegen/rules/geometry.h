@@ -9,7 +9,8 @@
 
 namespace brindlemoth::tablegen {
 
-using Squares = std::uint64_t; // a set of squares, bit 0 is a1
+using Squares = std::uint64_t;            // a set of squares, bit 0 is a1
+constexpr std::uint8_t PAWN_SQUARES = 48; // from the second rank to the seventh
 
 constexpr Squares bit(int square) {
     return Squares{1} << square;
@@ -31,14 +32,14 @@ constexpr std::size_t REFLECTIONS = 8;
 
 struct Geometry {
     // Squares that a man attacks on an empty board, by side (matters to pawns), kind and square.
-    std::array<std::array<std::array<Squares, 64>, 7>, 2> attacks{};
+    std::array<std::array<std::array<Squares, 64>, KINDS>, 2> attacks{};
     // Squares strictly between two squares on one line; empty for squares on no common line.
     std::array<std::array<Squares, 64>, 64> between{};
     // Squares that a man on the second square hides from one on the first.
     std::array<std::array<Squares, 64>, 64> behind{};
     // The moves of kings and knights are eight rays of length 0 or 1.
-    std::array<std::array<std::array<Ray, 8>, 64>, 7> rays{};
-    std::array<std::size_t, 7> ray_count{};
+    std::array<std::array<std::array<Ray, 8>, 64>, KINDS> rays{};
+    std::array<std::size_t, KINDS> ray_count{};
     std::array<std::array<std::uint8_t, 64>, REFLECTIONS> reflected{};
     // The reflection that brings a square to the triangle a1-d1-d4; none for a square there.
     std::array<Reflection, 64> folding{};

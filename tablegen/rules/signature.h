@@ -1,9 +1,11 @@
 // The material of an endgame: which men each side has. The first-named side is White to the
-// solver and the first colour to the table files. Everything else in the generator is keyed by
-// the canonical form, in which the side with more (then with stronger) men is named first.
+// solver and the first colour to the table files. Files and the command line use the canonical
+// form, in which the side with more (then with stronger) men is named first. Tables in memory may
+// be there in either form.
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -15,6 +17,7 @@ namespace brindlemoth::tablegen {
 // The numbers are those of the piece codes in table files.
 enum Kind : std::uint8_t { NO_KIND, PAWN, KNIGHT, BISHOP, ROOK, QUEEN, KING };
 enum Side : std::uint8_t { WHITE, BLACK };
+constexpr std::size_t KINDS = 7; // with NO_KIND
 
 constexpr Side opponent(Side side) {
     return side == WHITE ? BLACK : WHITE;
@@ -25,7 +28,7 @@ constexpr int MAX_FILE_MEN = 7;   // what the file format provides for
 
 struct Signature {
     // Men by side and kind, both kings included.
-    std::array<std::array<std::uint8_t, 7>, 2> count{};
+    std::array<std::array<std::uint8_t, KINDS>, 2> count{};
 
     bool operator==(const Signature&) const = default;
 };

@@ -8,8 +8,6 @@
 
 namespace brindlemoth::tablegen {
 
-constexpr std::size_t PAWN_SQUARES = 48;
-
 // The white king's squares without pawns, in the order of their numbers.
 constexpr std::array<std::uint8_t, 10> TRIANGLE = {0, 1, 2, 3, 9, 10, 11, 18, 19, 27};
 

@@ -21,22 +21,24 @@
 
 namespace brindlemoth::tablegen {
 
+constexpr std::size_t MAX_SLOTS = 8;
+
 // The square of each slot's man.
-using Placement = std::array<std::uint8_t, 8>;
+using Placement = std::array<std::uint8_t, MAX_SLOTS>;
 
 struct Layout {
     Signature signature;
     std::size_t men = 0;
     std::size_t pawns = 0; // slots 0 to pawns - 1
-    std::array<Kind, 8> kind{};
-    std::array<Side, 8> side{};
+    std::array<Kind, MAX_SLOTS> kind{};
+    std::array<Side, MAX_SLOTS> side{};
     std::array<std::size_t, 2> king_slot{};
-    std::array<int, 8> shift{};  // place of a slot's square in a word's number
-    std::size_t chunk_words = 0; // words of a chunk
+    std::array<int, MAX_SLOTS> shift{}; // place of a slot's square in a word's number
+    std::size_t chunk_words = 0;        // words of a chunk
     // The pawns' squares, chunk by chunk. The parts of a table follow each other: its file
     // positions. Within a part the pawns that have gone furthest come first.
     std::vector<Placement> chunks;
-    std::vector<std::size_t> part_start; // first chunk of each part, and of the one behind the last
+    std::vector<std::size_t> part_start; // first chunk of each part; then the number of chunks
     // By the squares of the pawns in any order: twice the chunk, plus 1 if the board is mirrored.
     std::vector<std::uint32_t> chunk_number;
 };

@@ -74,12 +74,13 @@ struct SideState {
     std::vector<WordSquares> blessed; // few words have any
     std::vector<WordSquares> cursed;
     PositionSet wins;        // in n plies
-    PositionSet losses;      // in n - 1 plies; from the second step on, in n + 1 plies
+    PositionSet losses;      // in n - 1 plies; from decide_wins() on candidates for n + 1 plies
     PositionSet next_losses; // in n plies
 };
 
-// The words whose pawns stand on given squares. Quiet moves stay within them, and all that captures
-// and pawn moves lead to is known before they are begun.
+// The words whose pawns stand on given squares. `word` counts from the first of them. Quiet moves
+// stay within a chunk. The values of the positions that its captures and pawn moves lead to are
+// known before it is begun.
 struct Chunk {
     Table& table;
     Part& part;

@@ -39,9 +39,10 @@ constexpr int wdl_of_distance(int distance, int limit = FIFTY_MOVES) {
     return distance > 0 ? (distance > limit ? 1 : 2) : (distance < -limit ? -1 : -2);
 }
 
-// Where a part keeps the outcome of a cell, counted from its first word. Gaps between the words
-// keep positions that differ in the square of one man from being a power of two apart: these would
-// displace each other from the processor's caches.
+// The place of a cell's outcome in its part, for a cell counted from the part's first one. A gap of
+// 64 places follows each 64 words, and one more each 4,096 words. Without gaps, positions that
+// differ in the square of one man would be a power of two apart, and would displace each other from
+// the processor's caches.
 constexpr std::size_t outcome_place(std::size_t cell) {
     return cell + (cell >> 12 << 6) + (cell >> 18 << 6);
 }
@@ -53,7 +54,7 @@ struct Part {
     int file_position;
     std::size_t first_word;
     std::size_t words;                            // of the part
-    std::array<std::vector<Outcome>, 2> outcomes; // by side to move, at their places
+    std::array<std::vector<Outcome>, 2> outcomes; // by side to move and outcome_place()
 
     Outcome outcome(Side side, std::size_t cell) const {
         return outcomes[side][outcome_place(cell - 64 * first_word)];

@@ -12,7 +12,7 @@ static Conversion match_slots(const Layout& left, std::size_t captured, const Ta
     Conversion made;
     made.table = &table;
     const Layout& after = table.layout;
-    std::array<bool, 8> used{};
+    std::array<bool, MAX_SLOTS> used{};
     for (std::size_t to = 0; to < after.men; ++to) {
         const Side side = exchanged ? opponent(after.side[to]) : after.side[to];
         std::size_t from = 0;

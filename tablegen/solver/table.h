@@ -22,7 +22,7 @@ struct Table;
 // its slots the slot that the man had before.
 struct Conversion {
     const Table* table = nullptr;
-    std::array<std::uint8_t, 8> slot{};
+    std::array<std::uint8_t, MAX_SLOTS> slot{};
 };
 
 struct Table {
@@ -31,8 +31,6 @@ struct Table {
     std::array<std::vector<WordValues>, 2> values;
     std::vector<Conversion> conversions; // by conversion_index()
 };
-
-constexpr std::size_t KINDS = 7;
 
 // The number of men stands for no captured slot and for no promoting slot, NO_KIND for no
 // promotion.

@@ -53,14 +53,16 @@ static AtLeast values_after(const Conversion& conversion, const Placement& place
     return unpack(values_at(*conversion.table, after, side));
 }
 
-// Where a move by one side can be played, and leads to these values for the other.
+// Raises the values of one side by those of a move: it can be played with the black king on one of
+// the squares `possible`, and `after` has the values for the other side then.
 static void add_move(AtLeast& best, Squares possible, const AtLeast& after) {
     best[0] |= possible & after[0];
     for (std::size_t value = 1; value < best.size(); ++value)
         best[value] |= possible & after[0] & ~after[best.size() - value];
 }
 
-// What the black king takes on a square has one outcome, wherever it comes from.
+// Where the black king captures on a square, all squares that it can come from have the value of
+// that square.
 static AtLeast spread_square(AtLeast values, std::size_t square) {
     for (Squares& squares : values)
         squares = (squares >> square & 1) != 0 ? ~Squares{0} : 0;

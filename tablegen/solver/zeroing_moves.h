@@ -14,7 +14,7 @@ Squares fixed_men(const Layout& layout, const Placement& placement);
 Squares legal_squares(const Layout& layout, const Placement& placement, Side side);
 
 // The best values that the side to move reaches by legal captures other than en passant, and by
-// legal pawn moves without a capture, promotions among them. The values of the positions behind the
+// legal pawn moves without a capture, promotions among them. The values of the positions after the
 // moves must be known.
 AtLeast best_captures(const Table& table, const Placement& placement, Side side);
 AtLeast best_pawn_moves(const Table& table, const Placement& placement, Side side);

@@ -15,7 +15,7 @@ namespace brindlemoth::tablegen {
 // Calls work(i) once for each i below `count`, in no fixed order, and returns when all are done.
 // With one thread, or one piece, everything runs on the caller's thread in rising order. Where
 // the system has no thread left to give, fewer do the work. What a piece throws comes out here,
-// once every piece that was begun has ended; pieces not begun by then are left out.
+// once every piece that was begun has ended; pieces not begun by then are skipped.
 template <typename Work> void parallel_for(int threads, std::size_t count, const Work& work) {
     std::atomic<std::size_t> next{0};
     std::vector<std::exception_ptr> thrown(threads > 1 ? static_cast<std::size_t>(threads) : 1);

@@ -1,4 +1,5 @@
-// What the generator asks of the operating system. One source answers for each kind of system.
+// The operating system's functions that the generator needs, with one source for each kind of
+// system.
 #pragma once
 
 #include <cstddef>
@@ -15,17 +16,17 @@ bool sync_to_disk(std::FILE* file);
 // the new name onto the disk. False on failure, errno set.
 bool replace_file(const char* from, const char* to);
 
-// What a name that the user typed stands for, wherever more than opening a file is asked of it.
+// The path of a name that the user typed, which is UTF-8 on Windows. std::fopen() takes the name.
 std::filesystem::path path_of(const std::string& name);
 
 // The number of this process, which no other running process has.
 unsigned long process_id();
 
-// Asks for large pages under memory that nothing has been written to yet: what is read all over it
-// then finds its pages faster. A system that has none ignores it.
+// Asks for large pages under memory that nothing has been written to yet, which makes reading at
+// random places faster. A system without large pages ignores it.
 void prefer_large_pages(void* memory, std::size_t bytes);
 
-// Whether standard output is a terminal that a person looks at.
+// Whether standard output is a terminal.
 bool output_is_terminal();
 
 } // namespace brindlemoth::tablegen

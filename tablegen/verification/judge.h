@@ -1,4 +1,4 @@
-// Holds the files of a table against the endgame solved afresh, value by value.
+// Compares the files of a table with the endgame solved afresh, value by value.
 #pragma once
 
 #include "file/table_reader.h"

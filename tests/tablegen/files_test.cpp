@@ -1,6 +1,6 @@
 // Files of solved endgames: what the engine, `tablegen --verify` and a run that goes on read from
 // them.
-#include "shelf.h"
+#include "table_cache.h"
 #include "tablebase/probe.h"
 #include "tablebase/syzygy.h"
 #include "tablebase/table_support.h"
@@ -94,12 +94,12 @@ TEST(TablegenFiles, ValuesReadBackAreThoseSolved) {
     const TemporaryDirectory directory;
     for (const std::string name : {"KNNvK", "KPPvK", "KNvKP", "KRvKR"}) {
         write_solved(directory, {name});
-        tablegen::Shelf shelf{directory.path, 2, {name}, {}};
+        tablegen::TableCache cache{directory.path, 2, {name}, {}};
         const tablegen::Signature signature = *tablegen::parse_signature(name);
         tablegen::Progress progress;
-        ASSERT_TRUE(read_back(shelf, signature, progress)) << name;
+        ASSERT_TRUE(read_back(cache, signature, progress)) << name;
         const tablegen::Table& solved = *shared_set().tables.at(name);
-        const tablegen::Table& read = *shelf.tables.at(name);
+        const tablegen::Table& read = *cache.tables.at(name);
         std::size_t wrong = 0;
         for (const tablegen::Side side : {tablegen::WHITE, tablegen::BLACK})
             for (std::size_t word = 0; word < words_of(solved.layout); ++word)

@@ -131,7 +131,7 @@ TEST(TablegenProgram, SaysWhatIsWrongInOneLine) {
         {{"KQvK"}, "no --out"},
         {{"--out"}, "no value after --out"},
         {{"--out", directory.path}, "nothing to make"},
-        {words("KQvX --out", directory.path), "no signature"},
+        {words("KQvX --out", directory.path), "is not a signature"},
         {words("KQQvKRR --out", directory.path), "more than 5 men"},
         {words("--men 6 --out", directory.path), "--men takes"},
         {words("--men x --out", directory.path), "--men takes"},
@@ -147,7 +147,7 @@ TEST(TablegenProgram, SaysWhatIsWrongInOneLine) {
         {{"--verify", file}, "cannot read directory", 1},
         {{"KQvK", "--out", ""}, "--out takes a directory"},
         {{"--verify="}, "--verify takes a directory"},
-        {{"KQ\nvK", "--out", directory.path}, "\"KQ?vK\" is no signature"},
+        {{"KQ\nvK", "--out", directory.path}, "\"KQ?vK\" is not a signature"},
         {words("KQvK --out", file), "cannot", 1},
         {words("KQvK --out", file + "/below"), "cannot", 1},
         {words("KQvK --out /proc"), "cannot", 1},
@@ -168,7 +168,7 @@ TEST(TablegenProgram, OnlyRegularFilesAreOpened) {
         GTEST_SKIP() << "needs pipes that have names";
     std::filesystem::create_symlink("/dev/zero", device);
     expect_run({"--verify", directory.path}, 1,
-               {fifo + " is no regular file", device + " is no regular file"});
+               {fifo + " is not a regular file", device + " is not a regular file"});
     expect_run(words("KQvK --out", directory.path), 0);
     EXPECT_TRUE(std::filesystem::is_regular_file(std::filesystem::symlink_status(device)));
 }

@@ -1,4 +1,4 @@
-#include "shelf.h"
+#include "table_cache.h"
 
 #include "file/read_table.h"
 
@@ -6,7 +6,7 @@
 
 namespace brindlemoth::tablegen {
 
-// Tables that are needed later stay in memory up to this size, beside those that are needed next.
+// Tables that are needed later stay in memory up to this size, together with those needed next.
 constexpr std::size_t KEPT_BYTES = std::size_t{1} << 30;
 
 double work_of(const Signature& signature) {
@@ -20,65 +20,65 @@ double reading_work_of(const Signature& signature) {
 
 // Reads back or solves those of the needed tables that are not in memory. Returns the piece of the
 // progress for the work `own`, which comes after it.
-static Progress provide_tables(Shelf& shelf, std::vector<Signature> needed, double own,
+static Progress provide_tables(TableCache& cache, std::vector<Signature> needed, double own,
                                Progress& progress) {
     const auto work_for = [&](const Signature& table) {
-        return shelf.trusted.contains(name_of(table)) ? reading_work_of(table) : work_of(table);
+        return cache.trusted.contains(name_of(table)) ? reading_work_of(table) : work_of(table);
     };
-    std::erase_if(needed, [&](const auto& table) { return shelf.tables.contains(name_of(table)); });
+    std::erase_if(needed, [&](const auto& table) { return cache.tables.contains(name_of(table)); });
     double total = own;
     for (const Signature& table : needed)
         total += work_for(table);
     for (const Signature& table : needed) {
         Progress piece = progress.part(work_for(table) / total);
         // It may have been solved or read on the way to another.
-        if (!shelf.tables.contains(name_of(table)) && !read_back(shelf, table, piece))
-            solve_from(shelf, table, {}, std::move(piece));
+        if (!cache.tables.contains(name_of(table)) && !read_back(cache, table, piece))
+            solve_from(cache, table, {}, std::move(piece));
     }
     return progress.part(own / total);
 }
 
-bool read_back(Shelf& shelf, const Signature& signature, Progress& progress) {
+bool read_back(TableCache& cache, const Signature& signature, Progress& progress) {
     const std::string name = name_of(signature);
     TableReader reader;
-    if (!shelf.trusted.contains(name) ||
-        !open_table(table_path(shelf.directory, signature, FileKind::WDL), signature, FileKind::WDL,
+    if (!cache.trusted.contains(name) ||
+        !open_table(table_path(cache.directory, signature, FileKind::WDL), signature, FileKind::WDL,
                     reader)
              .empty())
         return false;
     std::vector<Signature> captures = conversions(signature);
     std::erase_if(captures, [&](const auto& next) { return men_of(next) == men_of(signature); });
     Progress reading =
-        provide_tables(shelf, std::move(captures), reading_work_of(signature), progress);
+        provide_tables(cache, std::move(captures), reading_work_of(signature), progress);
     std::unique_ptr<Table> table =
-        read_table(reader, shelf.tables, shelf.threads, std::move(reading));
+        read_table(reader, cache.tables, cache.threads, std::move(reading));
     if (table == nullptr)
         return false;
-    shelf.tables[name] = std::move(table);
+    cache.tables[name] = std::move(table);
     return true;
 }
 
-void solve_from(Shelf& shelf, const Signature& signature, const VisitPart& visit,
+void solve_from(TableCache& cache, const Signature& signature, const VisitPart& visit,
                 Progress progress) {
-    Progress solving = provide_tables(shelf, conversions(signature), work_of(signature), progress);
-    solve(signature, shelf.tables, shelf.threads, visit, std::move(solving));
+    Progress solving = provide_tables(cache, conversions(signature), work_of(signature), progress);
+    solve(signature, cache.tables, cache.threads, visit, std::move(solving));
 }
 
-void make_room(Shelf& shelf, std::span<const Signature> to_come) {
+void make_room(TableCache& cache, std::span<const Signature> to_come) {
     std::set<std::string> kept;
     std::size_t bytes = 0;
     for (const Signature& signature : to_come) {
         for (const Signature& needed : conversions(signature)) {
             for (const std::string& name : {name_of(needed), name_of(exchange_sides(needed))}) {
-                const auto found = shelf.tables.find(name);
-                if (found == shelf.tables.end() || (bytes > KEPT_BYTES && signature != to_come[0]))
+                const auto found = cache.tables.find(name);
+                if (found == cache.tables.end() || (bytes > KEPT_BYTES && signature != to_come[0]))
                     continue;
                 if (kept.insert(name).second)
                     bytes += 2 * sizeof(WordValues) * found->second->values[WHITE].size();
             }
         }
     }
-    std::erase_if(shelf.tables, [&](const auto& table) { return !kept.contains(table.first); });
+    std::erase_if(cache.tables, [&](const auto& table) { return !kept.contains(table.first); });
 }
 
 } // namespace brindlemoth::tablegen
